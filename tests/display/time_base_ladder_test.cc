@@ -1,0 +1,68 @@
+#include "display/time_base_ladder.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <string>
+
+namespace quarvelo::display {
+namespace {
+
+TEST(TimeBaseLadderTest, HoldsTheComboTextsInOrder) {
+  const std::vector<std::string> ladder = TimeBaseLadder();
+  ASSERT_EQ(ladder.size(), 35u);
+  EXPECT_EQ(ladder[0], "200.0pS/");
+  EXPECT_EQ(ladder[5], "10.00nS/");
+  EXPECT_EQ(ladder[11], "1.00\u00b5S/");
+  EXPECT_EQ(ladder[14], "10.0\u00b5S/");
+  EXPECT_EQ(ladder[29], "1.00S/");
+  EXPECT_EQ(ladder[34], "50.0S/");
+}
+
+TEST(TimeBaseLadderTest, EveryEntryReadsAsTheDecimalValueItShows) {
+  // Each entry must read back as exactly the double the instrument's reply parses to, so the
+  // readback can select it; the expected values come from the text with the unit written as
+  // an exponent and parsed by the C library.
+  for (const std::string_view entry : kTimeBaseLadder) {
+    std::string text(entry);
+    std::string exponent = "e0";
+    for (const auto& [unit, replacement] :
+         {std::pair{"pS/", "e-12"}, {"nS/", "e-9"}, {"\u00b5S/", "e-6"}, {"mS/", "e-3"}}) {
+      if (text.ends_with(unit)) exponent = replacement;
+    }
+    const std::string number = text.substr(0, text.find_first_not_of("0123456789."));
+    const double expected = std::strtod((number + exponent).c_str(), nullptr);
+    EXPECT_EQ(TimeBaseTextSeconds(entry), expected) << entry;
+  }
+}
+
+struct TextCase {
+  const char* text;
+  double seconds;
+};
+
+class TimeBaseTextTest : public testing::TestWithParam<TextCase> {};
+
+TEST_P(TimeBaseTextTest, ReadsSecondsPerDivision) {
+  EXPECT_EQ(TimeBaseTextSeconds(GetParam().text), GetParam().seconds) << GetParam().text;
+}
+
+INSTANTIATE_TEST_SUITE_P(Texts, TimeBaseTextTest,
+                         testing::Values(TextCase{"200.0pS/", 2e-10}, TextCase{"10.00nS/", 1e-8},
+                                         TextCase{"1.00S/", 1.0}, TextCase{"200.0nS/", 2e-7},
+                                         TextCase{"5.00\u00b5S/", 5e-6}, TextCase{"500.0mS/", 0.5},
+                                         // Not ladder texts: no number, unknown unit.
+                                         TextCase{"", 0.0}, TextCase{"S/", 0.0},
+                                         TextCase{"abc", 0.0}, TextCase{"7x", 7.0}));
+
+TEST(TimeBaseLadderIndexTest, FindsExactEntriesOnly) {
+  EXPECT_EQ(TimeBaseLadderIndex(2e-7), 9);
+  EXPECT_EQ(TimeBaseLadderIndex(2e-10), 0);
+  EXPECT_EQ(TimeBaseLadderIndex(50.0), 34);
+  EXPECT_EQ(TimeBaseLadderIndex(1.0), 29);
+  EXPECT_EQ(TimeBaseLadderIndex(3e-6), -1);
+  EXPECT_EQ(TimeBaseLadderIndex(0.0), -1);
+}
+
+}  // namespace
+}  // namespace quarvelo::display

@@ -1,0 +1,38 @@
+#include "platform/settings/settings_text.h"
+
+#include <charconv>
+#include <cmath>
+
+#include "platform/text/number_parse.h"
+
+namespace quarvelo::settings {
+
+std::string NumberText(double value) {
+  if (!std::isfinite(value)) return "0";
+  if (value == 0.0) return "0";  // no "-0"
+  char buffer[64];
+  const auto [end, error] = std::to_chars(buffer, buffer + sizeof buffer, value);
+  if (error != std::errc()) return "0";
+  return std::string(buffer, end);
+}
+
+std::string NumberText(int value) { return std::to_string(value); }
+
+std::string FlagText(bool value) { return value ? "1" : "0"; }
+
+double ReadNumber(const SettingsStore& store, std::string_view section, std::string_view key,
+                  std::string_view default_value) {
+  return text::LeadingNumber(store.Get(section, key, default_value));
+}
+
+int ReadInteger(const SettingsStore& store, std::string_view section, std::string_view key,
+                std::string_view default_value) {
+  return text::LeadingInteger(store.Get(section, key, default_value));
+}
+
+bool ReadFlag(const SettingsStore& store, std::string_view section, std::string_view key,
+              std::string_view default_value) {
+  return ReadInteger(store, section, key, default_value) == 1;
+}
+
+}  // namespace quarvelo::settings

@@ -1,0 +1,69 @@
+#include "platform/text/number_text.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdlib>
+#include <limits>
+#include <random>
+
+#include "platform/text/number_parse.h"
+
+namespace quarvelo::text {
+namespace {
+
+struct TextCase {
+  double value;
+  const char* text;
+};
+
+class NumberTextTest : public testing::TestWithParam<TextCase> {};
+
+TEST_P(NumberTextTest, WritesTheCommandForm) {
+  EXPECT_EQ(NumberText(GetParam().value), GetParam().text);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Values, NumberTextTest,
+    testing::Values(TextCase{0.5, ".5"}, TextCase{-0.25, "-.25"}, TextCase{4e-8, "4E-08"},
+                    TextCase{1e-5, "1E-05"}, TextCase{3, "3"}, TextCase{200, "200"},
+                    TextCase{0, "0"}, TextCase{-0.0, "0"}, TextCase{1.5, "1.5"},
+                    TextCase{-40, "-40"}, TextCase{0.0001, ".0001"}, TextCase{0.00012, ".00012"},
+                    TextCase{9.99e-5, "9.99E-05"}, TextCase{-2.5e-9, "-2.5E-09"},
+                    TextCase{2e-10, "2E-10"}, TextCase{1e15, "1E+15"},
+                    TextCase{999999999999999.0, "999999999999999"}, TextCase{1.234e20, "1.234E+20"},
+                    TextCase{1e-100, "1E-100"},
+                    TextCase{0.1 + 0.2, ".3"},  // 15 digits: the binary noise is dropped
+                    TextCase{1.0 / 3.0, ".333333333333333"}, TextCase{12345.678, "12345.678"},
+                    TextCase{std::numeric_limits<double>::quiet_NaN(), "0"},
+                    TextCase{std::numeric_limits<double>::infinity(), "0"}));
+
+TEST(NumberTextTest, ReadsBackAsTheSameValueWhenFifteenDigitsSuffice) {
+  std::mt19937_64 random(7);
+  std::uniform_real_distribution<double> mantissa(-10.0, 10.0);
+  std::uniform_int_distribution<int> exponent(-12, 14);
+  for (int i = 0; i < 2000; ++i) {
+    // Values with at most 12 significant digits are exactly what a user or a ladder sends.
+    char seed[40];
+    std::snprintf(seed, sizeof seed, "%.11e", mantissa(random) * std::pow(10.0, exponent(random)));
+    const double value = std::strtod(seed, nullptr);
+    const std::string text = NumberText(value);
+    EXPECT_EQ(LeadingNumber(text), value) << text;
+    EXPECT_EQ(text.find(' '), std::string::npos);
+    EXPECT_EQ(text.find(','), std::string::npos);
+  }
+}
+
+TEST(WholeNumberTextTest, RoundsHalvesToEven) {
+  EXPECT_EQ(WholeNumberText(1250000.0), "1250000");
+  EXPECT_EQ(WholeNumberText(2.5), "2");
+  EXPECT_EQ(WholeNumberText(3.5), "4");
+  EXPECT_EQ(WholeNumberText(-2.5), "-2");
+  EXPECT_EQ(WholeNumberText(-0.4), "0");
+  EXPECT_EQ(WholeNumberText(99999.7), "100000");
+  EXPECT_EQ(WholeNumberText(2.5e9), "2500000000");
+  EXPECT_EQ(WholeNumberText(std::numeric_limits<double>::quiet_NaN()), "0");
+}
+
+}  // namespace
+}  // namespace quarvelo::text

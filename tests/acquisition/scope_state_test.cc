@@ -1,0 +1,148 @@
+#include "acquisition/scope_state.h"
+
+#include <gtest/gtest.h>
+
+#include <ostream>
+#include <string>
+
+#include "acquisition/state_tool_ids.h"
+
+namespace quarvelo::acquisition {
+namespace {
+
+TEST(ScopeStateTest, StartsOfflineWithModelZeroPrefixesAndFourChannels) {
+  const ScopeState state;
+  EXPECT_EQ(state.ChannelCount, 4);
+  EXPECT_EQ(state.MathPrefix, ":FUNC");
+  EXPECT_EQ(state.WgenPrefix, ":WGEN");
+  EXPECT_EQ(state.VariablePersistence, "2.0");
+  EXPECT_FALSE(state.ToolUpdateInProgress);
+  EXPECT_EQ(state.Channels.size(), 5u);
+}
+
+TEST(ScopeStateTest, FillVoltsPerDivTableRestoresTheTwelveSteps) {
+  ScopeState state;
+  state.VoltsPerDivTable.fill(0);
+  FillVoltsPerDivTable(state);
+  const std::array<double, 12> expected = {5000, 2000, 1000, 500, 200, 100, 50, 20, 10, 5, 2, 1};
+  EXPECT_EQ(state.VoltsPerDivTable, expected);
+}
+
+struct ScaleIndexCase {
+  double scale_volts;
+  std::int16_t current;
+  std::int16_t expected;
+};
+
+void PrintTo(const ScaleIndexCase& c, std::ostream* os) {
+  *os << c.scale_volts << " V from index " << c.current;
+}
+
+class TriggerScaleIndexTest : public ::testing::TestWithParam<ScaleIndexCase> {};
+
+TEST_P(TriggerScaleIndexTest, MatchesTableOrKeepsCurrent) {
+  const ScaleIndexCase& c = GetParam();
+  EXPECT_EQ(MatchTriggerScaleIndex(kVoltsPerDivMillivolts, c.scale_volts, c.current), c.expected);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Scales, TriggerScaleIndexTest,
+    ::testing::Values(ScaleIndexCase{5.0, 7, 0}, ScaleIndexCase{0.5, 0, 3},
+                      ScaleIndexCase{0.001, 0, 11}, ScaleIndexCase{0.02, 2, 7},
+                      // Between steps, or zero from an unanswered query: unchanged.
+                      ScaleIndexCase{0.3, 4, 4}, ScaleIndexCase{0.0, 9, 9},
+                      ScaleIndexCase{10.0, 5, 5}));
+
+TEST(DvmReplyTest, NoValueAnswersStoreZero) {
+  EXPECT_EQ(DvmReadingFromReply(9.9e37), 0);
+  EXPECT_EQ(DvmReadingFromReply(1000.5), 0);
+  EXPECT_EQ(DvmReadingFromReply(1000), 1000);
+  EXPECT_EQ(DvmReadingFromReply(-2.5), -2.5);
+  EXPECT_EQ(DvmFrequencyFromReply(9.9e37), 0);
+  EXPECT_EQ(DvmFrequencyFromReply(2e10), 0);
+  EXPECT_EQ(DvmFrequencyFromReply(1e10), 1e10);
+  EXPECT_EQ(DvmFrequencyFromReply(1234.5), 1234.5);
+}
+
+struct ToolIdCase {
+  std::string built;
+  std::string expected;
+};
+
+void PrintTo(const ToolIdCase& c, std::ostream* os) { *os << '"' << c.expected << '"'; }
+
+class StateToolIdTest : public ::testing::TestWithParam<ToolIdCase> {};
+
+TEST_P(StateToolIdTest, BuildsTheToolOfTheState) {
+  EXPECT_EQ(GetParam().built, GetParam().expected);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    TriggerSource, StateToolIdTest,
+    ::testing::Values(ToolIdCase{TriggerSourceToolId("CHAN3", 3), "ID_TG3"},
+                      ToolIdCase{TriggerSourceToolId("LINE", 1), "ID_TGLINE"},
+                      ToolIdCase{TriggerSourceToolId("DIG", 1), "ID_TGDIG"},
+                      ToolIdCase{TriggerSourceToolId("EXT", 2), "ID_TGEXT"},
+                      ToolIdCase{TriggerSourceToolId("WGEN", 1), "ID_TGWAV"},
+                      // Unknown source fell back to "CHA": the trigger channel's tool.
+                      ToolIdCase{TriggerSourceToolId("CHA", 2), "ID_TG2"},
+                      ToolIdCase{TriggerSourceToolId("CHA", 0), ""},
+                      ToolIdCase{TriggerSourceToolId("CHA", 5), ""}));
+
+INSTANTIATE_TEST_SUITE_P(Letters, StateToolIdTest,
+                         ::testing::Values(ToolIdCase{TriggerSweepToolId(1), "ID_TGSA"},
+                                           ToolIdCase{TriggerSweepToolId(0), "ID_TGSN"},
+                                           ToolIdCase{TriggerSlopeToolId("NEG"), "ID_TSN"},
+                                           ToolIdCase{TriggerSlopeToolId("EIT"), "ID_TSE"},
+                                           ToolIdCase{TriggerSlopeToolId(""), ""},
+                                           ToolIdCase{TriggerCouplingToolId("L"), "ID_TCL"},
+                                           ToolIdCase{TriggerRejectToolId("O"), "ID_TJO"},
+                                           ToolIdCase{TimebaseReferenceToolId("C"), "ID_TRC"},
+                                           ToolIdCase{TimebaseModeToolId("X"), "ID_TMX"},
+                                           ToolIdCase{AcquireTypeToolId("HRES"), "ID_ACQUHRES"},
+                                           ToolIdCase{AcquireTypeToolId(""), ""}));
+
+INSTANTIATE_TEST_SUITE_P(Persistence, StateToolIdTest,
+                         ::testing::Values(ToolIdCase{PersistenceToolId("INF"), "ID_PERSINF"},
+                                           ToolIdCase{PersistenceToolId("MIN"), "ID_PERSMIN"},
+                                           ToolIdCase{PersistenceToolId("2.5E+00"), "ID_PERSVAR"},
+                                           ToolIdCase{PersistenceToolId(""), "ID_PERSVAR"}));
+
+INSTANTIATE_TEST_SUITE_P(Numbered, StateToolIdTest,
+                         ::testing::Values(ToolIdCase{ChannelToolId(4), "ID_CH4"},
+                                           ToolIdCase{ChannelToolId(0), ""},
+                                           ToolIdCase{DvmModeToolId(3), "ID_DVMM3"},
+                                           ToolIdCase{DvmModeToolId(5), ""},
+                                           ToolIdCase{DvmSourceToolId(2), "ID_DVMCH2"},
+                                           ToolIdCase{DvmSourceToolId(0), ""}));
+
+INSTANTIATE_TEST_SUITE_P(
+    MeasureSource, StateToolIdTest,
+    ::testing::Values(ToolIdCase{MeasureSourceToolId("CHAN2,CHAN1"), "ID_MEASCHAN2"},
+                      ToolIdCase{MeasureSourceToolId("WMEM1"), "ID_MEASWMEM1"},
+                      ToolIdCase{MeasureSourceToolId("FUNC,CHAN1"), "ID_MEASFUNC"},
+                      ToolIdCase{MeasureSourceToolId("EXT,CHAN1"), "ID_MEASEXT"},
+                      ToolIdCase{MeasureSourceToolId("MATH,CHAN1"), ""},
+                      ToolIdCase{MeasureSourceToolId(""), ""}));
+
+INSTANTIATE_TEST_SUITE_P(MathAndGenerator, StateToolIdTest,
+                         ::testing::Values(ToolIdCase{MathOperationToolId("SUBT"), "ID_MATHSUBT"},
+                                           ToolIdCase{MathOperationToolId("FFT"), "ID_MATHFFT"},
+                                           ToolIdCase{MathOperationToolId("INT"), ""},
+                                           ToolIdCase{MathPrefixToolId(":FUNC2"), "ID_MATHFUNC2"},
+                                           ToolIdCase{MathPrefixToolId(":FUNC"), "ID_MATHFUNC"},
+                                           ToolIdCase{WgenPrefixToolId(":WGEN1"), "ID_WGEN1"},
+                                           ToolIdCase{WgenPrefixToolId(":WGEN2"), "ID_WGEN2"},
+                                           ToolIdCase{WgenPrefixToolId(":WGEN"), "ID_WGEN"},
+                                           ToolIdCase{WgenPrefixToolId(""), ""}));
+
+INSTANTIATE_TEST_SUITE_P(VoltsPerDiv, StateToolIdTest,
+                         ::testing::Values(ToolIdCase{VoltsPerDivToolId(0.5), "ID_500"},
+                                           ToolIdCase{VoltsPerDivToolId(5.0), "ID_5000"},
+                                           ToolIdCase{VoltsPerDivToolId(0.001), "ID_1"},
+                                           ToolIdCase{VoltsPerDivToolId(0.02), "ID_20"},
+                                           ToolIdCase{VoltsPerDivToolId(0.3), ""},
+                                           ToolIdCase{VoltsPerDivToolId(0.0), ""}));
+
+}  // namespace
+}  // namespace quarvelo::acquisition

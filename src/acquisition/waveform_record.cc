@@ -5,7 +5,8 @@ namespace quarvelo::acquisition {
 bool SampleStorage::Grow(std::int32_t samples) {
   if (samples <= capacity_) return false;
   const auto size = static_cast<std::size_t>(samples);
-  for (int ch = 0; ch < kWaveformSlots; ++ch) {
+  // Slot 0 never holds a channel, so it gets no samples.
+  for (int ch = 1; ch < kWaveformSlots; ++ch) {
     raw_[ch].resize(size);
     time_[ch].resize(size);
     volts_[ch].resize(size);

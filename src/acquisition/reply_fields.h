@@ -1,0 +1,31 @@
+// Small readings of reply texts shared by the readbacks.
+#ifndef QUARVELO_ACQUISITION_REPLY_FIELDS_H_
+#define QUARVELO_ACQUISITION_REPLY_FIELDS_H_
+
+#include <cstdint>
+#include <initializer_list>
+#include <string>
+#include <string_view>
+
+namespace quarvelo::acquisition {
+
+// The first `count` characters (all of a shorter text).
+std::string FirstChars(std::string_view text, std::size_t count);
+
+// The text without its first and its last character (the quotes of a quoted reply); empty
+// when the text has fewer than two characters.
+std::string WithoutQuotes(std::string_view text);
+
+// The number of the character at `position` (0-based), e.g. 2 for "CHAN2" at 4; 0 when the
+// text is shorter or the character is not a digit.
+int DigitAt(std::string_view text, std::size_t position);
+
+// Whole number of a reply, clamped to int16.
+std::int16_t WholeNumber16(std::string_view text);
+
+// True when `text` is one of `known`.
+bool IsOneOf(std::string_view text, std::initializer_list<std::string_view> known);
+
+}  // namespace quarvelo::acquisition
+
+#endif  // QUARVELO_ACQUISITION_REPLY_FIELDS_H_

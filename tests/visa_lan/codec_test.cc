@@ -1,0 +1,369 @@
+// Wire codecs: XDR, ONC RPC headers and record marking, the portmapper's answers, the VXI-11
+// core records, the HiSLIP header and the VXI-11 host-field grammar.
+#include <gtest/gtest.h>
+
+#include <numeric>
+#include <string>
+#include <vector>
+
+#include "platform/visa/hislip/message.h"
+#include "platform/visa/vxi11/core_channel.h"
+#include "platform/visa/vxi11/portmapper.h"
+#include "platform/visa/vxi11/rpc.h"
+#include "platform/visa/vxi11/vxi11_transport.h"
+#include "platform/visa/vxi11/xdr.h"
+#include "sim/server/portmapper_server.h"
+
+namespace quarvelo::visa {
+namespace {
+
+xdr::Bytes Hex(std::initializer_list<int> values) {
+  xdr::Bytes bytes;
+  for (int v : values) bytes.push_back(static_cast<std::byte>(v));
+  return bytes;
+}
+
+TEST(XdrTest, OpaqueIsLengthPrefixedAndPaddedToFourBytes) {
+  struct Case {
+    std::string text;
+    xdr::Bytes wire;
+  };
+  const Case cases[] = {
+      {"", Hex({0, 0, 0, 0})},
+      {"a", Hex({0, 0, 0, 1, 'a', 0, 0, 0})},
+      {"inst", Hex({0, 0, 0, 4, 'i', 'n', 's', 't'})},
+      {"inst0", Hex({0, 0, 0, 5, 'i', 'n', 's', 't', '0', 0, 0, 0})},
+  };
+  for (const Case& c : cases) {
+    xdr::Writer writer;
+    writer.PutString(c.text);
+    EXPECT_EQ(writer.bytes(), c.wire) << c.text;
+    xdr::Reader reader(c.wire);
+    std::string decoded;
+    ASSERT_TRUE(reader.GetString(&decoded));
+    EXPECT_EQ(decoded, c.text);
+    EXPECT_EQ(reader.remaining(), 0u);
+  }
+}
+
+TEST(XdrTest, MalformedInputFailsWithoutReadingPastTheEnd) {
+  struct Case {
+    const char* what;
+    xdr::Bytes wire;
+  };
+  const Case cases[] = {
+      {"empty", {}},
+      {"short length word", Hex({0, 0, 5})},
+      {"length beyond data", Hex({0, 0, 0, 5, 'a', 'b', 'c', 'd'})},
+      {"huge length", Hex({0xFF, 0xFF, 0xFF, 0xFF, 'a', 'b', 'c', 'd'})},
+      {"missing padding", Hex({0, 0, 0, 1, 'a'})},
+  };
+  for (const Case& c : cases) {
+    xdr::Reader reader(c.wire);
+    std::string text;
+    EXPECT_FALSE(reader.GetString(&text)) << c.what;
+    EXPECT_FALSE(reader.ok()) << c.what;
+    std::uint32_t word = 0;
+    EXPECT_FALSE(reader.GetUint32(&word)) << c.what << ": a failed reader stays failed";
+  }
+  xdr::Reader too_long(Hex({0, 0, 0, 8, 1, 2, 3, 4, 5, 6, 7, 8}));
+  std::span<const std::byte> data;
+  EXPECT_FALSE(too_long.GetOpaque(&data, 4)) << "longer than the caller allows";
+  bool flag = false;
+  xdr::Reader bad_bool(Hex({0, 0, 0, 2}));
+  EXPECT_FALSE(bad_bool.GetBool(&flag));
+}
+
+TEST(RpcTest, CallAndReplyHeadersRoundTrip) {
+  xdr::Writer call;
+  rpc::PutCallHeader(call, {0x12345678, 0x0607AF, 1, 11});
+  call.PutUint32(42);
+  xdr::Reader in(call.bytes());
+  rpc::CallHeader header;
+  bool version_ok = false;
+  ASSERT_TRUE(rpc::GetCallHeader(in, &header, &version_ok));
+  EXPECT_TRUE(version_ok);
+  EXPECT_EQ(header.xid, 0x12345678u);
+  EXPECT_EQ(header.program, 0x0607AFu);
+  EXPECT_EQ(header.version, 1u);
+  EXPECT_EQ(header.procedure, 11u);
+  std::uint32_t argument = 0;
+  ASSERT_TRUE(in.GetUint32(&argument));
+  EXPECT_EQ(argument, 42u);
+
+  for (auto stat : {rpc::AcceptStat::kSuccess, rpc::AcceptStat::kProgMismatch,
+                    rpc::AcceptStat::kProcUnavail, rpc::AcceptStat::kGarbageArgs}) {
+    xdr::Writer reply;
+    rpc::PutAcceptedReply(reply, 7, stat, 2, 2);
+    xdr::Reader reply_in(reply.bytes());
+    rpc::ReplyHeader decoded;
+    ASSERT_TRUE(rpc::GetReplyHeader(reply_in, &decoded));
+    EXPECT_TRUE(decoded.accepted);
+    EXPECT_EQ(decoded.xid, 7u);
+    EXPECT_EQ(decoded.stat, stat);
+    EXPECT_EQ(reply_in.remaining(), 0u);
+  }
+  xdr::Writer denied;
+  rpc::PutRpcMismatchReply(denied, 9);
+  xdr::Reader denied_in(denied.bytes());
+  rpc::ReplyHeader decoded;
+  ASSERT_TRUE(rpc::GetReplyHeader(denied_in, &decoded));
+  EXPECT_FALSE(decoded.accepted);
+}
+
+TEST(RpcTest, MalformedHeadersAreRejected) {
+  const xdr::Bytes cases[] = {
+      {},
+      Hex({0, 0, 0, 1}),                                   // xid only
+      Hex({0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0, 2}),           // a reply where a call belongs
+      Hex({0, 0, 0, 1, 0, 0, 0, 0, 0, 0, 0, 2, 0, 1, 0}),  // call cut inside program
+  };
+  for (const auto& wire : cases) {
+    xdr::Reader in(wire);
+    rpc::CallHeader header;
+    bool version_ok = false;
+    EXPECT_FALSE(rpc::GetCallHeader(in, &header, &version_ok)) << wire.size();
+  }
+  // A credential body longer than RPC allows.
+  xdr::Writer call;
+  for (std::uint32_t word : {1u, 0u, 2u, 100000u, 2u, 3u, 1u, 500u}) call.PutUint32(word);
+  call.PutRaw(xdr::Bytes(500));
+  xdr::Reader in(call.bytes());
+  rpc::CallHeader header;
+  bool version_ok = false;
+  EXPECT_FALSE(rpc::GetCallHeader(in, &header, &version_ok));
+  // A reply whose accept status is out of range.
+  xdr::Writer reply;
+  for (std::uint32_t word : {1u, 1u, 0u, 0u, 0u, 99u}) reply.PutUint32(word);
+  xdr::Reader reply_in(reply.bytes());
+  rpc::ReplyHeader decoded;
+  EXPECT_FALSE(rpc::GetReplyHeader(reply_in, &decoded));
+}
+
+xdr::Bytes Pattern(std::size_t size) {
+  xdr::Bytes bytes(size);
+  for (std::size_t i = 0; i < size; ++i) bytes[i] = static_cast<std::byte>(i * 13 + 1);
+  return bytes;
+}
+
+TEST(RecordMarkingTest, RecordsSurviveEverySplitOfTheStream) {
+  // Two records, the first in three fragments, the second empty, the third in one.
+  const xdr::Bytes first = Pattern(10);
+  const xdr::Bytes third = Pattern(7);
+  xdr::Bytes stream;
+  rpc::AppendRecord(first, &stream, 4);
+  rpc::AppendRecord({}, &stream);
+  rpc::AppendRecord(third, &stream);
+  ASSERT_EQ(stream.size(), 3 * 4 + 10 + 4 + 4 + 7u);
+  for (std::size_t split = 0; split <= stream.size(); ++split) {
+    for (std::size_t second_split = split; second_split <= stream.size(); ++second_split) {
+      rpc::RecordAssembler assembler(1024);
+      ASSERT_TRUE(assembler.Feed(std::span(stream).first(split)));
+      ASSERT_TRUE(assembler.Feed(std::span(stream).subspan(split, second_split - split)));
+      ASSERT_TRUE(assembler.Feed(std::span(stream).subspan(second_split)));
+      ASSERT_TRUE(assembler.HasRecord());
+      EXPECT_EQ(assembler.PopRecord(), first) << split << "," << second_split;
+      ASSERT_TRUE(assembler.HasRecord());
+      EXPECT_TRUE(assembler.PopRecord().empty());
+      ASSERT_TRUE(assembler.HasRecord());
+      EXPECT_EQ(assembler.PopRecord(), third);
+      EXPECT_FALSE(assembler.HasRecord());
+      EXPECT_FALSE(assembler.InsideRecord());
+    }
+  }
+}
+
+TEST(RecordMarkingTest, RecordBeyondTheLimitPoisonsTheAssembler) {
+  const struct {
+    const char* what;
+    xdr::Bytes stream;
+  } cases[] = {
+      {"one huge fragment", Hex({0xFF, 0xFF, 0xFF, 0xFF, 1, 2, 3})},
+      {"fragments adding up",
+       [] {
+         xdr::Bytes s = Hex({0, 0, 0, 12});
+         s.resize(16);
+         s.insert(s.end(), {std::byte{0x80}, std::byte{0}, std::byte{0}, std::byte{12}});
+         return s;
+       }()},
+  };
+  for (const auto& c : cases) {
+    rpc::RecordAssembler assembler(16);
+    EXPECT_FALSE(assembler.Feed(c.stream)) << c.what;
+    EXPECT_TRUE(assembler.failed()) << c.what;
+    EXPECT_FALSE(assembler.HasRecord()) << c.what;
+  }
+}
+
+xdr::Bytes PortmapperCall(std::uint32_t version, std::uint32_t procedure,
+                          portmapper::Mapping mapping) {
+  xdr::Writer call;
+  rpc::PutCallHeader(call, {99, portmapper::kProgram, version, procedure});
+  portmapper::PutMapping(call, mapping);
+  return call.Take();
+}
+
+TEST(PortmapperAnswerTest, GetPortKnowsOnlyTheVxi11CoreOverTcp) {
+  const struct {
+    const char* what;
+    std::uint32_t version;
+    portmapper::Mapping mapping;
+    rpc::AcceptStat stat;
+    std::uint32_t port;
+  } cases[] = {
+      {"core over TCP", 2, {0x0607AF, 1, 6, 0}, rpc::AcceptStat::kSuccess, 4321},
+      {"core over UDP", 2, {0x0607AF, 1, 17, 0}, rpc::AcceptStat::kSuccess, 0},
+      {"core version 2", 2, {0x0607AF, 2, 6, 0}, rpc::AcceptStat::kSuccess, 0},
+      {"abort channel", 2, {0x0607B0, 1, 6, 0}, rpc::AcceptStat::kSuccess, 0},
+      {"rpcbind version 4", 4, {0x0607AF, 1, 6, 0}, rpc::AcceptStat::kProgMismatch, 0},
+      {"rpcbind version 3", 3, {0x0607AF, 1, 6, 0}, rpc::AcceptStat::kProgMismatch, 0},
+  };
+  for (const auto& c : cases) {
+    xdr::Writer reply;
+    ASSERT_TRUE(sim::AnswerPortmapperCall(
+        PortmapperCall(c.version, portmapper::kProcGetPort, c.mapping), 4321, &reply));
+    xdr::Reader in(reply.bytes());
+    rpc::ReplyHeader header;
+    ASSERT_TRUE(rpc::GetReplyHeader(in, &header)) << c.what;
+    EXPECT_EQ(header.xid, 99u);
+    EXPECT_EQ(header.stat, c.stat) << c.what;
+    if (c.stat == rpc::AcceptStat::kProgMismatch) {
+      EXPECT_EQ(header.mismatch_low, 2u);
+      EXPECT_EQ(header.mismatch_high, 2u);
+    } else {
+      std::uint16_t port = 1;
+      ASSERT_TRUE(portmapper::GetPort(in, &port)) << c.what;
+      EXPECT_EQ(port, c.port) << c.what;
+    }
+  }
+  xdr::Writer reply;
+  EXPECT_FALSE(sim::AnswerPortmapperCall(Hex({1, 2, 3}), 4321, &reply)) << "not a call";
+}
+
+TEST(CoreChannelTest, RecordsRoundTrip) {
+  const xdr::Bytes data = Pattern(5);
+  {
+    xdr::Writer out;
+    vxi11::Put(out, vxi11::CreateLinkParms{17, true, 250, "inst0"});
+    xdr::Reader in(out.bytes());
+    vxi11::CreateLinkParms back;
+    ASSERT_TRUE(vxi11::Get(in, &back));
+    EXPECT_EQ(back.client_id, 17);
+    EXPECT_TRUE(back.lock_device);
+    EXPECT_EQ(back.lock_timeout, 250u);
+    EXPECT_EQ(back.device, "inst0");
+  }
+  {
+    xdr::Writer out;
+    vxi11::Put(out, vxi11::DeviceWriteParms{3, 1000, 0, vxi11::kFlagEnd, data});
+    xdr::Reader in(out.bytes());
+    vxi11::DeviceWriteParms back;
+    ASSERT_TRUE(vxi11::Get(in, &back));
+    EXPECT_EQ(back.lid, 3);
+    EXPECT_EQ(back.io_timeout, 1000u);
+    EXPECT_EQ(back.flags, vxi11::kFlagEnd);
+    EXPECT_TRUE(std::equal(back.data.begin(), back.data.end(), data.begin(), data.end()));
+  }
+  {
+    xdr::Writer out;
+    vxi11::Put(out, vxi11::DeviceReadParms{3, 4096, 500, 0, vxi11::kFlagTermCharSet, '\n'});
+    xdr::Reader in(out.bytes());
+    vxi11::DeviceReadParms back;
+    ASSERT_TRUE(vxi11::Get(in, &back));
+    EXPECT_EQ(back.request_size, 4096u);
+    EXPECT_EQ(back.term_char, '\n');
+  }
+  {
+    xdr::Writer out;
+    vxi11::Put(out, vxi11::DeviceReadResp{0, vxi11::kReasonEnd, data});
+    xdr::Reader in(out.bytes());
+    vxi11::DeviceReadResp back;
+    ASSERT_TRUE(vxi11::Get(in, &back));
+    EXPECT_EQ(back.reason, vxi11::kReasonEnd);
+    EXPECT_EQ(back.data.size(), 5u);
+    // Every truncation of the record fails to decode.
+    for (std::size_t cut = 0; cut < out.bytes().size(); ++cut) {
+      xdr::Reader short_in(std::span(out.bytes()).first(cut));
+      EXPECT_FALSE(vxi11::Get(short_in, &back)) << cut;
+    }
+  }
+}
+
+TEST(CoreChannelTest, DeviceErrorsMapToVisaStatus) {
+  EXPECT_EQ(vxi11::StatusFromDeviceError(vxi11::kNoError), VI_SUCCESS);
+  EXPECT_EQ(vxi11::StatusFromDeviceError(vxi11::kIoTimeout), VI_ERROR_TMO);
+  for (std::int32_t error : {1, 5, 8, 9, 17, 21, 999}) {
+    EXPECT_EQ(vxi11::StatusFromDeviceError(error), VI_ERROR_IO) << error;
+  }
+}
+
+TEST(HislipHeaderTest, RoundTripsInNetworkOrder) {
+  const hislip::Header header{hislip::MessageType::kDataEnd, 0x01, 0xFFFFFF02u,
+                              0x0102030405060708ull};
+  const hislip::HeaderBytes bytes = hislip::EncodeHeader(header);
+  const xdr::Bytes expected = Hex({'H', 'S', 7, 1, 0xFF, 0xFF, 0xFF, 0x02, 1, 2, 3, 4, 5, 6, 7, 8});
+  EXPECT_TRUE(std::equal(bytes.begin(), bytes.end(), expected.begin(), expected.end()));
+  hislip::Header back;
+  ASSERT_TRUE(hislip::DecodeHeader(bytes, &back));
+  EXPECT_EQ(back.type, header.type);
+  EXPECT_EQ(back.control, header.control);
+  EXPECT_EQ(back.parameter, header.parameter);
+  EXPECT_EQ(back.payload_length, header.payload_length);
+
+  hislip::HeaderBytes bad = bytes;
+  for (std::size_t i : {0u, 1u}) {
+    bad = bytes;
+    bad[i] = std::byte{'X'};
+    EXPECT_FALSE(hislip::DecodeHeader(bad, &back)) << i;
+  }
+  EXPECT_EQ(hislip::DecodeUint64(hislip::EncodeUint64(0x8000000000000001ull)),
+            0x8000000000000001ull);
+}
+
+TEST(HislipHeaderTest, MessageIdsStepByTwoAndWrap) {
+  std::uint32_t id = hislip::kFirstMessageId;
+  for (int i = 0; i < 128; ++i) id = hislip::NextMessageId(id);
+  EXPECT_EQ(id, 0u);
+  EXPECT_EQ(hislip::NextMessageId(id), 2u);
+  EXPECT_NE(id, hislip::kAnyMessageId);
+}
+
+TEST(Vxi11HostTest, HostFieldGrammar) {
+  const struct {
+    const char* field;
+    bool valid;
+    const char* host;
+    std::uint16_t port;
+    bool core;
+  } cases[] = {
+      {"192.168.1.20", true, "192.168.1.20", 111, false},
+      {"scope.lab", true, "scope.lab", 111, false},
+      {"127.0.0.1:4111", true, "127.0.0.1", 4111, false},
+      {"127.0.0.1:core:5000", true, "127.0.0.1", 5000, true},
+      {"[::1]", true, "[::1]", 111, false},
+      {"[::1]:4111", true, "[::1]", 4111, false},
+      {"[fe80::1]:core:9", true, "[fe80::1]", 9, true},
+      {"", false, "", 0, false},
+      {":111", false, "", 0, false},
+      {"host:", false, "", 0, false},
+      {"host:0", false, "", 0, false},
+      {"host:65536", false, "", 0, false},
+      {"host:12ab", false, "", 0, false},
+      {"host:core:", false, "", 0, false},
+      {"host:core", false, "", 0, false},
+      {"[::1", false, "", 0, false},
+      {"[::1]x", false, "", 0, false},
+      {"host:-5", false, "", 0, false},
+  };
+  for (const auto& c : cases) {
+    const auto endpoint = ParseVxi11Host(c.field);
+    ASSERT_EQ(endpoint.has_value(), c.valid) << c.field;
+    if (!c.valid) continue;
+    EXPECT_EQ(endpoint->host, c.host) << c.field;
+    EXPECT_EQ(endpoint->port, c.port) << c.field;
+    EXPECT_EQ(endpoint->port_is_core, c.core) << c.field;
+  }
+}
+
+}  // namespace
+}  // namespace quarvelo::visa

@@ -1,0 +1,380 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <map>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "acquisition/state_tool_ids.h"
+#include "control/combo_items.h"
+#include "control/menu_layout.h"
+#include "control/tool_catalogue.h"
+
+namespace quarvelo::control {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::ElementsAreArray;
+
+bool StartsWith(std::string_view text, std::string_view prefix) {
+  return text.substr(0, prefix.size()) == prefix;
+}
+
+std::vector<std::string> Captions(std::span<const std::string_view> entries) {
+  std::vector<std::string> captions;
+  for (std::string_view id : entries) {
+    const ToolDefinition* tool = FindTool(id);
+    captions.emplace_back(id == kSeparator ? "-" : tool ? tool->caption : "?" + std::string(id));
+  }
+  return captions;
+}
+
+// Every tool placed somewhere: menu bar menus, sub-menus reached from them, toolbars.
+std::set<std::string_view> PlacedTools() {
+  std::set<std::string_view> placed;
+  std::vector<std::string_view> pending(MenuBar().begin(), MenuBar().end());
+  while (!pending.empty()) {
+    const std::string_view menu_id = pending.back();
+    pending.pop_back();
+    if (!placed.insert(menu_id).second) continue;
+    const MenuDefinition* menu = FindMenu(menu_id);
+    if (menu == nullptr) continue;
+    for (std::string_view entry : menu->entries) {
+      if (FindMenu(entry) != nullptr) {
+        pending.push_back(entry);
+      } else {
+        placed.insert(entry);
+      }
+    }
+  }
+  for (const ToolbarDefinition& toolbar : Toolbars()) {
+    placed.insert(toolbar.entries.begin(), toolbar.entries.end());
+  }
+  placed.erase(kSeparator);
+  return placed;
+}
+
+TEST(ToolCatalogueTest, HoldsTwoHundredThreeToolsWithUniqueWellFormedIds) {
+  ASSERT_EQ(ToolCatalogue().size(), 203u);
+  std::set<std::string_view> ids;
+  for (const ToolDefinition& tool : ToolCatalogue()) {
+    SCOPED_TRACE(std::string(tool.id));
+    EXPECT_TRUE(ids.insert(tool.id).second) << "duplicate";
+    // Commands begin with "ID_", menus with "mnu_".
+    EXPECT_EQ(StartsWith(tool.id, "mnu_"), tool.kind == ToolKind::kMenu);
+    EXPECT_TRUE(StartsWith(tool.id, "ID_") || StartsWith(tool.id, "mnu_"));
+    EXPECT_FALSE(AccessibleName(tool).empty());
+    EXPECT_FALSE(tool.category.empty());
+    EXPECT_EQ(FindTool(tool.id), &tool);
+  }
+  EXPECT_EQ(FindTool("ID_Nothing"), nullptr);
+}
+
+TEST(ToolCatalogueTest, KindsOfToolsNamedByTheirRole) {
+  const std::map<std::string_view, ToolKind> expected = {
+      {"ID_CH1", ToolKind::kDropDown},     {"ID_CH4", ToolKind::kDropDown},
+      {"ID_Bins", ToolKind::kCombo},       {"ID_TB", ToolKind::kCombo},
+      {"ID_AVG", ToolKind::kCombo},        {"ID_Window", ToolKind::kCombo},
+      {"ID_Scale", ToolKind::kCombo},      {"ID_EDGE", ToolKind::kLabel},
+      {"ID_SR", ToolKind::kLabel},         {"ID_Remote", ToolKind::kStateButton},
+      {"ID_TOP", ToolKind::kStateButton},  {"ID_MSVTOP", ToolKind::kStateButton},
+      {"ID_MSVPP", ToolKind::kButton},     {"ID_TGDIG", ToolKind::kButton},
+      {"ID_TGMOD", ToolKind::kStateButton}};
+  for (const auto& [id, kind] : expected) {
+    const ToolDefinition* tool = FindTool(id);
+    ASSERT_NE(tool, nullptr) << id;
+    EXPECT_EQ(tool->kind, kind) << id;
+  }
+  int combos = 0;
+  int drop_downs = 0;
+  for (const ToolDefinition& tool : ToolCatalogue()) {
+    combos += tool.kind == ToolKind::kCombo;
+    drop_downs += tool.kind == ToolKind::kDropDown;
+  }
+  EXPECT_EQ(combos, 5);
+  EXPECT_EQ(drop_downs, 4);
+}
+
+TEST(MenuLayoutTest, EveryEntryNamesAToolAndEverySubMenuIsDefined) {
+  for (const MenuDefinition& menu : Menus()) {
+    SCOPED_TRACE(std::string(menu.id));
+    const ToolDefinition* header = FindTool(menu.id);
+    ASSERT_NE(header, nullptr);
+    EXPECT_EQ(header->kind, ToolKind::kMenu);
+    ASSERT_FALSE(menu.entries.empty());
+    EXPECT_NE(menu.entries.front(), kSeparator);
+    EXPECT_NE(menu.entries.back(), kSeparator);
+    for (std::string_view entry : menu.entries) {
+      if (entry == kSeparator) continue;
+      const ToolDefinition* tool = FindTool(entry);
+      ASSERT_NE(tool, nullptr) << entry;
+      if (tool->kind == ToolKind::kMenu) {
+        EXPECT_NE(FindMenu(entry), nullptr) << entry;
+      }
+    }
+  }
+  for (const ToolDefinition& tool : ToolCatalogue()) {
+    if (tool.kind == ToolKind::kMenu) {
+      EXPECT_NE(FindMenu(tool.id), nullptr) << tool.id;
+    }
+  }
+}
+
+TEST(MenuLayoutTest, MenuBarInOrder) {
+  EXPECT_THAT(Captions(MenuBar()),
+              ElementsAre("File", "Oscilloscope", "Channels", "Trigger", "Channel", "Horizontal",
+                          "Measure", "W. Gen", "Math (Osc)", "FFT", "Markers", "About"));
+}
+
+TEST(MenuLayoutTest, MenusReadAsTheUserSeesThem) {
+  const std::map<std::string_view, std::vector<std::string>> expected = {
+      {"mnu_File",
+       {"Open Data", "Save Data", "-", "Save Image", "-", "Settings", "Always on Top", "-",
+        "Exit"}},
+      {"mnu_Oscilloscope",
+       {"Control",
+        "Auto",
+        "-",
+        "Run",
+        "Single",
+        "Sweep",
+        "Bins",
+        "-",
+        "Label",
+        "Annotation...",
+        "Disp. Clear",
+        "Persistence",
+        "Acquire",
+        "-",
+        "Default",
+        "AutoScale",
+        "-",
+        "DVM",
+        "DVM Source",
+        "DVM A-Range",
+        "DVM Mode",
+        "-",
+        "Import Image",
+        "Screen Shoot"}},
+      {"mnu_Trigger",
+       {"50%", "Force", "Sweep", "Noise Rej.", "HoldOff 40ns", "Set HoldOff", "-",
+        "Edge:", "Set Level", "Source", "Slope", "Coupling", "Reject"}},
+      {"mnu_Source", {"CH1", "CH2", "CH3", "CH4", "External", "Line", "WaveGen", "MWaveGen Mod"}},
+      {"mnu_Channel",
+       {"Set Offset", "Zero", "-", "AC", "DC", "-", "Label...", "Invert", "BW", "Scale", "-",
+        "Probe 1.00:1"}},
+      {"mnu_Scale",
+       {"5.00V/", "2.00V/", "1.00V/", "500mV/", "200mV/", "100mV/", "50mV/", "20mV/", "10mV/",
+        "5mV/", "2mV/", "1mV/"}},
+      {"mnu_HZ", {"TB UP", "Time Base", "TB DN", "Mode", "Time Reference"}},
+      {"mnu_MEAS",
+       {"All",
+        "Clear",
+        "-",
+        "Source",
+        "Peak-Peak",
+        "Maximum",
+        "Minimum",
+        "-",
+        "Amplitude",
+        "Top",
+        "Base",
+        "-",
+        "Overshoot",
+        "Preshoot",
+        "-",
+        "Average",
+        "-",
+        "DC RMS Cycle",
+        "DC RMS FS",
+        "AC RMS Cycle",
+        "AC RMS FS",
+        "-",
+        "Period",
+        "Frequency",
+        "P+ Pulse Width",
+        "N- Pulse Width",
+        "Duty Cycle",
+        "-",
+        "Rise Time",
+        "Fall Time",
+        "-",
+        "Delay",
+        "Phase"}},
+      {"mnu_MSSRC", {"CH1", "CH2", "CH3", "CH4", "Function", "Ref 1", "Ref 2", "External"}},
+      {"mnu_WGEN", {"WGEN 1", "WGEN 2", "-", "WGEN", "-", "Settings...", "Reset"}},
+      {"mnu_Math",
+       {"FUNC 1", "FUNC 2", "-", "Display", "-", "Add", "Subtract", "Multiply", "Divide", "FFT",
+        "-", "Settings..."}},
+      {"mnu_FFT",
+       {"FFT1", "FFT2", "FFT3", "FFT4", "FFT Scale", "MDI", "-", "ZoomM", "ZoomP", "ZoomZ", "-",
+        "FFT Window", "AVG"}},
+      {"mnu_Markers",
+       {"Cursor source", "-", "Marker 1", "Marker 2", "Marker 3", "Marker 4", "-", "AutoPeak",
+        "ClearPeaks"}},
+      {"mnu_About", {"Help", "About"}},
+  };
+  for (const auto& [id, captions] : expected) {
+    const MenuDefinition* menu = FindMenu(id);
+    ASSERT_NE(menu, nullptr) << id;
+    EXPECT_THAT(Captions(menu->entries), ElementsAreArray(captions)) << id;
+  }
+}
+
+TEST(MenuLayoutTest, FiveToolbars) {
+  std::map<std::string_view, std::vector<std::string>> bars;
+  for (const ToolbarDefinition& toolbar : Toolbars()) {
+    bars[toolbar.name] = Captions(toolbar.entries);
+    for (std::string_view entry : toolbar.entries) {
+      if (entry != kSeparator) {
+        ASSERT_NE(FindTool(entry), nullptr) << entry;
+        EXPECT_NE(FindTool(entry)->kind, ToolKind::kMenu) << entry;
+      }
+    }
+  }
+  ASSERT_EQ(bars.size(), 5u);
+  EXPECT_THAT(bars["Channels"], ElementsAre("CH1", "CH2", "CH3", "CH4", "V DN", "V UP"));
+  EXPECT_THAT(bars["FFT"], ElementsAre("FFT1", "FFT2", "FFT3", "FFT4", "AutoFFT", "ZoomM", "ZoomZ",
+                                       "ZoomP", "AVG", "FFT Scale", "MDI"));
+  EXPECT_THAT(bars["Oscilloscope"],
+              ElementsAre("Control", "Auto", "-", "Run", "Single", "Sweep", "-", "Default",
+                          "AutoScale", "Import Image", "Screen Shoot"));
+  EXPECT_THAT(bars["TimeBase"], ElementsAre("Time Base", "TB DN", "TB UP", "SR"));
+  EXPECT_THAT(bars["Markers"], ElementsAre("Marker 1", "Marker 2", "Marker 3", "Marker 4",
+                                           "AutoPeak", "ClearPeaks"));
+}
+
+TEST(MenuLayoutTest, OnlyTheKnownLooseToolsAreNowhereInTheMenusOrToolbars) {
+  std::set<std::string_view> unplaced;
+  const std::set<std::string_view> placed = PlacedTools();
+  for (const ToolDefinition& tool : ToolCatalogue()) {
+    if (!placed.contains(tool.id)) unplaced.insert(tool.id);
+  }
+  // Reached by ID only (state mirroring, or no place in the menu listing).
+  EXPECT_THAT(unplaced, ElementsAre("ID_PERSCLR", "ID_TGDIG", "mnu_MATHFUNC", "mnu_WGENN"));
+}
+
+TEST(OptionGroupTest, GroupsAreExclusiveSetsOfStateButtons) {
+  const std::map<std::string_view, std::vector<std::string_view>> expected = {
+      {"DvmSource", {"ID_DVMCH1", "ID_DVMCH2", "ID_DVMCH3", "ID_DVMCH4"}},
+      {"DvmMode", {"ID_DVMM1", "ID_DVMM2", "ID_DVMM3", "ID_DVMM4"}},
+      {"AcquireType", {"ID_ACQUNORM", "ID_ACQUAVER", "ID_ACQUHRES", "ID_ACQUPEAK"}},
+      {"Persistence",
+       {"ID_PERSMIN", "ID_PERSINF", "ID_PERS01", "ID_PERS05", "ID_PERS10", "ID_PERSVAR"}},
+      {"ChannelCoupling", {"ID_AC", "ID_DC"}},
+      {"VoltsPerDiv",
+       {"ID_5000", "ID_2000", "ID_1000", "ID_500", "ID_200", "ID_100", "ID_50", "ID_20", "ID_10",
+        "ID_5", "ID_2", "ID_1"}},
+      {"TriggerSource",
+       {"ID_TG1", "ID_TG2", "ID_TG3", "ID_TG4", "ID_TGEXT", "ID_TGLINE", "ID_TGWAV", "ID_TGMOD"}},
+      {"TriggerSweep", {"ID_TGSA", "ID_TGSN"}},
+      {"TriggerSlope", {"ID_TSP", "ID_TSN", "ID_TSA", "ID_TSE"}},
+      {"TriggerCoupling", {"ID_TCD", "ID_TCA", "ID_TCL"}},
+      {"TriggerReject", {"ID_TJO", "ID_TJL", "ID_TJH"}},
+      {"TimebaseMode", {"ID_TMM", "ID_TMW", "ID_TMX", "ID_TMR"}},
+      {"TimebaseReference", {"ID_TRL", "ID_TRC", "ID_TRR"}},
+      {"MeasureSource",
+       {"ID_MEASCHAN1", "ID_MEASCHAN2", "ID_MEASCHAN3", "ID_MEASCHAN4", "ID_MEASFUNC",
+        "ID_MEASWMEM1", "ID_MEASWMEM2", "ID_MEASEXT"}},
+      {"MathFunction", {"ID_MATHFUNC1", "ID_MATHFUNC2"}},
+      {"MathOperation", {"ID_MATHADD", "ID_MATHSUBT", "ID_MATHMULT", "ID_MATHDIV", "ID_MATHFFT"}},
+      {"WgenNumber", {"ID_WGEN1", "ID_WGEN2"}},
+      {"CursorSource", {"ID_CSR1", "ID_CSR2", "ID_CSR3", "ID_CSR4"}},
+  };
+  EXPECT_EQ(OptionGroups().size(), expected.size());
+  for (std::string_view group : OptionGroups()) {
+    ASSERT_TRUE(expected.contains(group)) << group;
+    EXPECT_THAT(OptionGroupMembers(group), ElementsAreArray(expected.at(group))) << group;
+    for (std::string_view id : OptionGroupMembers(group)) {
+      EXPECT_EQ(FindTool(id)->kind, ToolKind::kStateButton) << id;
+    }
+  }
+  EXPECT_TRUE(OptionGroupMembers("").empty());
+}
+
+// The readback checks the tool built from each mnemonic: every such ID must exist, and the
+// values of one setting must share one exclusive group so that checking one clears the rest.
+TEST(OptionGroupTest, StateMirrorToolsExistAndShareTheirSettingsGroup) {
+  using namespace acquisition;
+  const std::vector<std::vector<std::string>> settings = {
+      {TriggerSlopeToolId("NEG"), TriggerSlopeToolId("POS"), TriggerSlopeToolId("EIT"),
+       TriggerSlopeToolId("ALT")},
+      {TriggerCouplingToolId("A"), TriggerCouplingToolId("D"), TriggerCouplingToolId("L")},
+      {TriggerRejectToolId("L"), TriggerRejectToolId("H"), TriggerRejectToolId("O")},
+      {TimebaseReferenceToolId("L"), TimebaseReferenceToolId("C"), TimebaseReferenceToolId("R")},
+      {TimebaseModeToolId("M"), TimebaseModeToolId("W"), TimebaseModeToolId("X"),
+       TimebaseModeToolId("R")},
+      {AcquireTypeToolId("NORM"), AcquireTypeToolId("AVER"), AcquireTypeToolId("HRES"),
+       AcquireTypeToolId("PEAK")},
+      {PersistenceToolId("INF"), PersistenceToolId("MIN"), PersistenceToolId("0.5")},
+      {TriggerSweepToolId(0), TriggerSweepToolId(1)},
+      {TriggerSourceToolId("CHAN1", 1), TriggerSourceToolId("CHAN4", 4),
+       TriggerSourceToolId("EXT", 1), TriggerSourceToolId("LINE", 1),
+       TriggerSourceToolId("WGEN", 1)},
+      {MeasureSourceToolId("CHAN3,CHAN1"), MeasureSourceToolId("EXT"), MeasureSourceToolId("WMEM2"),
+       MeasureSourceToolId("FUNC")},
+      {MathOperationToolId("ADD"), MathOperationToolId("DIV"), MathOperationToolId("FFT")},
+      {MathPrefixToolId(":FUNC1"), MathPrefixToolId(":FUNC2")},
+      {WgenPrefixToolId(":WGEN1"), WgenPrefixToolId(":WGEN2")},
+      {DvmModeToolId(1), DvmModeToolId(4)},
+      {DvmSourceToolId(1), DvmSourceToolId(4)},
+      {VoltsPerDivToolId(5.0), VoltsPerDivToolId(0.001), VoltsPerDivToolId(0.2)},
+  };
+  for (const std::vector<std::string>& ids : settings) {
+    const ToolDefinition* first = FindTool(ids.front());
+    ASSERT_NE(first, nullptr) << ids.front();
+    EXPECT_FALSE(first->option_group.empty()) << ids.front();
+    for (const std::string& id : ids) {
+      const ToolDefinition* tool = FindTool(id);
+      ASSERT_NE(tool, nullptr) << id;
+      EXPECT_EQ(tool->option_group, first->option_group) << id;
+    }
+  }
+  for (const std::string& id :
+       {ChannelToolId(1), ChannelToolId(4), std::string("ID_DISPLBL"), std::string("ID_TGNR"),
+        std::string("ID_MATHDISP"), std::string("ID_DVM"), std::string("ID_ADVM"),
+        std::string("ID_WG")}) {
+    ASSERT_NE(FindTool(id), nullptr) << id;
+    EXPECT_NE(FindTool(id)->kind, ToolKind::kButton) << id;
+  }
+}
+
+TEST(ComboItemsTest, ItemsAndInitialTextsAsTheProgramShowsThem) {
+  ASSERT_NE(FindCombo("ID_AVG"), nullptr);
+  EXPECT_THAT(FindCombo("ID_AVG")->items, ElementsAre("1", "2", "4", "8", "16"));
+  EXPECT_THAT(FindCombo("ID_Window")->items,
+              ElementsAre("None", "Hamming", "Blackman", "Blanckman-Harris", "Blanckman-Nuttal",
+                          "Flat-Top", "Hanning"));
+  EXPECT_EQ(FindCombo("ID_Window")->initial_text, "Hanning");
+  EXPECT_THAT(FindCombo("ID_Bins")->items,
+              ElementsAre("256", "512", "1024", "2048", "4906", "8192", "16384", "32768", "65536",
+                          "131072", "262144", "524288"));
+  EXPECT_EQ(FindCombo("ID_Bins")->initial_text, "65536");
+  EXPECT_THAT(FindCombo("ID_Scale")->items, ElementsAre("dbV", "dBm", "V RMS"));
+  EXPECT_EQ(FindCombo("ID_Scale")->initial_text, "dbV");
+  EXPECT_TRUE(FindCombo("ID_TB")->items.empty());
+  EXPECT_EQ(FindCombo("ID_Run"), nullptr);
+}
+
+TEST(ComboItemsTest, EveryComboToolHasItemsDefinedAndInitialTextIsAnItem) {
+  for (const ToolDefinition& tool : ToolCatalogue()) {
+    if (tool.kind == ToolKind::kCombo) {
+      EXPECT_NE(FindCombo(tool.id), nullptr) << tool.id;
+    }
+  }
+  for (const ComboDefinition& combo : Combos()) {
+    ASSERT_NE(FindTool(combo.id), nullptr) << combo.id;
+    EXPECT_EQ(FindTool(combo.id)->kind, ToolKind::kCombo) << combo.id;
+    if (!combo.initial_text.empty()) {
+      EXPECT_NE(std::find(combo.items.begin(), combo.items.end(), combo.initial_text),
+                combo.items.end())
+          << combo.id;
+    }
+  }
+}
+
+}  // namespace
+}  // namespace quarvelo::control

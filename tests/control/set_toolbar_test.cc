@@ -1,0 +1,200 @@
+#include "control/set_toolbar.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <ostream>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "control/combo_items.h"
+#include "control/tool_catalogue.h"
+#include "platform/settings/memory_settings_store.h"
+#include "platform/ui/recording_ui.h"
+
+namespace quarvelo::control {
+namespace {
+
+std::vector<std::string> AllToolIds() {
+  std::vector<std::string> ids;
+  for (const ToolDefinition& tool : ToolCatalogue()) ids.emplace_back(tool.id);
+  return ids;
+}
+
+// A host that knows exactly the catalogue's tools (a misspelt ID shows in unknown_ids()) and
+// holds the combos' fixed items, as the real toolbar does.
+class SetToolbarTest : public ::testing::Test {
+ protected:
+  SetToolbarTest() : tools_(AllToolIds()) {
+    for (const ComboDefinition& combo : Combos()) {
+      tools_.SetComboItems(combo.id, {combo.items.begin(), combo.items.end()});
+    }
+  }
+
+  void Run(bool remote_on, const ToolbarSelections& selections = {}) {
+    SetToolbar(tools_, settings_, remote_on, selections, state_);
+    EXPECT_TRUE(tools_.unknown_ids().empty());
+  }
+
+  std::vector<std::string> Hidden(const std::vector<std::string_view>& ids) const {
+    std::vector<std::string> hidden;
+    for (std::string_view id : ids) {
+      if (!tools_.ToolVisible(id)) hidden.emplace_back(id);
+    }
+    return hidden;
+  }
+
+  ui::RecordingToolHost tools_;
+  settings::MemorySettingsStore settings_;
+  acquisition::ScopeState state_;
+};
+
+const std::vector<std::string_view> kChannel34Tools = {
+    "ID_CH3", "ID_CH4", "ID_CSR3",      "ID_CSR4",      "ID_FFT3",   "ID_FFT4",
+    "ID_TG3", "ID_TG4", "ID_MEASCHAN3", "ID_MEASCHAN4", "ID_DVMCH3", "ID_DVMCH4"};
+const std::vector<std::string_view> kSecondUnitTools = {
+    "mnu_MATHFUNC", "mnu_WGENN", "ID_WGEN1", "ID_WGEN2", "ID_MATHFUNC1", "ID_MATHFUNC2"};
+const std::vector<std::string_view> kDvmTools = {"ID_DVM",    "ID_DVMCH1", "ID_DVMCH2", "ID_DVMCH3",
+                                                 "ID_DVMCH4", "mnu_DVM",   "ID_ADVM",   "mnu_DVMM",
+                                                 "ID_DVMM1",  "ID_DVMM2",  "ID_DVMM3",  "ID_DVMM4"};
+
+struct ConfigurationCase {
+  const char* name;
+  bool remote_on;
+  const char* channels_setting;  // nullptr: not stored
+  const char* dso_setting;
+  bool has_dvm;
+  bool has_wgen;
+  int expected_channels;
+  int expected_model;
+};
+
+void PrintTo(const ConfigurationCase& c, std::ostream* os) { *os << c.name; }
+
+class SetToolbarConfigurationTest : public SetToolbarTest,
+                                    public ::testing::WithParamInterface<ConfigurationCase> {};
+
+TEST_P(SetToolbarConfigurationTest, ShowsTheToolsOfModelChannelsAndOptions) {
+  const ConfigurationCase& c = GetParam();
+  if (c.channels_setting) settings_.Set("Setup", "Channels", c.channels_setting);
+  if (c.dso_setting) settings_.Set("Setup", "DSO", c.dso_setting);
+  state_.HasDvm = c.has_dvm;
+  state_.HasWgen = c.has_wgen;
+  // Start from the opposite picture so that every visibility must be set, not left over.
+  const bool four = c.expected_channels == 4;
+  for (std::string_view id : kChannel34Tools) tools_.SetToolVisible(id, !four);
+  for (std::string_view id : kSecondUnitTools) tools_.SetToolVisible(id, c.expected_model != 1);
+  for (std::string_view id : kDvmTools) tools_.SetToolVisible(id, !c.has_dvm);
+  tools_.SetToolVisible("ID_WG", !c.has_wgen);
+
+  Run(c.remote_on);
+
+  EXPECT_EQ(state_.ChannelCount, c.expected_channels);
+  EXPECT_EQ(state_.Model, c.expected_model);
+  EXPECT_EQ(state_.MathPrefix, c.expected_model == 1 ? ":FUNC1" : ":FUNC");
+  EXPECT_EQ(state_.WgenPrefix, c.expected_model == 1 ? ":WGEN1" : ":WGEN");
+  EXPECT_FALSE(tools_.ToolVisible("mnu_Channel"));
+
+  for (std::string_view id : kSecondUnitTools) {
+    EXPECT_EQ(tools_.ToolVisible(id), c.expected_model == 1) << id;
+  }
+  for (std::string_view id : {"ID_CH3", "ID_CH4", "ID_CSR3", "ID_CSR4", "ID_FFT3", "ID_FFT4",
+                              "ID_TG3", "ID_TG4", "ID_MEASCHAN3", "ID_MEASCHAN4"}) {
+    EXPECT_EQ(tools_.ToolVisible(id), four) << id;
+  }
+  for (std::string_view id : {"ID_DVM", "ID_DVMCH1", "ID_DVMCH2", "mnu_DVM", "ID_ADVM", "mnu_DVMM",
+                              "ID_DVMM1", "ID_DVMM4"}) {
+    EXPECT_EQ(tools_.ToolVisible(id), c.has_dvm) << id;
+  }
+  EXPECT_EQ(tools_.ToolVisible("ID_DVMCH3"), c.has_dvm && four);
+  EXPECT_EQ(tools_.ToolVisible("ID_DVMCH4"), c.has_dvm && four);
+  EXPECT_EQ(tools_.ToolVisible("ID_WG"), c.has_wgen);
+  // Tools of channels 1 and 2 never depend on the configuration.
+  for (std::string_view id : {"ID_CH1", "ID_CH2", "ID_FFT1", "ID_TG2", "ID_CSR2"}) {
+    EXPECT_TRUE(tools_.ToolVisible(id)) << id;
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Configurations, SetToolbarConfigurationTest,
+    ::testing::Values(
+        ConfigurationCase{"Remote2chModel0Bare", true, "2", "0", false, false, 2, 0},
+        ConfigurationCase{"Remote4chModel0Bare", true, "4", "0", false, false, 4, 0},
+        ConfigurationCase{"Remote2chModel1Options", true, "2", "1", true, true, 2, 1},
+        ConfigurationCase{"Remote4chModel1Options", true, "4", "1", true, true, 4, 1},
+        ConfigurationCase{"Remote4chModel0DvmOnly", true, "4", "0", true, false, 4, 0},
+        ConfigurationCase{"Remote2chModel1WgenOnly", true, "2", "1", false, true, 2, 1},
+        // Offline every channel is offered, whatever the setting says.
+        ConfigurationCase{"Offline2chSetting", false, "2", "1", true, false, 4, 1},
+        // Empty store: defaults "2" channels and model "0".
+        ConfigurationCase{"RemoteDefaults", true, nullptr, nullptr, false, false, 2, 0},
+        // Corrupt settings read leniently and fall back to the safe choice.
+        ConfigurationCase{"CorruptChannels", true, "abc", "x", true, true, 2, 0},
+        ConfigurationCase{"ChannelsThree", true, "3", "2", true, true, 2, 0},
+        ConfigurationCase{"ChannelsWithUnit", true, "4 ch", "1.0", false, false, 4, 1}),
+    [](const ::testing::TestParamInfo<ConfigurationCase>& info) { return info.param.name; });
+
+TEST_F(SetToolbarTest, RebuildForTwoChannelsAfterFourHidesTheChannel34ToolsAgain) {
+  settings_.Set("Setup", "Channels", "4");
+  state_.HasDvm = true;
+  Run(true);
+  EXPECT_TRUE(Hidden(kChannel34Tools).empty());
+  settings_.Set("Setup", "Channels", "2");
+  Run(true);
+  EXPECT_EQ(Hidden(kChannel34Tools).size(), kChannel34Tools.size());
+  // Switching remote control off offers channels 3 and 4 again.
+  Run(false);
+  EXPECT_TRUE(Hidden(kChannel34Tools).empty());
+}
+
+TEST_F(SetToolbarTest, SelectsStoredComboEntries) {
+  Run(true, ToolbarSelections{.BinsIndex = 4, .SpectrumUnit = 1, .WindowIndex = 0});
+  EXPECT_EQ(tools_.ComboIndex("ID_Bins"), 4);
+  EXPECT_EQ(tools_.ComboText("ID_Bins"), "4906");
+  EXPECT_EQ(tools_.ComboIndex("ID_Scale"), 1);
+  EXPECT_EQ(tools_.ComboText("ID_Scale"), "dBm");
+  EXPECT_EQ(tools_.ComboIndex("ID_Window"), 0);
+  EXPECT_EQ(tools_.ComboText("ID_Window"), "None");
+}
+
+TEST_F(SetToolbarTest, FillsTimeBaseComboAndVoltsPerDivTable) {
+  state_.VoltsPerDivTable.fill(0);
+  tools_.SetComboItems("ID_TB", {"stale"});
+  Run(false);
+  const std::vector<std::string> items = tools_.ComboItems("ID_TB");
+  ASSERT_EQ(items.size(), 35u);
+  EXPECT_EQ(items.front(), "200.0pS/");
+  EXPECT_EQ(items[5], "10.00nS/");
+  EXPECT_EQ(items[11], "1.00µS/");
+  EXPECT_EQ(items.back(), "50.0S/");
+  EXPECT_EQ(state_.VoltsPerDivTable, acquisition::kVoltsPerDivMillivolts);
+  // Twice gives the same list, not a doubled one.
+  Run(false);
+  EXPECT_EQ(tools_.ComboItems("ID_TB").size(), 35u);
+}
+
+TEST_F(SetToolbarTest, MarksToolUpdatesAsProgramChangesAndRestoresTheFlag) {
+  Run(true);
+  EXPECT_FALSE(state_.ToolUpdateInProgress);
+  state_.ToolUpdateInProgress = true;
+  Run(true);
+  EXPECT_TRUE(state_.ToolUpdateInProgress);
+}
+
+TEST_F(SetToolbarTest, ModelChangeResetsThePrefixesToTheFirstUnit) {
+  settings_.Set("Setup", "DSO", "1");
+  state_.MathPrefix = ":FUNC2";
+  state_.WgenPrefix = ":WGEN2";
+  Run(true);
+  EXPECT_EQ(state_.MathPrefix, ":FUNC1");
+  EXPECT_EQ(state_.WgenPrefix, ":WGEN1");
+  settings_.Set("Setup", "DSO", "0");
+  Run(true);
+  EXPECT_EQ(state_.MathPrefix, ":FUNC");
+  EXPECT_EQ(state_.WgenPrefix, ":WGEN");
+  EXPECT_EQ(Hidden(kSecondUnitTools).size(), kSecondUnitTools.size());
+}
+
+}  // namespace
+}  // namespace quarvelo::control

@@ -37,6 +37,13 @@ class UiServices {
   // A message box titled "QUARVELO"; returns the button pressed.
   virtual MessageResult ShowMessage(std::string_view text, MessageIcon icon,
                                     MessageButtons buttons) = 0;
+  // A message box with a title of its own (the module FFT's "Error!" box). Implementations
+  // that cannot set a title may keep this default, which shows an ordinary box.
+  virtual MessageResult ShowTitledMessage(std::string_view title, std::string_view text,
+                                          MessageIcon icon, MessageButtons buttons) {
+    static_cast<void>(title);
+    return ShowMessage(text, icon, buttons);
+  }
   virtual std::optional<std::string> AskOpenFile(const FileDialogRequest& request) = 0;
   virtual std::optional<std::string> AskSaveFile(const FileDialogRequest& request) = 0;
   virtual void SetPointer(PointerShape shape) = 0;

@@ -1,0 +1,172 @@
+#include "spectrum/fft_orlen.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <vector>
+
+#include "spectrum/bit_index.h"
+
+#if defined(__x86_64__) && defined(__GNUC__) && !defined(__clang__)
+#define QUARVELO_VECTOR_CLONES __attribute__((target_clones("avx2", "default")))
+#else
+#define QUARVELO_VECTOR_CLONES
+#endif
+
+namespace quarvelo::spectrum {
+namespace {
+
+// The per-stage twiddle sequences of the module FFT, from the recurrence tables. They depend
+// only on the table entries of the block sizes used, so they are rebuilt only when those
+// entries differ from the ones the cached sequences came from.
+void BuildStageTwiddles(FourierWorkspace& workspace, std::size_t n, int bits) {
+  std::vector<double>& key = workspace.stage_twiddles_key;
+  bool same =
+      workspace.stage_twiddles.length == n && key.size() == 2 * static_cast<std::size_t>(bits);
+  for (int stage = 0; same && stage < bits; ++stage) {
+    const std::size_t b = std::size_t{2} << stage;
+    same = key[2 * stage] == workspace.TwiddleAlpha[b] &&
+           key[2 * stage + 1] == workspace.TwiddleBeta[b];
+  }
+  if (same) return;
+  internal::StageTwiddles& twiddles = workspace.stage_twiddles;
+  twiddles.Reserve(n);
+  key.resize(2 * static_cast<std::size_t>(bits));
+  for (int stage = 0; stage < bits; ++stage) {
+    const std::size_t half = std::size_t{1} << stage;
+    const double alpha = workspace.TwiddleAlpha[2 * half];
+    const double beta = workspace.TwiddleBeta[2 * half];
+    key[2 * stage] = alpha;
+    key[2 * stage + 1] = beta;
+    double w_re = 1.0;
+    double w_im = 0.0;
+    for (std::size_t j = 0; j < half; ++j) {
+      twiddles.re[half + j] = w_re;
+      twiddles.im[half + j] = w_im;
+      const double t = alpha * w_re + beta * w_im;
+      w_im = beta * w_re + (w_im - alpha * w_im);
+      w_re = w_re - t;
+    }
+  }
+  twiddles.length = n;
+}
+
+// One DFT bin: sum over m = 0..n of input[m] * table[phase(m)]. Terms whose table index
+// falls outside the tables are skipped.
+QUARVELO_VECTOR_CLONES
+void DftBin(const double* input, std::size_t input_size, std::int32_t n, double omega,
+            double two_pi, double inv_two_pi, double to_index, const double* cos_table,
+            const double* neg_sin_table, double* re_sum, double* im_sum) {
+  double re = *re_sum;
+  double im = *im_sum;
+  const std::int64_t last = std::min<std::int64_t>(n, static_cast<std::int64_t>(input_size) - 1);
+  for (std::int64_t m = 0; m <= last; ++m) {
+    const double a = omega * static_cast<double>(m);
+    const double turns = std::floor(a * inv_two_pi);
+    const double index = std::nearbyint((a - turns * two_pi) * to_index);
+    if (!(index >= 0 && index < kDftTableRoom)) continue;
+    const auto i = static_cast<std::size_t>(index);
+    re += input[m] * cos_table[i];
+    im += input[m] * neg_sin_table[i];
+  }
+  *re_sum = re;
+  *im_sum = im;
+}
+
+}  // namespace
+
+void PrepareTwiddles(FourierWorkspace& workspace, std::int32_t n, bool inverse) {
+  if (n < 1) return;
+  const auto size = static_cast<std::size_t>(n) + 1;
+  if (workspace.prepared_length == n && workspace.prepared_inverse == inverse &&
+      workspace.TwiddleAlpha.size() >= size && workspace.TwiddleBeta.size() >= size) {
+    return;
+  }
+  if (workspace.TwiddleAlpha.size() < size) workspace.TwiddleAlpha.resize(size);
+  if (workspace.TwiddleBeta.size() < size) workspace.TwiddleBeta.resize(size);
+  const double c = inverse ? -kTwiddleTwoPi : kTwiddleTwoPi;
+  for (std::int32_t b = 1; b <= n; ++b) {
+    const double delta = c / b;
+    const double s = std::sin(delta * 0.5);
+    workspace.TwiddleAlpha[b] = 2 * s * s;
+    workspace.TwiddleBeta[b] = std::sin(delta);
+  }
+  workspace.prepared_length = n;
+  workspace.prepared_inverse = inverse;
+}
+
+std::string FourierLengthErrorText(std::int32_t num_samples) {
+  return "Error in procedure Fourier:\r\n NumSamples is " + std::to_string(num_samples) +
+         ", which is not a positive integer power of two.";
+}
+
+FourierStatus Fourier(FourierWorkspace& workspace, std::int32_t num_samples, bool inverse,
+                      ui::UiServices& ui) {
+  if (num_samples < 2 || !IsPowerOf2(num_samples)) {
+    ui.ShowTitledMessage("Error!", FourierLengthErrorText(num_samples), ui::MessageIcon::kNone,
+                         ui::MessageButtons::kOk);
+    return FourierStatus::kBadLength;
+  }
+  const auto n = static_cast<std::size_t>(num_samples);
+  if (workspace.RealInput.size() < n || workspace.RealOutput.size() < n ||
+      workspace.ImagOutput.size() < n || workspace.TwiddleAlpha.size() < n + 1 ||
+      workspace.TwiddleBeta.size() < n + 1) {
+    return FourierStatus::kIndexOutOfRange;
+  }
+  const int bits = LowestBitIndex(num_samples);
+  double* re = workspace.RealOutput.data();
+  double* im = workspace.ImagOutput.data();
+  internal::BitReverseCopyReal(workspace.RealInput.data(), re, im, n, bits);
+  BuildStageTwiddles(workspace, n, bits);
+  internal::RunButterflyStages(re, im, n, workspace.stage_twiddles);
+  if (inverse) {
+    const double scale = static_cast<double>(num_samples);
+    for (std::size_t i = 0; i < n; ++i) {
+      re[i] /= scale;
+      im[i] /= scale;
+    }
+  }
+  return FourierStatus::kOk;
+}
+
+std::int32_t DiscreteFourier(FourierWorkspace& workspace, std::int32_t n,
+                             const DftContext& context) {
+  if (n <= 0) return 0;
+  const double two_pi = context.two_pi;
+  const double d_omega = two_pi / n;
+  std::array<double, kDftTableRoom> cos_table{};
+  std::array<double, kDftTableRoom> neg_sin_table{};
+  for (int t = 0; t <= kDftTableSteps; ++t) {
+    const double a = two_pi / kDftTableSteps * t;
+    cos_table[t] = std::cos(a);
+    neg_sin_table[t] = -std::sin(a);
+  }
+  const double to_index = kDftTableSteps / two_pi;
+  const double inv_two_pi = 1 / two_pi;
+  const auto bins = static_cast<std::int32_t>(std::nearbyint(n / 2.0));
+  if (context.progress != nullptr) {
+    context.progress->SetProgressRange(0, 32767);
+    context.progress->SetProgressValue(0);
+  }
+  const double step = 65532.0 / n;
+  const auto outputs =
+      static_cast<std::int64_t>(std::min(workspace.RealOutput.size(), workspace.ImagOutput.size()));
+  std::int32_t computed = 0;
+  for (std::int32_t k = 0; k <= bins; ++k) {
+    if (context.stop_requested != nullptr && *context.stop_requested) return computed;
+    if (k < outputs) {
+      DftBin(workspace.RealInput.data(), workspace.RealInput.size(), n, d_omega * k, two_pi,
+             inv_two_pi, to_index, cos_table.data(), neg_sin_table.data(), &workspace.RealOutput[k],
+             &workspace.ImagOutput[k]);
+    }
+    ++computed;
+    if (context.ui != nullptr) context.ui->ProcessPendingEvents();
+    if (context.progress != nullptr) {
+      context.progress->SetProgressValue(static_cast<float>(k * step));
+    }
+  }
+  if (context.progress != nullptr) context.progress->SetProgressValue(0);
+  return computed;
+}
+
+}  // namespace quarvelo::spectrum

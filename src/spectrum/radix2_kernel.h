@@ -1,0 +1,37 @@
+// The radix-2 decimation-in-time core shared by both FFT engines. The engines differ only in
+// how they produce each stage's twiddle factors (their own recurrences); the butterflies are
+// the same. Every block of a stage uses the same twiddle sequence, so each stage's sequence is
+// produced once and the blocks are processed side by side with it, which gives exactly the
+// values the block-by-block recurrence would give.
+#ifndef QUARVELO_SPECTRUM_RADIX2_KERNEL_H_
+#define QUARVELO_SPECTRUM_RADIX2_KERNEL_H_
+
+#include <complex>
+#include <cstddef>
+#include <vector>
+
+namespace quarvelo::spectrum::internal {
+
+// Twiddles of all stages of one transform length: the stage of half-size h (blocks of 2h)
+// uses (re[h + j], im[h + j]) for j = 0 .. h-1. Index 0 is unused.
+struct StageTwiddles {
+  std::size_t length = 0;  // transform length the table was built for; 0 = none
+  std::vector<double> re;
+  std::vector<double> im;
+
+  // Makes room for a transform of `n` points without giving back memory.
+  void Reserve(std::size_t n);
+};
+
+// out[reverse(i)] = in[i] for i = 0..n-1, n = 2^bits; the imaginary output is zero.
+void BitReverseCopyReal(const double* in, double* out_re, double* out_im, std::size_t n, int bits);
+void BitReverseCopyComplex(const std::complex<double>* in, double* out_re, double* out_im,
+                           std::size_t n, int bits);
+
+// Runs every butterfly stage (half-sizes 1 .. n/2) on the bit-reversed data in (re, im):
+// t = w * x[k]; x[k] = x[j] - t; x[j] = x[j] + t, with w from `twiddles`.
+void RunButterflyStages(double* re, double* im, std::size_t n, const StageTwiddles& twiddles);
+
+}  // namespace quarvelo::spectrum::internal
+
+#endif  // QUARVELO_SPECTRUM_RADIX2_KERNEL_H_

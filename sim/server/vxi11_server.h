@@ -1,0 +1,57 @@
+// The simulated instrument's VXI-11 core channel: ONC RPC over TCP serving create_link,
+// device_write, device_read, device_clear, destroy_link and the other core procedures, one
+// client connection after another, on its own thread. The portmapper is a separate server
+// (portmapper_server.h) that points clients here.
+#ifndef QUARVELO_SIM_SERVER_VXI11_SERVER_H_
+#define QUARVELO_SIM_SERVER_VXI11_SERVER_H_
+
+#include <atomic>
+#include <cstdint>
+#include <string>
+#include <thread>
+
+#include "sim/server/message_handler.h"
+#include "sim/server/tcp_listener.h"
+
+namespace quarvelo::sim {
+
+struct Vxi11ServerOptions {
+  // The maxRecvSize announced by create_link: the largest device_write the server takes.
+  std::uint32_t max_recv_size = 64 * 1024;
+  // The most bytes one device_read returns, whatever the client asks (0 = as asked).
+  std::uint32_t max_read_size = 0;
+};
+
+class Vxi11Server {
+ public:
+  Vxi11Server(MessageHandler& handler, std::string bind_address, std::uint16_t core_port,
+              Vxi11ServerOptions options = {});
+  ~Vxi11Server();
+  Vxi11Server(const Vxi11Server&) = delete;
+  Vxi11Server& operator=(const Vxi11Server&) = delete;
+
+  // Binds and starts serving; false with `error` filled when the port cannot be bound.
+  bool Start(std::string* error);
+  // The bound port (the ephemeral one when constructed with 0), 0 before Start.
+  std::uint16_t port() const { return port_; }
+  // Ends the current connection and the thread; safe to call more than once.
+  void Stop();
+
+ private:
+  void Run();
+  void Serve(Socket connection);
+
+  MessageHandler& handler_;
+  std::string bind_address_;
+  std::uint16_t requested_port_;
+  Vxi11ServerOptions options_;
+  std::uint16_t port_ = 0;
+  Socket listener_;
+  StopSignal stop_;
+  std::thread thread_;
+  std::atomic<std::int32_t> next_lid_{1};
+};
+
+}  // namespace quarvelo::sim
+
+#endif  // QUARVELO_SIM_SERVER_VXI11_SERVER_H_

@@ -1,0 +1,53 @@
+// A small instrument for the LAN protocol tests: fixed replies, an echo, a 524,288-byte block,
+// a reply slower than the tests' time-outs and replies that end the connection.
+#ifndef QUARVELO_TESTS_VISA_LAN_TEST_HANDLER_H_
+#define QUARVELO_TESTS_VISA_LAN_TEST_HANDLER_H_
+
+#include <atomic>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "platform/visa/transport.h"
+#include "sim/server/message_handler.h"
+
+namespace quarvelo::testing {
+
+inline constexpr char kIdn[] = "QUARVELO,LAN-TEST,0001,1.0\n";
+inline constexpr std::size_t kBlockSize = 524288;
+
+// "*IDN?" -> kIdn; "ECHO <text>" -> "<text>\n"; "BLOCK?" -> a definite block of kBlockSize
+// bytes (every byte value, LF included) and LF; "SLOW?" -> "SLOW\n" after 600 ms;
+// "DROP?" -> the first 100,000 bytes of the block, then the connection closes; "BYE" -> no
+// reply, the connection closes; anything else -> no reply.
+class CannedHandler : public sim::MessageHandler {
+ public:
+  sim::HandlerResponse HandleMessage(std::string_view message) override;
+  void ReplyInterrupted() override { ++interrupted; }
+  void DeviceClear() override { ++cleared; }
+
+  std::vector<std::string> messages() const;
+
+  std::atomic<int> interrupted{0};
+  std::atomic<int> cleared{0};
+
+ private:
+  mutable std::mutex mutex_;
+  std::vector<std::string> messages_;
+};
+
+// The block reply "#6524288<bytes>\n".
+const std::string& BlockReply();
+
+// Client helpers over any transport: the whole message up to END.
+visa::Deadline In(int milliseconds);
+ViStatus WriteMessage(visa::Transport& transport, std::string_view message,
+                      visa::Deadline deadline);
+ViStatus ReadMessage(visa::Transport& transport, visa::Deadline deadline, std::string* message,
+                     std::size_t chunk = 64 * 1024);
+ViStatus Query(visa::Transport& transport, std::string_view message, std::string* reply,
+               int timeout_ms = 2000);
+
+}  // namespace quarvelo::testing
+
+#endif  // QUARVELO_TESTS_VISA_LAN_TEST_HANDLER_H_

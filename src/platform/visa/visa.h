@@ -58,13 +58,12 @@ inline constexpr ViUInt32 VI_FIND_BUFLEN = 256;
 inline constexpr ViStatus VI_SUCCESS = 0;
 inline constexpr ViStatus VI_SUCCESS_TERM_CHAR = 0x3FFF0005;
 inline constexpr ViStatus VI_SUCCESS_MAX_CNT = 0x3FFF0006;
+inline constexpr ViStatus VI_WARN_NULL_OBJECT = 0x3FFF0082;
 inline constexpr ViStatus VI_WARN_NSUP_ATTR_STATE = 0x3FFF0084;
 inline constexpr ViStatus VI_WARN_UNKNOWN_STATUS = 0x3FFF0085;
 
 // Error codes: _VI_ERROR + 0x3FFF0000 + n, i.e. 0xBFFF00nn as a signed 32-bit value.
-constexpr ViStatus ViErrorCode(ViUInt32 n) {
-  return static_cast<ViStatus>(0xBFFF0000u + n);
-}
+constexpr ViStatus ViErrorCode(ViUInt32 n) { return static_cast<ViStatus>(0xBFFF0000u + n); }
 inline constexpr ViStatus VI_ERROR_SYSTEM_ERROR = ViErrorCode(0x00);
 inline constexpr ViStatus VI_ERROR_INV_OBJECT = ViErrorCode(0x0E);
 inline constexpr ViStatus VI_ERROR_RSRC_LOCKED = ViErrorCode(0x0F);

@@ -1,0 +1,185 @@
+#include "platform/visa/format_print.h"
+
+#include <cstdint>
+#include <cstdio>
+#include <string>
+
+#include "platform/visa/format_spec.h"
+
+namespace quarvelo::visa {
+namespace {
+
+// printf of one value through a rebuilt conversion such as "%-8.3f".
+template <typename T>
+std::string FormatOne(const FormatSpec& spec, const char* length, int width, int precision,
+                      T value) {
+  std::string conversion = "%" + spec.flags;
+  if (spec.hash) conversion += '#';
+  if (width >= 0) conversion += std::to_string(width);
+  if (precision >= 0) conversion += "." + std::to_string(precision);
+  conversion += length;
+  conversion += spec.conversion;
+  char small[128];
+  const int needed = std::snprintf(small, sizeof small, conversion.c_str(), value);
+  if (needed < 0) return {};
+  if (static_cast<std::size_t>(needed) < sizeof small) return std::string(small, needed);
+  std::string text(static_cast<std::size_t>(needed) + 1, '\0');
+  std::snprintf(text.data(), text.size(), conversion.c_str(), value);
+  text.resize(static_cast<std::size_t>(needed));
+  return text;
+}
+
+class Printer {
+ public:
+  Printer(VaArgs* args, FormattedOutput* output) : args_(args), output_(output) {}
+
+  ViStatus Run(std::string_view format) {
+    std::string literal;
+    std::size_t i = 0;
+    while (i < format.size()) {
+      char c = format[i++];
+      if (c == '\\' && i < format.size()) {
+        if (const auto escaped = EscapedCharacter(format[i])) {
+          c = *escaped;
+          ++i;
+        }
+      }
+      if (c == '\n') {
+        literal += '\n';
+        ViStatus status = output_->Append(literal);
+        literal.clear();
+        if (status >= VI_SUCCESS) status = output_->EndMessage();
+        if (status < VI_SUCCESS) return status;
+        continue;
+      }
+      if (c != '%') {
+        literal += c;
+        continue;
+      }
+      if (i < format.size() && format[i] == '%') {
+        literal += '%';
+        ++i;
+        continue;
+      }
+      const auto spec = ParseFormatSpec(format, &i, /*read_side=*/false);
+      if (!spec) return VI_ERROR_INV_FMT;
+      std::string text;
+      const ViStatus status = Convert(*spec, &text);
+      if (status < VI_SUCCESS) return status;
+      literal += text;
+    }
+    return literal.empty() ? VI_SUCCESS : output_->Append(literal);
+  }
+
+ private:
+  ViStatus Convert(const FormatSpec& spec, std::string* text);
+  ViStatus ConvertScalar(const FormatSpec& spec, int width, int precision, std::string* text);
+  std::string IntegerText(const FormatSpec& spec, int width, int precision, bool next_from_array,
+                          const void* array, std::size_t index);
+
+  VaArgs* args_;
+  FormattedOutput* output_;
+};
+
+bool IsInteger(char c) {
+  return c == 'd' || c == 'i' || c == 'u' || c == 'x' || c == 'X' || c == 'o';
+}
+bool IsReal(char c) { return c == 'f' || c == 'e' || c == 'E' || c == 'g' || c == 'G'; }
+
+ViStatus Printer::Convert(const FormatSpec& spec, std::string* text) {
+  int width = spec.width;
+  int precision = spec.precision;
+  if (spec.width_argument) width = va_arg(args_->list, int);
+  if (spec.precision_argument) precision = va_arg(args_->list, int);
+  if (spec.conversion == 'b') {
+    if (spec.array) return VI_ERROR_INV_FMT;
+    long count = spec.hash ? va_arg(args_->list, ViInt32) : spec.width;
+    if (count < 0) return VI_ERROR_INV_FMT;
+    const char* data = va_arg(args_->list, const char*);
+    if (data == nullptr && count > 0) return VI_ERROR_USER_BUF;
+    const std::string length = std::to_string(count);
+    *text = "#" + std::to_string(length.size()) + length;
+    text->append(data, static_cast<std::size_t>(count));
+    return VI_SUCCESS;
+  }
+  if (!spec.array) return ConvertScalar(spec, width, precision, text);
+  const long count = spec.hash ? va_arg(args_->list, ViInt32) : spec.width;
+  if (count < 0) return VI_ERROR_INV_FMT;
+  const void* array = va_arg(args_->list, const void*);
+  if (array == nullptr && count > 0) return VI_ERROR_USER_BUF;
+  FormatSpec element = spec;
+  element.hash = false;
+  for (long k = 0; k < count; ++k) {
+    if (k > 0) *text += ',';
+    if (IsInteger(spec.conversion)) {
+      *text += IntegerText(element, -1, precision, true, array, static_cast<std::size_t>(k));
+    } else if (IsReal(spec.conversion)) {
+      const double value = spec.length == LengthModifier::kLong
+                               ? static_cast<const double*>(array)[k]
+                               : static_cast<const float*>(array)[k];
+      *text += FormatOne(element, "", -1, precision, value);
+    } else {
+      return VI_ERROR_INV_FMT;
+    }
+  }
+  return VI_SUCCESS;
+}
+
+std::string Printer::IntegerText(const FormatSpec& spec, int width, int precision, bool from_array,
+                                 const void* array, std::size_t index) {
+  switch (spec.length) {
+    case LengthModifier::kShort: {
+      const int value = from_array ? static_cast<const std::int16_t*>(array)[index]
+                                   : static_cast<std::int16_t>(va_arg(args_->list, int));
+      return FormatOne(spec, "", width, precision, value);
+    }
+    case LengthModifier::kLongLong: {
+      const long long value = from_array ? static_cast<const std::int64_t*>(array)[index]
+                                         : va_arg(args_->list, long long);
+      return FormatOne(spec, "ll", width, precision, value);
+    }
+    default: {
+      // ViInt32 whether or not 'l' is given: the VISA API's long is 32 bits.
+      const int value =
+          from_array ? static_cast<const std::int32_t*>(array)[index] : va_arg(args_->list, int);
+      return FormatOne(spec, "", width, precision, value);
+    }
+  }
+}
+
+ViStatus Printer::ConvertScalar(const FormatSpec& spec, int width, int precision,
+                                std::string* text) {
+  if (IsInteger(spec.conversion)) {
+    *text = IntegerText(spec, width, precision, false, nullptr, 0);
+    return VI_SUCCESS;
+  }
+  if (IsReal(spec.conversion)) {
+    if (spec.length == LengthModifier::kLongDouble) {
+      *text = FormatOne(spec, "L", width, precision, va_arg(args_->list, long double));
+    } else {
+      *text = FormatOne(spec, "", width, precision, va_arg(args_->list, double));
+    }
+    return VI_SUCCESS;
+  }
+  switch (spec.conversion) {
+    case 'c':
+      *text = FormatOne(spec, "", width, precision, va_arg(args_->list, int));
+      return VI_SUCCESS;
+    case 's': {
+      const char* value = va_arg(args_->list, const char*);
+      if (value == nullptr) return VI_ERROR_USER_BUF;
+      *text = FormatOne(spec, "", width, precision, value);
+      return VI_SUCCESS;
+    }
+    default:
+      return VI_ERROR_NSUP_FMT;
+  }
+}
+
+}  // namespace
+
+ViStatus PrintFormatted(std::string_view format, VaArgs* args, FormattedOutput* output) {
+  return Printer(args, output).Run(format);
+}
+
+}  // namespace quarvelo::visa

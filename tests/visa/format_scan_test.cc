@@ -1,0 +1,296 @@
+// The formatted read engine against canned byte streams, each cut at every possible packet
+// boundary, over a transport with END (VXI-11, HiSLIP, USB-TMC) and one without (raw socket).
+#include "platform/visa/format_scan.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdarg>
+#include <vector>
+
+#include "platform/visa/message_reader.h"
+#include "tests/visa/fake_transport.h"
+
+namespace quarvelo::visa {
+namespace {
+
+using testing::FakeTransport;
+
+ViStatus Scan(MessageReader* reader, const char* format, ...) {
+  VaArgs args;
+  va_start(args.list, format);
+  const ViStatus status = ScanFormatted(reader, format, &args);
+  va_end(args.list);
+  return status;
+}
+
+// Every way of cutting `stream` once, plus one byte per chunk.
+std::vector<std::vector<std::size_t>> AllSplits(const std::string& stream) {
+  std::vector<std::vector<std::size_t>> splits{{}};
+  for (std::size_t cut = 1; cut < stream.size(); ++cut) splits.push_back({cut});
+  std::vector<std::size_t> bytewise;
+  for (std::size_t cut = 1; cut < stream.size(); ++cut) bytewise.push_back(cut);
+  splits.push_back(bytewise);
+  return splits;
+}
+
+class FormatScanTest : public ::testing::TestWithParam<bool> {
+ protected:
+  bool socket() const { return GetParam(); }
+};
+
+INSTANTIATE_TEST_SUITE_P(Transports, FormatScanTest, ::testing::Values(false, true),
+                         [](const auto& info) { return info.param ? "Socket" : "EndFlag"; });
+
+struct TextCase {
+  std::string stream;
+  const char* format;
+  int capacity;  // for "%#t"; 0 when the format has its own bound
+  std::string expected;
+};
+
+TEST_P(FormatScanTest, TextReadsToEndWithinItsBound) {
+  const std::vector<TextCase> cases = {
+      {"KEYSIGHT TECHNOLOGIES,DSO-X 3034T,MY1,07.50\n", "%t", 0,
+       "KEYSIGHT TECHNOLOGIES,DSO-X 3034T,MY1,07.50\n"},
+      {"ABC\r\n", "%t", 0, "ABC\r\n"},
+      {"a\tb\n", "%t", 0, "a\tb\n"},
+      {"0123456789\n", "%4t", 0, "0123"},
+      {"0123456789\n", "%#t", 5, "0123"},
+      {"\n", "%t", 0, "\n"},
+      {"+1.0E+00\n", "%T", 0, "+1.0E+00\n"},
+  };
+  for (const TextCase& c : cases) {
+    for (const auto& split : AllSplits(c.stream)) {
+      FakeTransport transport(socket());
+      transport.AddSplit(c.stream, split);
+      transport.Add("NEXT\n", !socket());
+      MessageReader reader(&transport, 16);
+      char text[64] = {};
+      ViInt32 capacity = c.capacity;
+      const ViStatus status =
+          c.capacity > 0 ? Scan(&reader, c.format, &capacity, text) : Scan(&reader, c.format, text);
+      ASSERT_EQ(status, VI_SUCCESS) << c.stream;
+      EXPECT_EQ(std::string(text), c.expected) << c.stream << " split " << split.size();
+      if (c.capacity > 0) {
+        EXPECT_EQ(capacity, static_cast<ViInt32>(c.expected.size()));
+      }
+      // Whatever the bound left unread belonged to this reply: the next one starts clean.
+      char next[16] = {};
+      ASSERT_EQ(Scan(&reader, "%t", next), VI_SUCCESS);
+      EXPECT_STREQ(next, "NEXT\n");
+    }
+  }
+}
+
+TEST_P(FormatScanTest, ReplyWithoutItsEndTimesOutInsteadOfReturningPart) {
+  FakeTransport transport(socket());
+  transport.Add("PARTIAL", false);
+  MessageReader reader(&transport);
+  char text[32] = {};
+  EXPECT_EQ(Scan(&reader, "%t", text), VI_ERROR_TMO);
+}
+
+struct ListCase {
+  std::string stream;
+  ViInt32 capacity;
+  std::vector<double> expected;
+};
+
+TEST_P(FormatScanTest, NumberListsInTheInstrumentsForms) {
+  const std::vector<ListCase> cases = {
+      {"+1.00000000E-03,-5,9.9E+37\n", 20, {1e-3, -5, 9.9e37}},
+      {"+7680\n", 20, {7680}},
+      {"0,1,+100,+1.2E+01,-3.5e-2,.5\n", 20, {0, 1, 100, 12, -0.035, 0.5}},
+      {"1,2,3,4,5\n", 3, {1, 2, 3}},
+      {"garbage\n", 20, {}},
+      {"1,2,x\n", 20, {1, 2}},
+  };
+  for (const ListCase& c : cases) {
+    for (const auto& split : AllSplits(c.stream)) {
+      FakeTransport transport(socket());
+      transport.AddSplit(c.stream, split);
+      MessageReader reader(&transport, 8);
+      double values[20] = {};
+      ViInt32 count = c.capacity;
+      ASSERT_EQ(Scan(&reader, "%,#lf\n", &count, values), VI_SUCCESS) << c.stream;
+      ASSERT_EQ(count, static_cast<ViInt32>(c.expected.size())) << c.stream;
+      for (std::size_t k = 0; k < c.expected.size(); ++k) {
+        EXPECT_DOUBLE_EQ(values[k], c.expected[k]) << c.stream << " #" << k;
+      }
+    }
+  }
+}
+
+TEST_P(FormatScanTest, ScalarsAndLiterals) {
+  FakeTransport transport(socket());
+  transport.AddSplit("+0,\"No error\"\n", {3, 7});
+  MessageReader reader(&transport, 4);
+  int number = 99;
+  char word[32] = {};
+  ASSERT_EQ(Scan(&reader, "%d,\"%s", &number, word), VI_SUCCESS);
+  EXPECT_EQ(number, 0);
+  EXPECT_STREQ(word, "No");
+}
+
+std::string Block(const std::string& data) {
+  const std::string length = std::to_string(data.size());
+  return "#" + std::to_string(length.size()) + length + data;
+}
+
+// Block data with LF, NUL and every other byte value in it.
+std::string BinaryData(std::size_t size) {
+  std::string data(size, '\0');
+  for (std::size_t k = 0; k < size; ++k) data[k] = static_cast<char>((k * 7 + 10) & 0xFF);
+  return data;
+}
+
+TEST_P(FormatScanTest, DefiniteBlockAtEverySplit) {
+  const std::string data = BinaryData(40);
+  const std::string stream = Block(data) + "\n";
+  for (const auto& split : AllSplits(stream)) {
+    FakeTransport transport(socket());
+    transport.AddSplit(stream, split);
+    transport.Add("NEXT\n", !socket());
+    MessageReader reader(&transport, 16);
+    std::vector<char> area(100, 'X');
+    ViInt32 count = 100;
+    ASSERT_EQ(Scan(&reader, "%#b\n", &count, area.data()), VI_SUCCESS);
+    ASSERT_EQ(count, 40);
+    EXPECT_EQ(std::string(area.data(), 40), data);
+    EXPECT_EQ(area[40], 'X');  // nothing written past the block
+    char next[16] = {};
+    ASSERT_EQ(Scan(&reader, "%t", next), VI_SUCCESS);
+    EXPECT_STREQ(next, "NEXT\n");
+  }
+}
+
+TEST_P(FormatScanTest, BlockLargerThanTheAreaKeepsTheCountAndLeavesTheRestForTheFlush) {
+  const std::string data = BinaryData(300);
+  const std::string stream = Block(data) + "\n";
+  for (const std::size_t cut : {std::size_t{3}, std::size_t{60}, std::size_t{200}}) {
+    FakeTransport transport(socket());
+    transport.AddSplit(stream, {cut});
+    transport.Add("NEXT\n", !socket());
+    MessageReader reader(&transport, 32);
+    std::vector<char> area(100, 'X');
+    ViInt32 count = 50;
+    ASSERT_EQ(Scan(&reader, "%#b\n", &count, area.data()), VI_SUCCESS);
+    ASSERT_EQ(count, 50);
+    EXPECT_EQ(std::string(area.data(), 50), data.substr(0, 50));
+    EXPECT_EQ(area[50], 'X');
+    ASSERT_EQ(reader.DiscardResponse(), VI_SUCCESS);
+    char next[16] = {};
+    ASSERT_EQ(Scan(&reader, "%t", next), VI_SUCCESS);
+    EXPECT_STREQ(next, "NEXT\n");
+  }
+}
+
+TEST_P(FormatScanTest, IndefiniteBlockEndsAtEnd) {
+  // On a socket the LF is the end, so the data must not contain one there.
+  const std::string data = socket() ? std::string("abc\x01\x02\xff") : BinaryData(30);
+  const std::string stream = "#0" + data + "\n";
+  for (const auto& split : AllSplits(stream)) {
+    FakeTransport transport(socket());
+    transport.AddSplit(stream, split);
+    MessageReader reader(&transport, 8);
+    std::vector<char> area(64, 'X');
+    ViInt32 count = 64;
+    ASSERT_EQ(Scan(&reader, "%#b", &count, area.data()), VI_SUCCESS);
+    ASSERT_EQ(count, static_cast<ViInt32>(data.size()));
+    EXPECT_EQ(std::string(area.data(), data.size()), data);
+  }
+}
+
+TEST_P(FormatScanTest, WordBlockElementsAreBigEndian) {
+  FakeTransport transport(socket());
+  transport.Add(std::string("#14\x01\x02\x80\x00\n", 8), !socket());
+  MessageReader reader(&transport);
+  std::int16_t words[4] = {};
+  ViInt32 count = 4;
+  ASSERT_EQ(Scan(&reader, "%#hb", &count, words), VI_SUCCESS);
+  ASSERT_EQ(count, 2);
+  EXPECT_EQ(words[0], 0x0102);
+  EXPECT_EQ(words[1], -32768);
+}
+
+TEST_P(FormatScanTest, BlockCutShortIsAnError) {
+  // The header promises 50 bytes; 10 arrive, then the message ends (END) or nothing more
+  // comes (socket).
+  FakeTransport transport(socket());
+  transport.Add("#250" + BinaryData(10).substr(0, 9) + "\n", !socket());
+  MessageReader reader(&transport, 16);
+  std::vector<char> area(100);
+  ViInt32 count = 100;
+  const ViStatus status = Scan(&reader, "%#b", &count, area.data());
+  EXPECT_EQ(status, socket() ? VI_ERROR_TMO : VI_ERROR_IO);
+  EXPECT_LT(count, 50);
+}
+
+TEST_P(FormatScanTest, MalformedBlockHeaders) {
+  struct HeaderCase {
+    std::string stream;
+    ViStatus status;
+  };
+  const std::vector<HeaderCase> cases = {
+      {"no block\n", VI_SUCCESS},  // no '#': nothing matched, nothing stored
+      {"#x12\n", VI_ERROR_IO},
+      {"#3a1\n", VI_ERROR_IO},
+  };
+  for (const HeaderCase& c : cases) {
+    FakeTransport transport(socket());
+    transport.Add(c.stream, !socket());
+    MessageReader reader(&transport);
+    char area[16];
+    ViInt32 count = 16;
+    EXPECT_EQ(Scan(&reader, "%#b", &count, area), c.status) << c.stream;
+    EXPECT_EQ(count, 0) << c.stream;
+  }
+}
+
+TEST_P(FormatScanTest, FlushAfterTimeoutDiscardsTheLateReply) {
+  FakeTransport transport(socket());
+  MessageReader reader(&transport);
+  char text[32] = {};
+  ASSERT_EQ(Scan(&reader, "%t", text), VI_ERROR_TMO);
+  transport.Add("LATE\n", !socket());
+  transport.Add("GOOD\n", !socket());
+  EXPECT_TRUE(reader.HasUnreadResponse());
+  ASSERT_EQ(reader.DiscardResponse(), VI_SUCCESS);
+  ASSERT_EQ(Scan(&reader, "%t", text), VI_SUCCESS);
+  EXPECT_STREQ(text, "GOOD\n");
+}
+
+TEST_P(FormatScanTest, FlushAfterTimeoutWithNoLateReplyDoesNotFail) {
+  FakeTransport transport(socket());
+  MessageReader reader(&transport);
+  char text[32] = {};
+  ASSERT_EQ(Scan(&reader, "%t", text), VI_ERROR_TMO);
+  EXPECT_EQ(reader.DiscardResponse(), VI_SUCCESS);
+  EXPECT_FALSE(reader.HasUnreadResponse());
+}
+
+TEST_P(FormatScanTest, FlushAtAMessageBoundaryReadsNothing) {
+  FakeTransport transport(socket());
+  transport.Add("A\n", !socket());
+  MessageReader reader(&transport);
+  char text[8] = {};
+  ASSERT_EQ(Scan(&reader, "%t", text), VI_SUCCESS);
+  const int reads = transport.reads();
+  EXPECT_FALSE(reader.HasUnreadResponse());
+  EXPECT_EQ(reader.DiscardResponse(), VI_SUCCESS);
+  EXPECT_EQ(transport.reads(), reads);
+}
+
+TEST(FormatScan, BadFormatsAreRejected) {
+  FakeTransport transport(false);
+  transport.Add("1\n", true);
+  MessageReader reader(&transport);
+  int value = 0;
+  EXPECT_EQ(Scan(&reader, "%", &value), VI_ERROR_INV_FMT);
+  EXPECT_EQ(Scan(&reader, "%q", &value), VI_ERROR_INV_FMT);
+  EXPECT_EQ(Scan(&reader, "%b", &value), VI_ERROR_INV_FMT);  // a block needs a count
+  EXPECT_EQ(Scan(&reader, "%[a-z]", &value), VI_ERROR_NSUP_FMT);
+}
+
+}  // namespace
+}  // namespace quarvelo::visa

@@ -1,0 +1,116 @@
+// The handle model, attributes, masks and status texts of the VISA API.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "platform/visa/visa.h"
+#include "tests/visa/loopback_server.h"
+
+namespace quarvelo::visa {
+namespace {
+
+sim::HandlerResponse Echo(std::string_view message) { return {std::string(message) + "\n"}; }
+
+TEST(VisaApi, ClosingTheManagerClosesWhatItOpened) {
+  testing::LoopbackServer server(Echo);
+  ViSession rm = VI_NULL;
+  ViSession other_rm = VI_NULL;
+  ASSERT_EQ(viOpenDefaultRM(&rm), VI_SUCCESS);
+  ASSERT_EQ(viOpenDefaultRM(&other_rm), VI_SUCCESS);
+  EXPECT_NE(rm, other_rm);
+  ViSession first = VI_NULL, second = VI_NULL, kept = VI_NULL;
+  const std::string name = server.SocketResource();
+  ASSERT_EQ(viOpen(rm, name.c_str(), VI_NO_LOCK, 2000, &first), VI_SUCCESS);
+  ASSERT_EQ(viOpen(rm, name.c_str(), VI_NO_LOCK, 2000, &second), VI_SUCCESS);
+  ASSERT_EQ(viOpen(other_rm, name.c_str(), VI_NO_LOCK, 2000, &kept), VI_SUCCESS);
+  ASSERT_EQ(viClose(first), VI_SUCCESS);
+  EXPECT_EQ(viClose(first), VI_ERROR_INV_OBJECT);
+  ASSERT_EQ(viClose(rm), VI_SUCCESS);
+  EXPECT_EQ(viPrintf(second, "X\n"), VI_ERROR_INV_OBJECT);
+  EXPECT_EQ(viClose(second), VI_ERROR_INV_OBJECT);
+  EXPECT_EQ(viPrintf(kept, "X\n"), VI_SUCCESS);
+  EXPECT_EQ(viOpen(rm, name.c_str(), VI_NO_LOCK, 2000, &first), VI_ERROR_INV_OBJECT);
+  EXPECT_EQ(viClose(other_rm), VI_SUCCESS);
+  EXPECT_EQ(viClose(VI_NULL), VI_WARN_NULL_OBJECT);
+}
+
+TEST(VisaApi, OpenArgumentErrors) {
+  ViSession rm = VI_NULL;
+  ASSERT_EQ(viOpenDefaultRM(&rm), VI_SUCCESS);
+  ViSession vi = VI_NULL;
+  EXPECT_EQ(viOpen(rm, "NOT A RESOURCE", VI_NO_LOCK, 100, &vi), VI_ERROR_INV_RSRC_NAME);
+  EXPECT_EQ(viOpen(rm, nullptr, VI_NO_LOCK, 100, &vi), VI_ERROR_INV_RSRC_NAME);
+  EXPECT_EQ(viOpen(rm, "TCPIP::h::1::SOCKET", 0x100, 100, &vi), VI_ERROR_INV_ACC_MODE);
+  EXPECT_EQ(viOpen(rm + 1000, "TCPIP::h::1::SOCKET", VI_NO_LOCK, 100, &vi), VI_ERROR_INV_OBJECT);
+  viClose(rm);
+}
+
+TEST(VisaApi, TimeoutAttributeAndMasks) {
+  testing::LoopbackServer server(Echo);
+  ViSession rm = VI_NULL, vi = VI_NULL;
+  ASSERT_EQ(viOpenDefaultRM(&rm), VI_SUCCESS);
+  ASSERT_EQ(viOpen(rm, server.SocketResource().c_str(), VI_NO_LOCK, 2000, &vi), VI_SUCCESS);
+  ViUInt32 timeout = 0;
+  ASSERT_EQ(viGetAttribute(vi, VI_ATTR_TMO_VALUE, &timeout), VI_SUCCESS);
+  EXPECT_EQ(timeout, 2000u);
+  ASSERT_EQ(viSetAttribute(vi, VI_ATTR_TMO_VALUE, 5000), VI_SUCCESS);
+  ASSERT_EQ(viGetAttribute(vi, VI_ATTR_TMO_VALUE, &timeout), VI_SUCCESS);
+  EXPECT_EQ(timeout, 5000u);
+  EXPECT_EQ(viSetAttribute(vi, VI_ATTR_TMO_VALUE, 0x1'0000'0000ull), VI_ERROR_NSUP_ATTR_STATE);
+  EXPECT_EQ(viSetAttribute(vi, 0x3FFF0018, 10), VI_ERROR_NSUP_ATTR);
+  EXPECT_EQ(viSetAttribute(rm, VI_ATTR_TMO_VALUE, 10), VI_ERROR_NSUP_ATTR);
+
+  EXPECT_EQ(viFlush(vi, VI_READ_BUF | VI_READ_BUF_DISCARD), VI_ERROR_INV_MASK);
+  EXPECT_EQ(viFlush(vi, VI_WRITE_BUF | VI_WRITE_BUF_DISCARD), VI_ERROR_INV_MASK);
+  EXPECT_EQ(viFlush(vi, 0), VI_ERROR_INV_MASK);
+  EXPECT_EQ(viFlush(vi, VI_READ_BUF | VI_WRITE_BUF), VI_SUCCESS);
+  EXPECT_EQ(viFlush(rm, VI_READ_BUF), VI_ERROR_NSUP_OPER);
+  EXPECT_EQ(viFlush(0xFFFF, VI_READ_BUF), VI_ERROR_INV_OBJECT);
+
+  // Formatted write with arguments reaches the instrument as text.
+  ASSERT_EQ(viPrintf(vi, ":CHANnel%d:SCALe %g\n", 1, 0.5), VI_SUCCESS);
+  char echo[64] = {};
+  ASSERT_EQ(viScanf(vi, "%t", echo), VI_SUCCESS);
+  EXPECT_STREQ(echo, ":CHANnel1:SCALe 0.5\n");
+  viClose(rm);
+}
+
+TEST(VisaApi, EveryReturnedStatusHasItsStandardText) {
+  const std::vector<std::pair<ViStatus, std::string>> statuses = {
+      {VI_SUCCESS, "VI_SUCCESS"},
+      {VI_SUCCESS_MAX_CNT, "VI_SUCCESS_MAX_CNT"},
+      {VI_WARN_NULL_OBJECT, "VI_WARN_NULL_OBJECT"},
+      {VI_ERROR_INV_OBJECT, "VI_ERROR_INV_OBJECT"},
+      {VI_ERROR_RSRC_NFOUND, "VI_ERROR_RSRC_NFOUND"},
+      {VI_ERROR_INV_RSRC_NAME, "VI_ERROR_INV_RSRC_NAME"},
+      {VI_ERROR_INV_ACC_MODE, "VI_ERROR_INV_ACC_MODE"},
+      {VI_ERROR_TMO, "VI_ERROR_TMO"},
+      {VI_ERROR_NSUP_ATTR, "VI_ERROR_NSUP_ATTR"},
+      {VI_ERROR_NSUP_ATTR_STATE, "VI_ERROR_NSUP_ATTR_STATE"},
+      {VI_ERROR_INV_MASK, "VI_ERROR_INV_MASK"},
+      {VI_ERROR_IO, "VI_ERROR_IO"},
+      {VI_ERROR_INV_FMT, "VI_ERROR_INV_FMT"},
+      {VI_ERROR_NSUP_FMT, "VI_ERROR_NSUP_FMT"},
+      {VI_ERROR_NSUP_OPER, "VI_ERROR_NSUP_OPER"},
+      {VI_ERROR_USER_BUF, "VI_ERROR_USER_BUF"},
+      {VI_ERROR_RSRC_BUSY, "VI_ERROR_RSRC_BUSY"},
+      {VI_ERROR_INV_PARAMETER, "VI_ERROR_INV_PARAMETER"},
+      {VI_ERROR_CONN_LOST, "VI_ERROR_CONN_LOST"},
+      {VI_ERROR_NPERMISSION, "VI_ERROR_NPERMISSION"},
+  };
+  for (const auto& [status, name] : statuses) {
+    char text[256];
+    ASSERT_EQ(viStatusDesc(VI_NULL, status, text), VI_SUCCESS) << name;
+    const std::string description(text);
+    EXPECT_EQ(description.rfind(name + ": ", 0), 0u) << description;
+    EXPECT_GT(description.size(), name.size() + 12) << description;
+  }
+  char text[256];
+  ASSERT_EQ(viStatusDesc(VI_NULL, VI_ERROR_TMO, text), VI_SUCCESS);
+  EXPECT_STREQ(text, "VI_ERROR_TMO: Timeout expired before operation completed.");
+  EXPECT_EQ(viStatusDesc(VI_NULL, 0x12345, text), VI_WARN_UNKNOWN_STATUS);
+  EXPECT_EQ(std::string(text).rfind("VI_WARN_UNKNOWN_STATUS", 0), 0u);
+}
+
+}  // namespace
+}  // namespace quarvelo::visa

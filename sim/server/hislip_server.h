@@ -1,0 +1,52 @@
+// The simulated instrument's HiSLIP server: Initialize on the synchronous channel,
+// AsyncInitialize on the asynchronous one, then Data/DataEnd messages answered with the id of
+// the message they answer, AsyncMaxMsgSize, device clear, status query and lock requests.
+// Serves one client (its two connections) after another on its own thread, in synchronised
+// mode.
+#ifndef QUARVELO_SIM_SERVER_HISLIP_SERVER_H_
+#define QUARVELO_SIM_SERVER_HISLIP_SERVER_H_
+
+#include <cstdint>
+#include <string>
+#include <thread>
+
+#include "sim/server/message_handler.h"
+#include "sim/server/tcp_listener.h"
+
+namespace quarvelo::sim {
+
+struct HislipServerOptions {
+  // The largest Data/DataEnd payload the server takes, announced in AsyncMaxMsgSizeResponse.
+  std::uint64_t max_message_size = 1024 * 1024;
+};
+
+class HislipServer {
+ public:
+  HislipServer(MessageHandler& handler, std::string bind_address, std::uint16_t port,
+               HislipServerOptions options = {});
+  ~HislipServer();
+  HislipServer(const HislipServer&) = delete;
+  HislipServer& operator=(const HislipServer&) = delete;
+
+  bool Start(std::string* error);
+  std::uint16_t port() const { return port_; }
+  void Stop();
+
+ private:
+  void Run();
+  void Serve(Socket sync);
+
+  MessageHandler& handler_;
+  std::string bind_address_;
+  std::uint16_t requested_port_;
+  HislipServerOptions options_;
+  std::uint16_t port_ = 0;
+  Socket listener_;
+  StopSignal stop_;
+  std::thread thread_;
+  std::uint16_t next_session_id_ = 1;
+};
+
+}  // namespace quarvelo::sim
+
+#endif  // QUARVELO_SIM_SERVER_HISLIP_SERVER_H_

@@ -1,0 +1,297 @@
+#include "platform/visa/hislip/hislip_transport.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "platform/visa/transport_factory.h"
+
+namespace quarvelo::visa {
+namespace {
+
+constexpr std::size_t kChannelBuffer = 64 * 1024;
+// Handshake replies carry tiny payloads; anything bigger is not a HiSLIP server.
+constexpr std::uint64_t kMaxControlPayload = 4096;
+
+using hislip::Header;
+using hislip::MessageType;
+
+// Receives the next header on `channel` and its (small) payload.
+ViStatus ReceiveControl(HislipChannel& channel, Deadline deadline, Header* header,
+                        std::vector<std::byte>* payload) {
+  ViStatus status = channel.ReceiveHeader(deadline, header);
+  if (status != VI_SUCCESS) return status;
+  if (header->payload_length > kMaxControlPayload) return VI_ERROR_IO;
+  payload->resize(header->payload_length);
+  std::size_t done = 0;
+  while (done < payload->size()) {
+    std::size_t count = 0;
+    status = channel.ReceiveSome(std::span(*payload).subspan(done), deadline, &count);
+    if (status != VI_SUCCESS) return status;
+    done += count;
+  }
+  return VI_SUCCESS;
+}
+
+}  // namespace
+
+HislipChannel::HislipChannel(std::unique_ptr<TcpStream> stream)
+    : stream_(std::move(stream)), buffer_(kChannelBuffer) {}
+
+ViStatus HislipChannel::Send(const Header& header, std::span<const std::byte> payload,
+                             Deadline deadline) {
+  if (broken_) return VI_ERROR_CONN_LOST;
+  const hislip::HeaderBytes head = hislip::EncodeHeader(header);
+  std::vector<std::byte> frame;
+  // One send per message: a small header sent apart would meet delayed ACKs.
+  frame.reserve(head.size() + payload.size());
+  frame.insert(frame.end(), head.begin(), head.end());
+  frame.insert(frame.end(), payload.begin(), payload.end());
+  std::size_t sent = 0;
+  const ViStatus status = stream_->SendAll(frame, deadline, &sent);
+  if (status != VI_SUCCESS && (sent != 0 || status != VI_ERROR_TMO)) {
+    // Half a message cannot be taken back: the channel is out of step for good.
+    broken_ = true;
+    return status == VI_ERROR_TMO ? VI_ERROR_IO : status;
+  }
+  return status;
+}
+
+ViStatus HislipChannel::Fill(Deadline deadline) {
+  if (broken_) return VI_ERROR_CONN_LOST;
+  if (begin_ == end_) begin_ = end_ = 0;
+  if (end_ == buffer_.size()) {
+    std::memmove(buffer_.data(), buffer_.data() + begin_, end_ - begin_);
+    end_ -= begin_;
+    begin_ = 0;
+  }
+  std::size_t count = 0;
+  const ViStatus status = stream_->ReceiveSome(std::span(buffer_).subspan(end_), deadline, &count);
+  if (status != VI_SUCCESS) {
+    if (status != VI_ERROR_TMO) broken_ = true;
+    return status;
+  }
+  end_ += count;
+  return VI_SUCCESS;
+}
+
+ViStatus HislipChannel::ReceiveHeader(Deadline deadline, Header* header) {
+  while (end_ - begin_ < hislip::kHeaderSize) {
+    const ViStatus status = Fill(deadline);
+    if (status != VI_SUCCESS) return status;
+  }
+  const auto bytes = std::span(buffer_).subspan(begin_).first<hislip::kHeaderSize>();
+  if (!hislip::DecodeHeader(bytes, header)) {
+    broken_ = true;
+    return VI_ERROR_IO;
+  }
+  begin_ += hislip::kHeaderSize;
+  return VI_SUCCESS;
+}
+
+ViStatus HislipChannel::ReceiveSome(std::span<std::byte> buffer, Deadline deadline,
+                                    std::size_t* count) {
+  *count = 0;
+  if (buffer.empty()) return VI_SUCCESS;
+  if (begin_ == end_) {
+    if (broken_) return VI_ERROR_CONN_LOST;
+    // Large payloads skip the buffer.
+    if (buffer.size() >= buffer_.size()) {
+      const ViStatus status = stream_->ReceiveSome(buffer, deadline, count);
+      if (status != VI_SUCCESS && status != VI_ERROR_TMO) broken_ = true;
+      return status;
+    }
+    const ViStatus status = Fill(deadline);
+    if (status != VI_SUCCESS) return status;
+  }
+  *count = std::min(buffer.size(), end_ - begin_);
+  std::memcpy(buffer.data(), buffer_.data() + begin_, *count);
+  begin_ += *count;
+  return VI_SUCCESS;
+}
+
+ViStatus HislipChannel::Discard(std::uint64_t* left, Deadline deadline) {
+  while (*left > 0) {
+    if (begin_ == end_) {
+      const ViStatus status = Fill(deadline);
+      if (status != VI_SUCCESS) return status;
+    }
+    const std::size_t take =
+        static_cast<std::size_t>(std::min<std::uint64_t>(*left, end_ - begin_));
+    begin_ += take;
+    *left -= take;
+  }
+  return VI_SUCCESS;
+}
+
+ViStatus HislipTransport::Open(const std::string& host, const std::string& sub_address,
+                               std::uint16_t port, Deadline deadline, const HislipOptions& options,
+                               std::unique_ptr<HislipTransport>* out) {
+  if (port == 0) port = hislip::kStandardPort;
+  std::unique_ptr<TcpStream> stream;
+  if (TcpStream::Connect(host, port, deadline, &stream) != VI_SUCCESS) {
+    return VI_ERROR_RSRC_NFOUND;
+  }
+  auto sync = std::make_unique<HislipChannel>(std::move(stream));
+  const std::string name = sub_address.empty() ? "hislip0" : sub_address;
+  Header header{MessageType::kInitialize, 0,
+                hislip::InitializeParameter(hislip::kProtocolVersion, hislip::kVendorId),
+                name.size()};
+  std::vector<std::byte> payload;
+  if (sync->Send(header, std::as_bytes(std::span(name.data(), name.size())), deadline) !=
+          VI_SUCCESS ||
+      ReceiveControl(*sync, deadline, &header, &payload) != VI_SUCCESS ||
+      header.type != MessageType::kInitializeResponse) {
+    return VI_ERROR_RSRC_NFOUND;
+  }
+  const std::uint16_t session_id = hislip::SessionIdOf(header.parameter);
+
+  if (TcpStream::Connect(host, port, deadline, &stream) != VI_SUCCESS) {
+    return VI_ERROR_RSRC_NFOUND;
+  }
+  auto async = std::make_unique<HislipChannel>(std::move(stream));
+  header = {MessageType::kAsyncInitialize, 0, session_id, 0};
+  if (async->Send(header, {}, deadline) != VI_SUCCESS ||
+      ReceiveControl(*async, deadline, &header, &payload) != VI_SUCCESS ||
+      header.type != MessageType::kAsyncInitializeResponse) {
+    return VI_ERROR_RSRC_NFOUND;
+  }
+
+  const auto size = hislip::EncodeUint64(options.max_message_size);
+  header = {MessageType::kAsyncMaxMsgSize, 0, 0, size.size()};
+  if (async->Send(header, size, deadline) != VI_SUCCESS ||
+      ReceiveControl(*async, deadline, &header, &payload) != VI_SUCCESS ||
+      header.type != MessageType::kAsyncMaxMsgSizeResponse || payload.size() != 8) {
+    return VI_ERROR_RSRC_NFOUND;
+  }
+  std::uint64_t server_max = hislip::DecodeUint64(std::span(payload).first<8>());
+  // A server that names no limit (or an absurdly small one) still takes some bytes per message.
+  if (server_max == 0) server_max = UINT64_MAX;
+  out->reset(new HislipTransport(std::move(sync), std::move(async), session_id, server_max));
+  return VI_SUCCESS;
+}
+
+ViStatus HislipTransport::Write(std::span<const std::byte> data, bool end, Deadline deadline) {
+  std::size_t offset = 0;
+  for (;;) {
+    const std::size_t length = static_cast<std::size_t>(
+        std::min<std::uint64_t>(server_max_message_size_, data.size() - offset));
+    const bool last = offset + length == data.size();
+    if (length == 0 && !end) return VI_SUCCESS;
+    const bool ends = last && end;
+    const Header header{ends ? MessageType::kDataEnd : MessageType::kData,
+                        static_cast<std::uint8_t>(response_read_ ? hislip::kRmtDelivered : 0),
+                        message_id_, length};
+    const ViStatus status = sync_->Send(header, data.subspan(offset, length), deadline);
+    if (status != VI_SUCCESS) return status;
+    response_read_ = false;
+    if (ends) awaited_id_ = message_id_;
+    message_id_ = hislip::NextMessageId(message_id_);
+    offset += length;
+    if (last) return VI_SUCCESS;
+  }
+}
+
+ViStatus HislipTransport::Read(std::span<std::byte> buffer, Deadline deadline, ReadResult* result) {
+  *result = ReadResult{};
+  for (;;) {
+    if (!in_message_) {
+      Header header;
+      ViStatus status = sync_->ReceiveHeader(deadline, &header);
+      if (status != VI_SUCCESS) return status;
+      payload_left_ = header.payload_length;
+      switch (header.type) {
+        case MessageType::kData:
+        case MessageType::kDataEnd:
+          in_message_ = true;
+          message_is_end_ = header.type == MessageType::kDataEnd;
+          message_is_stale_ =
+              header.parameter != awaited_id_ && header.parameter != hislip::kAnyMessageId;
+          break;
+        case MessageType::kFatalError:
+          // The server closes after a fatal error; nothing more will come on this session.
+          return VI_ERROR_CONN_LOST;
+        case MessageType::kError:
+          status = sync_->Discard(&payload_left_, deadline);
+          return status == VI_SUCCESS ? VI_ERROR_IO : status;
+        default:
+          // Interrupted and anything unexpected: skip it whole.
+          in_message_ = true;
+          message_is_stale_ = true;
+          message_is_end_ = false;
+          break;
+      }
+    }
+    if (message_is_stale_) {
+      const ViStatus status = sync_->Discard(&payload_left_, deadline);
+      if (status != VI_SUCCESS) return status;
+      in_message_ = false;
+      continue;
+    }
+    std::size_t count = 0;
+    if (payload_left_ > 0) {
+      const std::size_t want =
+          static_cast<std::size_t>(std::min<std::uint64_t>(buffer.size(), payload_left_));
+      const ViStatus status = sync_->ReceiveSome(buffer.first(want), deadline, &count);
+      if (status != VI_SUCCESS) return status;
+      payload_left_ -= count;
+    }
+    if (payload_left_ == 0) {
+      in_message_ = false;
+      if (message_is_end_) {
+        result->end = true;
+        response_read_ = true;
+      }
+    }
+    result->count = count;
+    if (count > 0 || result->end) return VI_SUCCESS;
+  }
+}
+
+ViStatus HislipTransport::Clear(Deadline deadline) {
+  Header header{MessageType::kAsyncDeviceClear, 0, 0, 0};
+  std::vector<std::byte> payload;
+  ViStatus status = async_->Send(header, {}, deadline);
+  if (status != VI_SUCCESS) return status;
+  do {
+    // Service requests may come first on the asynchronous channel.
+    status = ReceiveControl(*async_, deadline, &header, &payload);
+    if (status != VI_SUCCESS) return status;
+  } while (header.type != MessageType::kAsyncDeviceClearAcknowledge);
+  const std::uint8_t features = header.control;
+  status = sync_->Send({MessageType::kDeviceClearComplete, features, 0, 0}, {}, deadline);
+  if (status != VI_SUCCESS) return status;
+  // Everything before the acknowledgement belongs to the cleared exchange.
+  for (;;) {
+    if (in_message_) {
+      status = sync_->Discard(&payload_left_, deadline);
+      if (status != VI_SUCCESS) return status;
+      in_message_ = false;
+    }
+    status = sync_->ReceiveHeader(deadline, &header);
+    if (status != VI_SUCCESS) return status;
+    payload_left_ = header.payload_length;
+    in_message_ = true;
+    if (header.type == MessageType::kDeviceClearAcknowledge) {
+      status = sync_->Discard(&payload_left_, deadline);
+      if (status != VI_SUCCESS) return status;
+      in_message_ = false;
+      break;
+    }
+  }
+  message_id_ = hislip::kFirstMessageId;
+  awaited_id_ = hislip::kFirstMessageId - 2;
+  response_read_ = false;
+  return VI_SUCCESS;
+}
+
+ViStatus OpenHislipTransport(const std::string& host, const std::string& sub_address,
+                             std::uint16_t port, Deadline deadline,
+                             std::unique_ptr<Transport>* out) {
+  std::unique_ptr<HislipTransport> transport;
+  const ViStatus status =
+      HislipTransport::Open(host, sub_address, port, deadline, HislipOptions{}, &transport);
+  if (status == VI_SUCCESS) *out = std::move(transport);
+  return status;
+}
+
+}  // namespace quarvelo::visa

@@ -1,0 +1,276 @@
+// The HiSLIP client against the simulator's HiSLIP server over loopback TCP, and the server
+// against hand-made message sequences.
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+
+#include "platform/visa/hislip/hislip_transport.h"
+#include "platform/visa/hislip/message.h"
+#include "platform/visa/transport_factory.h"
+#include "platform/visa/vxi11/tcp_stream.h"
+#include "sim/server/hislip_server.h"
+#include "test_handler.h"
+
+namespace quarvelo::testing {
+namespace {
+
+using visa::Clock;
+using visa::HislipTransport;
+using visa::ReadResult;
+using visa::Transport;
+namespace hislip = visa::hislip;
+
+class HislipTest : public ::testing::Test {
+ protected:
+  void StartServer(sim::HislipServerOptions options = {}) {
+    server_ = std::make_unique<sim::HislipServer>(handler_, "127.0.0.1", 0, options);
+    std::string error;
+    ASSERT_TRUE(server_->Start(&error)) << error;
+  }
+
+  std::unique_ptr<HislipTransport> Open(visa::HislipOptions options = {}) {
+    std::unique_ptr<HislipTransport> transport;
+    EXPECT_EQ(HislipTransport::Open("127.0.0.1", "hislip0", server_->port(), In(2000), options,
+                                    &transport),
+              VI_SUCCESS);
+    return transport;
+  }
+
+  CannedHandler handler_;
+  std::unique_ptr<sim::HislipServer> server_;
+};
+
+TEST_F(HislipTest, QueryRoundTripThroughTheFactory) {
+  StartServer();
+  std::unique_ptr<Transport> transport;
+  ASSERT_EQ(
+      visa::OpenHislipTransport("127.0.0.1", "hislip0", server_->port(), In(2000), &transport),
+      VI_SUCCESS);
+  std::string reply;
+  ASSERT_EQ(Query(*transport, "*IDN?", &reply), VI_SUCCESS);
+  EXPECT_EQ(reply, kIdn);
+  ASSERT_EQ(Query(*transport, "ECHO second", &reply), VI_SUCCESS);
+  EXPECT_EQ(reply, "second\n");
+}
+
+TEST_F(HislipTest, BlockOfHalfAMebibyteArrivesIntact) {
+  StartServer();
+  auto transport = Open();
+  ASSERT_NE(transport, nullptr);
+  std::string reply;
+  ASSERT_EQ(Query(*transport, "BLOCK?", &reply), VI_SUCCESS);
+  EXPECT_EQ(reply, BlockReply());
+}
+
+TEST_F(HislipTest, MessageIdsStartAtTheFirstIdAndStepByTwoPerMessage) {
+  StartServer({.max_message_size = 16});
+  auto transport = Open();
+  ASSERT_NE(transport, nullptr);
+  EXPECT_EQ(transport->server_max_message_size(), 16u);
+  EXPECT_EQ(transport->next_message_id(), hislip::kFirstMessageId);
+  std::string reply;
+  ASSERT_EQ(Query(*transport, "*IDN?", &reply), VI_SUCCESS);
+  EXPECT_EQ(transport->next_message_id(), hislip::kFirstMessageId + 2);
+  // 40 bytes to a server taking 16 per message: Data, Data, DataEnd.
+  const std::string text(34, 'z');
+  ASSERT_EQ(Query(*transport, "ECHO " + text, &reply), VI_SUCCESS);
+  EXPECT_EQ(reply, text + "\n");
+  EXPECT_EQ(transport->next_message_id(), hislip::kFirstMessageId + 8);
+  EXPECT_EQ(handler_.messages().back(), "ECHO " + text);
+}
+
+TEST_F(HislipTest, ServerSplitsRepliesToTheClientsMaximumMessageSize) {
+  StartServer();
+  auto transport = Open({.max_message_size = 1000});
+  ASSERT_NE(transport, nullptr);
+  ASSERT_EQ(WriteMessage(*transport, "BLOCK?\n", In(2000)), VI_SUCCESS);
+  std::string reply;
+  std::vector<std::byte> buffer(64 * 1024);
+  int pieces = 0;
+  for (;;) {
+    ReadResult result;
+    ASSERT_EQ(transport->Read(buffer, In(2000), &result), VI_SUCCESS);
+    ASSERT_LE(result.count, 1000u);
+    reply.append(reinterpret_cast<const char*>(buffer.data()), result.count);
+    ++pieces;
+    if (result.end) break;
+  }
+  EXPECT_EQ(reply, BlockReply());
+  // At least one read per message; a message may also arrive in several reads.
+  EXPECT_GE(pieces, static_cast<int>((BlockReply().size() + 999) / 1000));
+}
+
+TEST_F(HislipTest, TimeOutThenAGoodExchangeDropsTheStaleResponse) {
+  StartServer();
+  auto transport = Open();
+  ASSERT_NE(transport, nullptr);
+  // The slow reply is already queued when the next query goes out, so the server cannot
+  // interrupt it: only its message id tells the client to drop it.
+  ASSERT_EQ(WriteMessage(*transport, "SLOW?\n", In(2000)), VI_SUCCESS);
+  const auto start = Clock::now();
+  std::string reply;
+  EXPECT_EQ(ReadMessage(*transport, In(200), &reply), VI_ERROR_TMO);
+  EXPECT_LT(Clock::now() - start, std::chrono::milliseconds(450));
+  std::this_thread::sleep_for(std::chrono::milliseconds(500));
+  ASSERT_EQ(Query(*transport, "*IDN?", &reply), VI_SUCCESS);
+  EXPECT_EQ(reply, kIdn);
+  EXPECT_EQ(handler_.interrupted.load(), 0);
+}
+
+TEST_F(HislipTest, NewMessageInterruptsAReplyNotYetSent) {
+  StartServer();
+  auto transport = Open();
+  ASSERT_NE(transport, nullptr);
+  ASSERT_EQ(WriteMessage(*transport, "SLOW?\n", In(2000)), VI_SUCCESS);
+  std::string reply;
+  ASSERT_EQ(Query(*transport, "*IDN?", &reply), VI_SUCCESS);
+  EXPECT_EQ(reply, kIdn);
+  EXPECT_EQ(handler_.interrupted.load(), 1);
+}
+
+TEST_F(HislipTest, ServerClosingMidBlockIsALostConnection) {
+  StartServer();
+  auto transport = Open();
+  ASSERT_NE(transport, nullptr);
+  ASSERT_EQ(WriteMessage(*transport, "DROP?\n", In(2000)), VI_SUCCESS);
+  std::string reply;
+  const ViStatus status = ReadMessage(*transport, In(2000), &reply);
+  EXPECT_TRUE(status == VI_ERROR_CONN_LOST || status == VI_ERROR_IO) << std::hex << status;
+  EXPECT_EQ(reply, BlockReply().substr(0, 100000));
+  EXPECT_NE(Query(*transport, "*IDN?", &reply, 500), VI_SUCCESS);
+  auto next = Open();
+  ASSERT_NE(next, nullptr);
+  ASSERT_EQ(Query(*next, "*IDN?", &reply), VI_SUCCESS);
+}
+
+TEST_F(HislipTest, DeviceClearDiscardsThePendingReplyAndResetsMessageIds) {
+  StartServer();
+  auto transport = Open();
+  ASSERT_NE(transport, nullptr);
+  ASSERT_EQ(WriteMessage(*transport, "ECHO stale\n", In(2000)), VI_SUCCESS);
+  std::this_thread::sleep_for(std::chrono::milliseconds(50));  // the reply is on its way
+  ASSERT_EQ(transport->Clear(In(2000)), VI_SUCCESS);
+  EXPECT_EQ(handler_.cleared.load(), 1);
+  EXPECT_EQ(transport->next_message_id(), hislip::kFirstMessageId);
+  std::string reply;
+  ASSERT_EQ(Query(*transport, "ECHO fresh", &reply), VI_SUCCESS);
+  EXPECT_EQ(reply, "fresh\n");
+}
+
+TEST_F(HislipTest, OpenFailures) {
+  StartServer();
+  std::unique_ptr<Transport> transport;
+  EXPECT_EQ(visa::OpenHislipTransport("127.0.0.1", "hislip0", 1, In(1000), &transport),
+            VI_ERROR_RSRC_NFOUND);
+  // A server that accepts and never answers Initialize: the open time-out bounds it.
+  std::string error;
+  sim::Socket silent = sim::OpenTcpListener("127.0.0.1", 0, &error);
+  ASSERT_TRUE(silent.valid()) << error;
+  const auto start = Clock::now();
+  EXPECT_EQ(visa::OpenHislipTransport("127.0.0.1", "hislip0", sim::LocalPort(silent.fd()), In(300),
+                                      &transport),
+            VI_ERROR_RSRC_NFOUND);
+  EXPECT_LT(Clock::now() - start, std::chrono::milliseconds(800));
+  EXPECT_EQ(transport, nullptr);
+}
+
+// Raw HiSLIP exchanges with the server, for what a well-behaved client never sends.
+class RawHislip {
+ public:
+  explicit RawHislip(std::uint16_t port) {
+    EXPECT_EQ(visa::TcpStream::Connect("127.0.0.1", port, In(1000), &stream_), VI_SUCCESS);
+  }
+  void Send(const hislip::Header& header, std::string_view payload = {}) {
+    const auto head = hislip::EncodeHeader(header);
+    ASSERT_EQ(stream_->SendAll(head, In(1000)), VI_SUCCESS);
+    ASSERT_EQ(stream_->SendAll(std::as_bytes(std::span(payload.data(), payload.size())), In(1000)),
+              VI_SUCCESS);
+  }
+  // The next header, or nullopt when the server closed the connection.
+  std::optional<hislip::Header> Receive(std::string* payload = nullptr) {
+    hislip::HeaderBytes bytes;
+    if (!ReceiveExact(bytes)) return std::nullopt;
+    hislip::Header header;
+    EXPECT_TRUE(hislip::DecodeHeader(bytes, &header));
+    std::string data(header.payload_length, '\0');
+    if (!ReceiveExact(std::as_writable_bytes(std::span(data)))) return std::nullopt;
+    if (payload != nullptr) *payload = data;
+    return header;
+  }
+
+ private:
+  bool ReceiveExact(std::span<std::byte> buffer) {
+    std::size_t done = 0;
+    while (done < buffer.size()) {
+      std::size_t count = 0;
+      if (stream_->ReceiveSome(buffer.subspan(done), In(1000), &count) != VI_SUCCESS) return false;
+      done += count;
+    }
+    return true;
+  }
+  std::unique_ptr<visa::TcpStream> stream_;
+};
+
+TEST_F(HislipTest, ServerAnswersWithTheIdOfTheMessageItAnswersAndRejectsBadSequences) {
+  StartServer({.max_message_size = 64});
+  {
+    RawHislip sync(server_->port());
+    sync.Send({hislip::MessageType::kInitialize, 0,
+               hislip::InitializeParameter(hislip::kProtocolVersion, hislip::kVendorId), 7},
+              "hislip0");
+    const auto init = sync.Receive();
+    ASSERT_TRUE(init.has_value());
+    ASSERT_EQ(init->type, hislip::MessageType::kInitializeResponse);
+    EXPECT_EQ(init->control, 0) << "synchronised mode";
+    RawHislip async(server_->port());
+    async.Send({hislip::MessageType::kAsyncInitialize, 0, hislip::SessionIdOf(init->parameter), 0});
+    ASSERT_EQ(async.Receive()->type, hislip::MessageType::kAsyncInitializeResponse);
+    // Any id the client chooses comes back on the response.
+    sync.Send({hislip::MessageType::kDataEnd, 0, 0x1234, 6}, "*IDN?\n");
+    std::string payload;
+    const auto data = sync.Receive(&payload);
+    ASSERT_TRUE(data.has_value());
+    EXPECT_EQ(data->type, hislip::MessageType::kDataEnd);
+    EXPECT_EQ(data->parameter, 0x1234u);
+    EXPECT_EQ(payload, kIdn);
+    // Too large a message is an error, not the end of the session.
+    sync.Send({hislip::MessageType::kDataEnd, 0, 0x1236, 100}, std::string(100, 'a'));
+    const auto error = sync.Receive();
+    ASSERT_TRUE(error.has_value());
+    EXPECT_EQ(error->type, hislip::MessageType::kError);
+    EXPECT_EQ(error->control, static_cast<std::uint8_t>(hislip::ErrorCode::kMessageTooLarge));
+    // An unknown message type likewise.
+    sync.Send({static_cast<hislip::MessageType>(99), 0, 0, 3}, "abc");
+    EXPECT_EQ(sync.Receive()->control,
+              static_cast<std::uint8_t>(hislip::ErrorCode::kUnrecognizedMessageType));
+    async.Send({hislip::MessageType::kAsyncStatusQuery, 0, 0, 0});
+    EXPECT_EQ(async.Receive()->type, hislip::MessageType::kAsyncStatusResponse);
+    sync.Send({hislip::MessageType::kDataEnd, 0, 0x1238, 6}, "*IDN?\n");
+    EXPECT_EQ(sync.Receive()->parameter, 0x1238u);
+    // A header without the "HS" prologue is fatal.
+    const std::string garbage(16, 'G');
+    sync.Send({hislip::MessageType::kData, 0, 0, 0}, garbage);  // header fine, then junk
+    const auto fatal = sync.Receive();
+    ASSERT_TRUE(fatal.has_value());
+    EXPECT_EQ(fatal->type, hislip::MessageType::kFatalError);
+    EXPECT_FALSE(sync.Receive().has_value()) << "the server closes after a fatal error";
+  }
+  {
+    // Data before Initialize.
+    RawHislip sync(server_->port());
+    sync.Send({hislip::MessageType::kDataEnd, 0, 0, 6}, "*IDN?\n");
+    const auto fatal = sync.Receive();
+    ASSERT_TRUE(fatal.has_value());
+    EXPECT_EQ(fatal->type, hislip::MessageType::kFatalError);
+    EXPECT_EQ(fatal->control,
+              static_cast<std::uint8_t>(hislip::FatalErrorCode::kInvalidInitialization));
+  }
+  auto transport = Open();
+  ASSERT_NE(transport, nullptr);
+  std::string reply;
+  ASSERT_EQ(Query(*transport, "*IDN?", &reply), VI_SUCCESS);
+}
+
+}  // namespace
+}  // namespace quarvelo::testing

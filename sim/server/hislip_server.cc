@@ -191,7 +191,9 @@ bool HislipSession::OnSync() {
         input_too_large_ = false;
         return true;  // the tail of a message already refused
       }
+      // The handler gets the message without its terminator; clients send LF or CR LF.
       if (!message.empty() && message.back() == '\n') message.pop_back();
+      if (!message.empty() && message.back() == '\r') message.pop_back();
       if (pending_.active) {
         pending_ = PendingReply{};
         handler_.ReplyInterrupted();

@@ -261,7 +261,9 @@ bool Vxi11Session::DeviceWrite(const vxi11::DeviceWriteParms& parms, xdr::Writer
   if ((parms.flags & vxi11::kFlagEnd) != 0) {
     std::string message = std::move(input_);
     input_.clear();
+    // The handler gets the message without its terminator; clients send LF or CR LF.
     if (!message.empty() && message.back() == '\n') message.pop_back();
+    if (!message.empty() && message.back() == '\r') message.pop_back();
     if (pending_.active) {
       pending_ = PendingReply{};
       handler_.ReplyInterrupted();

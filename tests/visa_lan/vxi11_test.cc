@@ -41,8 +41,8 @@ class Vxi11Test : public ::testing::Test {
 
 TEST_F(Vxi11Test, QueryRoundTripThroughThePortmapperAndDirectly) {
   StartServers();
-  for (const std::string host : {"127.0.0.1:" + std::to_string(portmapper_->port()),
-                                 "127.0.0.1:core:" + std::to_string(core_->port())}) {
+  for (const std::string& host : {"127.0.0.1:" + std::to_string(portmapper_->port()),
+                                  "127.0.0.1:core:" + std::to_string(core_->port())}) {
     std::unique_ptr<Transport> transport;
     ASSERT_EQ(visa::OpenVxi11Transport(host, "inst0", In(2000), &transport), VI_SUCCESS) << host;
     std::string reply;

@@ -1,0 +1,143 @@
+// Clients written by others against our VXI-11 server: pyvisa-py and `lxi scpi`. Both find the
+// core channel through a portmapper on the standard port 111 only (neither takes another), so
+// these tests run where 111 can be bound and are skipped, saying why, elsewhere.
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <signal.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "sim/server/portmapper_server.h"
+#include "sim/server/vxi11_server.h"
+#include "test_handler.h"
+
+extern char** environ;
+
+namespace quarvelo::testing {
+namespace {
+
+struct ProcessResult {
+  bool started = false;
+  bool timed_out = false;
+  int exit_code = -1;
+  std::string output;  // stdout and stderr together
+};
+
+ProcessResult RunProcess(const std::vector<std::string>& command, std::chrono::seconds timeout) {
+  ProcessResult result;
+  int pipe_fds[2];
+  if (pipe2(pipe_fds, O_CLOEXEC) != 0) return result;
+  posix_spawn_file_actions_t actions;
+  posix_spawn_file_actions_init(&actions);
+  posix_spawn_file_actions_adddup2(&actions, pipe_fds[1], STDOUT_FILENO);
+  posix_spawn_file_actions_adddup2(&actions, pipe_fds[1], STDERR_FILENO);
+  std::vector<char*> argv;
+  for (const std::string& part : command) argv.push_back(const_cast<char*>(part.c_str()));
+  argv.push_back(nullptr);
+  pid_t pid = 0;
+  const int spawned = posix_spawnp(&pid, argv[0], &actions, nullptr, argv.data(), environ);
+  posix_spawn_file_actions_destroy(&actions);
+  close(pipe_fds[1]);
+  if (spawned != 0) {
+    close(pipe_fds[0]);
+    return result;
+  }
+  result.started = true;
+  const auto deadline = std::chrono::steady_clock::now() + timeout;
+  char buffer[4096];
+  for (;;) {
+    const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
+        deadline - std::chrono::steady_clock::now());
+    if (left.count() <= 0) {
+      result.timed_out = true;
+      kill(pid, SIGKILL);
+      break;
+    }
+    pollfd waiter{pipe_fds[0], POLLIN, 0};
+    if (poll(&waiter, 1, static_cast<int>(left.count())) <= 0) continue;
+    const ssize_t n = read(pipe_fds[0], buffer, sizeof(buffer));
+    if (n <= 0) break;
+    result.output.append(buffer, static_cast<std::size_t>(n));
+  }
+  close(pipe_fds[0]);
+  int status = 0;
+  waitpid(pid, &status, 0);
+  if (WIFEXITED(status)) result.exit_code = WEXITSTATUS(status);
+  return result;
+}
+
+bool Executable(const char* path) { return access(path, X_OK) == 0; }
+
+class Vxi11PeerTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    core_ = std::make_unique<sim::Vxi11Server>(handler_, "127.0.0.1", 0);
+    std::string error;
+    ASSERT_TRUE(core_->Start(&error)) << error;
+    // Port 111 is shared by every peer test: wait a while for another one to let it go.
+    const auto give_up = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+    for (;;) {
+      portmapper_ = std::make_unique<sim::PortmapperServer>("127.0.0.1", 111, core_->port());
+      if (portmapper_->Start(&error)) break;
+      portmapper_.reset();
+      if (std::chrono::steady_clock::now() > give_up) {
+        GTEST_SKIP() << "port 111 cannot be bound here (" << error
+                     << "); the peers only look for the portmapper there";
+      }
+      std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    }
+  }
+
+  CannedHandler handler_;
+  std::unique_ptr<sim::Vxi11Server> core_;
+  std::unique_ptr<sim::PortmapperServer> portmapper_;
+};
+
+TEST_F(Vxi11PeerTest, PyvisaPyQueriesReadsABlockTimesOutAndClears) {
+  if (!Executable("/usr/bin/python3")) GTEST_SKIP() << "/usr/bin/python3 is not installed";
+  if (RunProcess({"/usr/bin/python3", "-c", "import pyvisa_py"}, std::chrono::seconds(30))
+          .exit_code != 0) {
+    GTEST_SKIP() << "pyvisa-py (python3-pyvisa-py) is not installed";
+  }
+  const ProcessResult run = RunProcess(
+      {"/usr/bin/python3", QUARVELO_PYVISA_PEER_SCRIPT, "TCPIP0::127.0.0.1::inst0::INSTR"},
+      std::chrono::seconds(60));
+  ASSERT_TRUE(run.started);
+  ASSERT_FALSE(run.timed_out) << run.output;
+  EXPECT_EQ(run.exit_code, 0) << run.output;
+  EXPECT_EQ(run.output,
+            "IDN QUARVELO,LAN-TEST,0001,1.0\n"
+            "BLOCK 524297 True\n"
+            "CHR True\n"
+            "SLOW timeout True\n"
+            "ECHO after the time-out\n"
+            "CLEAR done\n");
+  EXPECT_EQ(handler_.interrupted.load(), 1) << "the slow reply was never read";
+  EXPECT_EQ(handler_.cleared.load(), 2) << "once after the cut block, once at the end";
+}
+
+TEST_F(Vxi11PeerTest, LxiScpiQueries) {
+  if (!Executable("/usr/bin/lxi")) GTEST_SKIP() << "lxi (lxi-tools) is not installed";
+  ProcessResult run = RunProcess({"/usr/bin/lxi", "scpi", "--address", "127.0.0.1", "*IDN?"},
+                                 std::chrono::seconds(30));
+  ASSERT_TRUE(run.started);
+  ASSERT_FALSE(run.timed_out) << run.output;
+  EXPECT_EQ(run.exit_code, 0) << run.output;
+  EXPECT_EQ(run.output, kIdn);
+  run = RunProcess({"/usr/bin/lxi", "scpi", "--address", "127.0.0.1", "ECHO PEER?"},
+                   std::chrono::seconds(30));
+  EXPECT_EQ(run.exit_code, 0) << run.output;
+  EXPECT_EQ(run.output, "PEER?\n");
+  EXPECT_EQ(handler_.messages(), (std::vector<std::string>{"*IDN?", "ECHO PEER?"}));
+}
+
+}  // namespace
+}  // namespace quarvelo::testing

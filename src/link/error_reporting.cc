@@ -48,7 +48,9 @@ void InstrumentLink::ReportVisaError(ViSession session) {
 }
 
 void InstrumentLink::CheckInstrumentErrors() {
-  if (!session_.RemoteOn) return;
+  // After a tolerated time-out the instrument is not answering: asking its error queue would
+  // cost one more time-out per query, which is what tolerating time-outs is meant to avoid.
+  if (!session_.RemoteOn || session_.TimedOut) return;
   try {
     std::string accumulated;
     // One entry of the queue; false when the exchange failed, so the loop cannot spin on a

@@ -39,20 +39,17 @@ ViStatus InstrumentLink::WriteLine(std::string_view text) {
 }
 
 ViStatus InstrumentLink::ReadText(std::size_t capacity, std::string* text) {
-  // One character more than is kept tells a reply that ends at the limit from one that goes on.
-  std::string buffer(capacity + 2, '\0');
-  ViInt32 count = static_cast<ViInt32>(capacity + 1);
+  // "%#t" takes the area's size including its NUL, stores at most that many characters less
+  // one, and reads and drops the rest of the reply, so the next reply starts clean.
+  std::string buffer(capacity + 1, '\0');
+  ViInt32 count = static_cast<ViInt32>(buffer.size());
   const ViStatus status = viScanf(session_.Instrument, "%#t", &count, buffer.data());
   text->clear();
   if (status < VI_SUCCESS) return status;
-  const auto received = std::clamp<std::size_t>(static_cast<std::size_t>(std::max(count, 0)), 0,
-                                                capacity + 1);
-  const bool goes_on = received == capacity + 1 && buffer[capacity] != '\n';
-  buffer.resize(std::min(received, capacity));
+  buffer.resize(std::clamp<std::size_t>(static_cast<std::size_t>(std::max(count, 0)), 0,
+                                        capacity));
   *text = std::move(buffer);
-  // The rest of an over-long reply must not be taken for the next reply.
-  if (goes_on) return viFlush(session_.Instrument, VI_READ_BUF);
-  return status == VI_SUCCESS_MAX_CNT ? VI_SUCCESS : status;
+  return status;
 }
 
 void InstrumentLink::SetRemoteToolOff() {

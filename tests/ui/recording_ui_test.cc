@@ -63,6 +63,9 @@ TEST(RecordingUiTest, MessageAnswersComeFromTheScriptInOrder) {
   EXPECT_EQ(ui.messages()[0].buttons, MessageButtons::kOkCancel);
   EXPECT_EQ(ui.messages()[0].answer, MessageResult::kCancel);
   EXPECT_EQ(ui.messages()[2].icon, MessageIcon::kCritical);
+  EXPECT_EQ(ui.messages()[0].title, "QUARVELO");
+  ui.ShowTitledMessage("Error!", "N = 0", MessageIcon::kCritical, MessageButtons::kOk);
+  EXPECT_EQ(ui.messages().back().title, "Error!");
 }
 
 TEST(RecordingUiTest, FileDialogsAnswerFromTheirOwnQueuesAndCancelWhenEmpty) {

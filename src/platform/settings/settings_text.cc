@@ -1,20 +1,11 @@
 #include "platform/settings/settings_text.h"
 
-#include <charconv>
-#include <cmath>
-
 #include "platform/text/number_parse.h"
+#include "platform/text/number_text.h"
 
 namespace quarvelo::settings {
 
-std::string NumberText(double value) {
-  if (!std::isfinite(value)) return "0";
-  if (value == 0.0) return "0";  // no "-0"
-  char buffer[64];
-  const auto [end, error] = std::to_chars(buffer, buffer + sizeof buffer, value);
-  if (error != std::errc()) return "0";
-  return std::string(buffer, end);
-}
+std::string NumberText(double value) { return text::NumberText(value); }
 
 std::string NumberText(int value) { return std::to_string(value); }
 

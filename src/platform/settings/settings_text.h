@@ -9,8 +9,8 @@
 
 namespace quarvelo::settings {
 
-// The shortest decimal text that reads back as `value`, with "." and no leading blank
-// (3 -> "3", 200 -> "200", 0.5 -> "0.5"), independent of the locale.
+// The same text as numbers in instrument commands (text::NumberText): shortest, "." as the
+// decimal point whatever the locale, no leading blank (3 -> "3", 200 -> "200", 0.5 -> ".5").
 std::string NumberText(double value);
 std::string NumberText(int value);
 // "1" or "0".

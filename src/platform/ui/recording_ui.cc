@@ -50,12 +50,17 @@ void RecordingUi::ShowStatus(std::string_view text) {
 
 MessageResult RecordingUi::ShowMessage(std::string_view text, MessageIcon icon,
                                        MessageButtons buttons) {
+  return ShowTitledMessage("QUARVELO", text, icon, buttons);
+}
+
+MessageResult RecordingUi::ShowTitledMessage(std::string_view title, std::string_view text,
+                                             MessageIcon icon, MessageButtons buttons) {
   MessageResult answer = DefaultAnswer(buttons);
   if (!message_answers_.empty()) {
     answer = message_answers_.front();
     message_answers_.pop_front();
   }
-  messages_.push_back({std::string(text), icon, buttons, answer});
+  messages_.push_back({std::string(title), std::string(text), icon, buttons, answer});
   calls_.push_back(std::string("ShowMessage ") + IconName(icon) + " " + std::string(text));
   return answer;
 }

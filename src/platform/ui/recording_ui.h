@@ -20,6 +20,7 @@
 namespace quarvelo::ui {
 
 struct RecordedMessage {
+  std::string title = "QUARVELO";
   std::string text;
   MessageIcon icon = MessageIcon::kNone;
   MessageButtons buttons = MessageButtons::kOk;
@@ -51,6 +52,8 @@ class RecordingUi : public UiServices {
   void ShowStatus(std::string_view text) override;
   MessageResult ShowMessage(std::string_view text, MessageIcon icon,
                             MessageButtons buttons) override;
+  MessageResult ShowTitledMessage(std::string_view title, std::string_view text, MessageIcon icon,
+                                  MessageButtons buttons) override;
   std::optional<std::string> AskOpenFile(const FileDialogRequest& request) override;
   std::optional<std::string> AskSaveFile(const FileDialogRequest& request) override;
   void SetPointer(PointerShape shape) override;

@@ -1,0 +1,289 @@
+#include "app/frmKeysight.h"
+
+#include <QCloseEvent>
+#include <QGridLayout>
+#include <QGroupBox>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QScrollArea>
+#include <QStatusBar>
+#include <QTabWidget>
+#include <QTimer>
+#include <QToolButton>
+#include <QVBoxLayout>
+
+#include "app/startup.h"
+#include "app/twips.h"
+#include "control/set_toolbar.h"
+#include "platform/qt/activity_indicator.h"
+#include "platform/qt/picture_box.h"
+#include "platform/qt/qt_ui_services.h"
+#include "platform/ui/recording_ui.h"
+
+namespace quarvelo::app {
+namespace {
+
+constexpr char kIndexProperty[] = "index";
+
+// Names a control for tests (objectName) and for screen readers (accessible name: its caption,
+// or its tool tip when the caption is empty).
+template <typename Widget>
+Widget* Named(Widget* widget, const char* object_name, const QString& caption,
+              const QString& tooltip) {
+  widget->setObjectName(QString::fromLatin1(object_name));
+  if (!tooltip.isEmpty()) widget->setToolTip(tooltip);
+  widget->setAccessibleName(caption.isEmpty() ? tooltip : caption);
+  return widget;
+}
+
+QString FromStd(const std::string& text) { return QString::fromStdString(text); }
+
+}  // namespace
+
+frmKeysight::frmKeysight(settings::SettingsStore& store, StartupPlatform& platform, QWidget* parent)
+    : QMainWindow(parent), store_(store), platform_(platform) {
+  setObjectName(QStringLiteral("frmKeysight"));
+  setWindowTitle(QStringLiteral("QUARVELO"));
+  BuildWidgets();
+  ui_ = std::make_unique<qt::QtUiServices>(
+      qt::QtUiWidgets{this, lbl_screen_, sha_activity_, tmr_refresh_, tmr_single_});
+  tools_ = std::make_unique<ui::RecordingToolHost>();
+}
+
+frmKeysight::~frmKeysight() {
+  // A window destroyed without being closed (the program asked to quit) still saves.
+  if (loaded_ && !unloaded_) Form_Unload();
+}
+
+ui::UiServices& frmKeysight::Ui() { return *ui_; }
+ui::ToolHost& frmKeysight::Tools() { return *tools_; }
+
+void frmKeysight::BuildWidgets() {
+  tabs_ = new QTabWidget(this);
+  tabs_->setObjectName(QStringLiteral("SSActiveTabs1"));
+  tabs_->setAccessibleName(tr("Views"));
+  tabs_->setDocumentMode(true);
+  tabs_->addTab(BuildScopeTab(), tr("Oscilloscope"));
+
+  pic_keysight_ = Named(new qt::PictureBox(false, QColor(0, 0, 0)), "picKeysight", QString(),
+                        tr("Screen image of the oscilloscope or of this program"));
+  auto* scroll = new QScrollArea;
+  scroll->setObjectName(QStringLiteral("ScreenShootArea"));
+  scroll->setWidget(pic_keysight_);
+  scroll->setAlignment(Qt::AlignCenter);
+  scroll->setBackgroundRole(QPalette::Dark);
+  tabs_->addTab(scroll, QStringLiteral("ScreenShoot"));
+  setCentralWidget(tabs_);
+
+  lbl_screen_ = Named(new QLabel, "lblScreen", QString(), tr("Status"));
+  lbl_screen_->setTextInteractionFlags(Qt::TextSelectableByMouse);
+  lbl_screen_->setMinimumWidth(100);
+  statusBar()->addWidget(lbl_screen_, 1);
+  statusBar()->setSizeGripEnabled(true);
+
+  tmr_refresh_ = new QTimer(this);
+  tmr_refresh_->setObjectName(QStringLiteral("tmrRefresh"));
+  tmr_refresh_->setInterval(kTimerIntervalMs);
+  connect(tmr_refresh_, &QTimer::timeout, this, &frmKeysight::RefreshTimerTick);
+  tmr_single_ = new QTimer(this);
+  tmr_single_->setObjectName(QStringLiteral("tmrSingle"));
+  tmr_single_->setInterval(kTimerIntervalMs);
+  connect(tmr_single_, &QTimer::timeout, this, &frmKeysight::SingleTimerTick);
+}
+
+QWidget* frmKeysight::BuildScopeTab() {
+  auto* page = new QWidget;
+  page->setObjectName(QStringLiteral("OscilloscopePage"));
+  auto* layout = new QVBoxLayout(page);
+  layout->setContentsMargins(4, 4, 4, 4);
+  layout->setSpacing(4);
+
+  pic_screen_ = Named(new qt::PictureBox(true, QColor(0, 0, 0)), "picScreen", QString(),
+                      tr("Oscilloscope screen and spectrum"));
+  pic_screen_->setMinimumSize(320, 200);
+  pic_screen_->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
+  layout->addWidget(pic_screen_, 1);
+
+  auto* bottom = new QHBoxLayout;
+  bottom->setSpacing(6);
+
+  fra_activity_ = Named(new QGroupBox(tr("Link")), "fraActivity", tr("Link"), QString());
+  auto* activity_layout = new QHBoxLayout(fra_activity_);
+  sha_activity_ = Named(new qt::ActivityIndicator, "shaActivity", QString(),
+                        tr("Link activity: grey off, green on, red front-panel key"));
+  activity_layout->addWidget(sha_activity_);
+  bottom->addWidget(fra_activity_);
+
+  fra_fft_ = BuildFftFrame();
+  fra_visa_ = BuildVisaFrame();
+  bottom->addWidget(fra_fft_, 1);
+  bottom->addWidget(fra_visa_, 1);
+  fra_fft_->hide();  // the command frame shows until a spectrum is drawn
+
+  bottom->addWidget(BuildAveragingBox());
+
+  cmd_set_ = Named(new QPushButton(tr("Set")), "cmdSet", tr("Set"),
+                   tr("Send the command line, run a sweep, or set centre and span"));
+  cmd_set_->setMinimumHeight(48);
+  connect(cmd_set_, &QPushButton::clicked, this, &frmKeysight::SetClicked);
+  bottom->addWidget(cmd_set_);
+
+  layout->addLayout(bottom);
+  return page;
+}
+
+QGroupBox* frmKeysight::BuildFftFrame() {
+  auto* frame = Named(new QGroupBox(tr("Spectrum")), "fraFFT", tr("Spectrum"), QString());
+  auto* grid = new QGridLayout(frame);
+  const QString tooltips[3] = {tr("Center Frequency (MHz)"), tr("Span width (MHz)"),
+                               tr("Upper Limit or Stop frequency (MHz)")};
+  const QString labels[3] = {tr("Center"), tr("Span"), QString()};
+  for (int i = 0; i < 3; ++i) {
+    QLineEdit* box = Named(new QLineEdit, "txtMHz", QString(), tooltips[i]);
+    box->setProperty(kIndexProperty, i);
+    box->setMaximumWidth(110);
+    txt_mhz_[static_cast<std::size_t>(i)] = box;
+  }
+  ssr_bw_ = Named(new QToolButton, "ssrBW", tr("BW Limit"), tr("Set Bandwidth limit"));
+  ssr_bw_->setText(tr("BW Limit"));
+  ssr_bw_->setCheckable(true);
+  ssr_bw_->setToolButtonStyle(Qt::ToolButtonTextOnly);
+  connect(ssr_bw_, &QToolButton::clicked, this, [this](bool down) {
+    if (loading_) return;
+    emit BandwidthLimitClicked(down);
+  });
+  grid->addWidget(new QLabel(labels[0]), 0, 0);
+  grid->addWidget(txt_mhz_[0], 0, 1);
+  grid->addWidget(new QLabel(tr("MHz")), 0, 2);
+  grid->addWidget(new QLabel(labels[1]), 1, 0);
+  grid->addWidget(txt_mhz_[1], 1, 1);
+  grid->addWidget(new QLabel(tr("MHz")), 1, 2);
+  grid->addWidget(ssr_bw_, 0, 3);
+  grid->addWidget(txt_mhz_[2], 1, 3);
+  grid->addWidget(new QLabel(tr("MHz")), 1, 4);
+  grid->setColumnStretch(5, 1);
+  return frame;
+}
+
+QGroupBox* frmKeysight::BuildVisaFrame() {
+  auto* frame = Named(new QGroupBox(tr("VISA Command - Macro commands")), "fraVISA",
+                      tr("VISA Command - Macro commands"), QString());
+  auto* grid = new QGridLayout(frame);
+  grid->setSpacing(4);
+  for (int k = 0; k < kMacroCount; ++k) {
+    const QString caption = QStringLiteral("MAC%1").arg(k + 1);
+    auto* button = Named(new QPushButton(caption), "cmdMac", caption,
+                         tr("Left click runs the macro, right click edits it"));
+    button->setProperty(kIndexProperty, k);
+    button->setContextMenuPolicy(Qt::CustomContextMenu);
+    connect(button, &QPushButton::clicked, this,
+            [this, k] { emit MacroPressed(k, Qt::LeftButton); });
+    connect(button, &QPushButton::customContextMenuRequested, this,
+            [this, k] { emit MacroPressed(k, Qt::RightButton); });
+    cmd_mac_[static_cast<std::size_t>(k)] = button;
+    grid->addWidget(button, k / 5, k % 5);
+  }
+  txt_command_ = Named(new QLineEdit, "txtCommand", QString(), tr("VISA command to send"));
+  txt_command_->setPlaceholderText(tr("SCPI command, e.g. :RUN"));
+  grid->addWidget(txt_command_, 2, 0, 1, 5);
+  return frame;
+}
+
+QWidget* frmKeysight::BuildAveragingBox() {
+  auto* box = new QWidget;
+  box->setObjectName(QStringLiteral("AveragingBox"));
+  auto* layout = new QVBoxLayout(box);
+  layout->setContentsMargins(0, 0, 0, 0);
+  lbl_avg_count_ =
+      Named(new QLabel(QStringLiteral("0")), "lblAVGCount", QString(), tr("Averaging pass"));
+  lbl_avg_count_->setAlignment(Qt::AlignCenter);
+  QFont font = lbl_avg_count_->font();
+  font.setPointSize(font.pointSize() + 4);
+  font.setBold(true);
+  lbl_avg_count_->setFont(font);
+  pgb_fft_ = Named(new QProgressBar, "pgbFFT", QString(), tr("Fourier transform progress"));
+  pgb_fft_->setRange(0, 32767);
+  pgb_fft_->setValue(0);
+  pgb_fft_->setTextVisible(false);
+  pgb_fft_->setMaximumHeight(12);
+  cmd_stop_ =
+      Named(new QPushButton(tr("Stop averaging")), "cmdStop", tr("Stop averaging"), QString());
+  connect(cmd_stop_, &QPushButton::clicked, this, &frmKeysight::StopAveragingClicked);
+  layout->addWidget(lbl_avg_count_);
+  layout->addWidget(pgb_fft_);
+  layout->addWidget(cmd_stop_);
+  return box;
+}
+
+bool frmKeysight::Form_Load() {
+  const StartupServices services{store_, *tools_, *this, platform_};
+  const StartupRecords records{settings_, scope_, data_folder_};
+  const StartupResult result = RunStartup(
+      services, records,
+      WindowCaption(QUARVELO_VERSION_MAJOR, QUARVELO_VERSION_MINOR, QUARVELO_VERSION_PATCH));
+  loaded_ = result == StartupResult::kRunning;
+  return loaded_;
+}
+
+void frmKeysight::Form_Unload() {
+  unloaded_ = true;
+  const StartupServices services{store_, *tools_, *this, platform_};
+  const StartupRecords records{settings_, scope_, data_folder_};
+  RunShutdown(services, records);
+}
+
+void frmKeysight::closeEvent(QCloseEvent* event) {
+  event->accept();
+  if (loaded_ && !unloaded_) Form_Unload();
+}
+
+void frmKeysight::SetCaption(const std::string& caption) { setWindowTitle(FromStd(caption)); }
+
+TwipsGeometry frmKeysight::Geometry() const {
+  return {PixelsToTwips(y()), PixelsToTwips(x()), PixelsToTwips(height()), PixelsToTwips(width())};
+}
+
+void frmKeysight::Move(int top, int left) { move(TwipsToPixels(left), TwipsToPixels(top)); }
+
+void frmKeysight::Resize(std::optional<int> height, std::optional<int> width) {
+  const int new_height = height.has_value() ? TwipsToPixels(*height) : this->height();
+  const int new_width = width.has_value() ? TwipsToPixels(*width) : this->width();
+  resize(new_width, new_height);
+}
+
+bool frmKeysight::IsMinimised() const { return isMinimized(); }
+
+void frmKeysight::SetBandwidthLimit(bool down, const std::string& upper_limit_text) {
+  ssr_bw_->setChecked(down);
+  txt_mhz_[2]->setText(FromStd(upper_limit_text));
+}
+
+bool frmKeysight::BandwidthLimitDown() const { return ssr_bw_->isChecked(); }
+
+std::string frmKeysight::UpperLimitText() const { return txt_mhz_[2]->text().toStdString(); }
+
+void frmKeysight::SetMacroCaption(int n, const std::string& caption) {
+  if (n < 1 || n > kMacroCount) return;
+  QPushButton* button = cmd_mac_[static_cast<std::size_t>(n - 1)];
+  button->setText(FromStd(caption));
+  // An empty caption leaves a blank button; screen readers still need a name for it.
+  button->setAccessibleName(caption.empty() ? button->toolTip() : FromStd(caption));
+}
+
+void frmKeysight::StartDisplay() {
+  pic_screen_->Clear();
+  pic_temp_ = QImage(pic_screen_->Image().size(), QImage::Format_RGB32);
+  pic_temp_.fill(Qt::black);
+}
+
+void frmKeysight::RebuildToolbar() {
+  const control::ToolbarSelections selections{8, settings_.SpectrumUnit, settings_.WindowIndex};
+  control::SetToolbar(*tools_, store_, false, selections, scope_);
+}
+
+void frmKeysight::CloseInstrument() {}
+
+}  // namespace quarvelo::app

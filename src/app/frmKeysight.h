@@ -1,0 +1,138 @@
+// The main window and composition root: owns the process-wide records and the services for
+// the whole run and lends them to the subsystems. Controls carry their names as objectName
+// (`picScreen`, `lblScreen`, `cmdStop` ...); control arrays (`cmdMac`, `txtMHz`) share one
+// objectName and carry their index in the dynamic property "index".
+#ifndef QUARVELO_APP_FRMKEYSIGHT_H_
+#define QUARVELO_APP_FRMKEYSIGHT_H_
+
+#include <QImage>
+#include <QMainWindow>
+#include <array>
+#include <memory>
+#include <string>
+
+#include "acquisition/scope_state.h"
+#include "app/app_settings.h"
+#include "app/main_window_view.h"
+#include "platform/settings/settings_store.h"
+#include "platform/ui/tool_host.h"
+#include "platform/ui/ui_services.h"
+
+class QGroupBox;
+class QLabel;
+class QLineEdit;
+class QProgressBar;
+class QPushButton;
+class QTabWidget;
+class QTimer;
+class QToolButton;
+
+namespace quarvelo::qt {
+class ActivityIndicator;
+class PictureBox;
+class QtUiServices;
+}  // namespace quarvelo::qt
+
+namespace quarvelo::app {
+
+inline constexpr int kTimerIntervalMs = 1000;
+
+class frmKeysight : public QMainWindow, private MainWindowView {
+  Q_OBJECT
+
+ public:
+  // The store and the platform outlive the window.
+  frmKeysight(settings::SettingsStore& store, StartupPlatform& platform, QWidget* parent = nullptr);
+  ~frmKeysight() override;
+
+  // Form_Load. False when another instance is running: the program ends at once.
+  bool Form_Load();
+
+  ui::UiServices& Ui();
+  ui::ToolHost& Tools();
+  settings::SettingsStore& Store() { return store_; }
+  AppSettings& Settings() { return settings_; }
+  acquisition::ScopeState& Scope() { return scope_; }
+  const std::string& DataFolder() const { return data_folder_; }
+  bool Loading() const { return loading_; }
+
+  qt::PictureBox* picScreen() const { return pic_screen_; }
+  qt::PictureBox* picKeysight() const { return pic_keysight_; }
+  QImage& picTemp() { return pic_temp_; }
+
+ signals:
+  // The user clicked the bandwidth-limit button (not reported while loading).
+  void BandwidthLimitClicked(bool down);
+  void StopAveragingClicked();
+  void SetClicked();
+  void MacroPressed(int index, Qt::MouseButton button);  // index 0..9
+  void RefreshTimerTick();
+  void SingleTimerTick();
+
+ protected:
+  // Form_QueryUnload allows every close; Form_Unload then runs the shutdown once.
+  void closeEvent(QCloseEvent* event) override;
+
+ private:
+  // MainWindowView.
+  void SetLoading(bool loading) override { loading_ = loading; }
+  void SetCaption(const std::string& caption) override;
+  TwipsGeometry Geometry() const override;
+  void Move(int top, int left) override;
+  void Resize(std::optional<int> height, std::optional<int> width) override;
+  bool IsMinimised() const override;
+  void SetBandwidthLimit(bool down, const std::string& upper_limit_text) override;
+  bool BandwidthLimitDown() const override;
+  std::string UpperLimitText() const override;
+  void SetMacroCaption(int n, const std::string& caption) override;
+  void StartDisplay() override;
+  void RebuildToolbar() override;
+  void CloseInstrument() override;
+
+  void BuildWidgets();
+  QWidget* BuildScopeTab();
+  QGroupBox* BuildFftFrame();
+  QGroupBox* BuildVisaFrame();
+  QWidget* BuildAveragingBox();
+  void Form_Unload();
+
+  settings::SettingsStore& store_;
+  StartupPlatform& platform_;
+
+  // Records owned for the whole run.
+  AppSettings settings_;
+  acquisition::ScopeState scope_;
+  std::string data_folder_;
+  QImage pic_temp_;
+
+  bool loading_ = false;
+  bool loaded_ = false;
+  bool unloaded_ = false;
+
+  // Widgets (owned by Qt's parent chain).
+  QTabWidget* tabs_ = nullptr;
+  qt::PictureBox* pic_screen_ = nullptr;
+  qt::PictureBox* pic_keysight_ = nullptr;
+  QLabel* lbl_screen_ = nullptr;
+  qt::ActivityIndicator* sha_activity_ = nullptr;
+  QGroupBox* fra_activity_ = nullptr;
+  QGroupBox* fra_fft_ = nullptr;
+  QGroupBox* fra_visa_ = nullptr;
+  QToolButton* ssr_bw_ = nullptr;
+  std::array<QLineEdit*, 3> txt_mhz_{};
+  QPushButton* cmd_set_ = nullptr;
+  std::array<QPushButton*, kMacroCount> cmd_mac_{};
+  QLineEdit* txt_command_ = nullptr;
+  QProgressBar* pgb_fft_ = nullptr;
+  QPushButton* cmd_stop_ = nullptr;
+  QLabel* lbl_avg_count_ = nullptr;
+  QTimer* tmr_refresh_ = nullptr;
+  QTimer* tmr_single_ = nullptr;
+
+  std::unique_ptr<qt::QtUiServices> ui_;
+  std::unique_ptr<ui::ToolHost> tools_;
+};
+
+}  // namespace quarvelo::app
+
+#endif  // QUARVELO_APP_FRMKEYSIGHT_H_

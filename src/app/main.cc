@@ -1,0 +1,22 @@
+// QUARVELO: remote control and host-side spectrum analysis for X-series oscilloscopes.
+#include <QApplication>
+
+#include "app/frmKeysight.h"
+#include "app/program_icon.h"
+#include "app/qt_startup_platform.h"
+#include "platform/qt/qsettings_store.h"
+
+int main(int argc, char* argv[]) {
+  QApplication application(argc, argv);
+  QApplication::setOrganizationName(QStringLiteral("QUARVELO"));
+  QApplication::setApplicationName(QStringLiteral("QUARVELO"));
+  QApplication::setApplicationVersion(QStringLiteral(QUARVELO_VERSION_TEXT));
+  QApplication::setWindowIcon(quarvelo::app::ProgramIcon());
+
+  quarvelo::qt::QSettingsStore store;
+  quarvelo::app::QtStartupPlatform platform;
+  quarvelo::app::frmKeysight window(store, platform);
+  if (!window.Form_Load()) return 0;  // another instance is running
+  window.show();
+  return QApplication::exec();
+}

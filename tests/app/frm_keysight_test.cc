@@ -1,0 +1,234 @@
+#include <gtest/gtest.h>
+
+#include <QAbstractButton>
+#include <QDir>
+#include <QFile>
+#include <QGroupBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QSettings>
+#include <QSignalSpy>
+#include <QTabWidget>
+#include <QTemporaryDir>
+#include <QTimer>
+#include <QToolButton>
+#include <memory>
+
+#include "app/frmKeysight.h"
+#include "app/qt_startup_platform.h"
+#include "app/set_top_most.h"
+#include "platform/qt/picture_box.h"
+#include "platform/qt/qsettings_store.h"
+
+namespace quarvelo::app {
+namespace {
+
+// Each test gets its own data folder and settings file.
+class FrmKeysightTest : public testing::Test {
+ protected:
+  FrmKeysightTest() {
+    qputenv("XDG_DATA_HOME", (dir_.path() + "/data").toUtf8());
+    store_ = std::make_unique<qt::QSettingsStore>(SettingsPath());
+  }
+
+  QString SettingsPath() const { return dir_.path() + "/QUARVELO.conf"; }
+  QString DataFolder() const { return dir_.path() + "/data/QUARVELO"; }
+  // The stored text, as a second program reading the file would see it.
+  QString Stored(const QString& key) const {
+    QSettings file(SettingsPath(), QSettings::IniFormat);
+    return file.value(key, QStringLiteral("<missing>")).toString();
+  }
+
+  std::unique_ptr<frmKeysight> NewWindow() {
+    return std::make_unique<frmKeysight>(*store_, platform_);
+  }
+
+  QTemporaryDir dir_;
+  std::unique_ptr<qt::QSettingsStore> store_;
+  QtStartupPlatform platform_;
+};
+
+TEST_F(FrmKeysightTest, EveryNamedControlExistsWithAnAccessibleName) {
+  auto window = NewWindow();
+  const struct {
+    const char* name;
+    const char* class_name;
+  } controls[] = {
+      {"picScreen", "quarvelo::qt::PictureBox"},
+      {"picKeysight", "quarvelo::qt::PictureBox"},
+      {"lblScreen", "QLabel"},
+      {"shaActivity", "quarvelo::qt::ActivityIndicator"},
+      {"pgbFFT", "QProgressBar"},
+      {"cmdStop", "QPushButton"},
+      {"lblAVGCount", "QLabel"},
+      {"fraFFT", "QGroupBox"},
+      {"fraVISA", "QGroupBox"},
+      {"fraActivity", "QGroupBox"},
+      {"ssrBW", "QToolButton"},
+      {"cmdSet", "QPushButton"},
+      {"txtCommand", "QLineEdit"},
+      {"SSActiveTabs1", "QTabWidget"},
+  };
+  for (const auto& c : controls) {
+    auto* widget = window->findChild<QWidget*>(QString::fromLatin1(c.name));
+    ASSERT_NE(widget, nullptr) << c.name;
+    EXPECT_STREQ(widget->metaObject()->className(), c.class_name) << c.name;
+    EXPECT_FALSE(widget->accessibleName().isEmpty()) << c.name;
+  }
+  EXPECT_EQ(window->findChild<QPushButton*>("cmdStop")->text(), "Stop averaging");
+  EXPECT_EQ(window->findChild<QToolButton*>("ssrBW")->toolTip(), "Set Bandwidth limit");
+  auto* tabs = window->findChild<QTabWidget*>("SSActiveTabs1");
+  EXPECT_EQ(tabs->tabText(1), "ScreenShoot");
+  EXPECT_TRUE(tabs->widget(1)->isAncestorOf(window->picKeysight()));
+}
+
+TEST_F(FrmKeysightTest, ControlArraysCarryTheirIndex) {
+  auto window = NewWindow();
+  const QList<QPushButton*> macros = window->findChildren<QPushButton*>("cmdMac");
+  ASSERT_EQ(macros.size(), 10);
+  for (int k = 0; k < 10; ++k) {
+    EXPECT_EQ(macros[k]->property("index").toInt(), k);
+    EXPECT_EQ(macros[k]->text(), QStringLiteral("MAC%1").arg(k + 1));
+  }
+  const QList<QLineEdit*> boxes = window->findChildren<QLineEdit*>("txtMHz");
+  ASSERT_EQ(boxes.size(), 3);
+  EXPECT_EQ(boxes[2]->property("index").toInt(), 2);
+  EXPECT_EQ(boxes[2]->toolTip(), "Upper Limit or Stop frequency (MHz)");
+}
+
+TEST_F(FrmKeysightTest, TimersTickEverySecondAndStartStopped) {
+  auto window = NewWindow();
+  for (const char* name : {"tmrRefresh", "tmrSingle"}) {
+    auto* timer = window->findChild<QTimer*>(QString::fromLatin1(name));
+    ASSERT_NE(timer, nullptr) << name;
+    EXPECT_EQ(timer->interval(), 1000);
+    EXPECT_FALSE(timer->isActive());
+  }
+  window->Ui().SetRefreshTimerEnabled(true);
+  EXPECT_TRUE(window->findChild<QTimer*>("tmrRefresh")->isActive());
+}
+
+TEST_F(FrmKeysightTest, FirstStartLoadsDefaultsAndCreatesTheDataFolder) {
+  auto window = NewWindow();
+  ASSERT_TRUE(window->Form_Load());
+  EXPECT_EQ(window->windowTitle(), QStringLiteral("QUARVELO %1.%2.%3")
+                                       .arg(QUARVELO_VERSION_MAJOR)
+                                       .arg(QUARVELO_VERSION_MINOR)
+                                       .arg(QUARVELO_VERSION_PATCH));
+  EXPECT_EQ(window->pos(), QPoint(0, 0));
+  EXPECT_EQ(window->size(), QSize(14580 / 15, 11760 / 15));
+  EXPECT_FALSE(window->Loading());
+  EXPECT_EQ(window->DataFolder(), DataFolder().toStdString());
+  EXPECT_TRUE(QDir(DataFolder()).exists());
+  EXPECT_EQ(window->findChildren<QLineEdit*>("txtMHz")[2]->text(), "200");
+  EXPECT_FALSE(window->findChild<QToolButton*>("ssrBW")->isChecked());
+  EXPECT_EQ(window->picTemp().size(), window->picScreen()->Image().size());
+}
+
+TEST_F(FrmKeysightTest, StoredGeometryAndMacroCaptionsAreApplied) {
+  store_->Set("Setup", "Top", "1500");
+  store_->Set("Setup", "Left", "3000");
+  store_->Set("Setup", "Width", "abc");  // reads 0: the width is left alone
+  store_->Set("Macros", "Caption2", "Autoscale");
+  store_->Set("FFT", "BW", "1");
+  auto window = NewWindow();
+  const int width_before = window->width();
+  ASSERT_TRUE(window->Form_Load());
+  EXPECT_EQ(window->pos(), QPoint(200, 100));
+  EXPECT_EQ(window->width(), width_before);
+  EXPECT_EQ(window->height(), 784);
+  EXPECT_EQ(window->findChildren<QPushButton*>("cmdMac")[1]->text(), "Autoscale");
+  EXPECT_TRUE(window->findChild<QToolButton*>("ssrBW")->isChecked());
+}
+
+TEST_F(FrmKeysightTest, ClosingStoresSettingsAsTextThatTheNextRunReads) {
+  {
+    auto window = NewWindow();
+    ASSERT_TRUE(window->Form_Load());
+    window->move(30, 40);
+    window->resize(800, 600);
+    window->findChildren<QLineEdit*>("txtMHz")[2]->setText("350");
+    window->findChild<QToolButton*>("ssrBW")->setChecked(true);
+    window->close();
+  }
+  EXPECT_EQ(Stored("Setup/Top"), "600");
+  EXPECT_EQ(Stored("Setup/Left"), "450");
+  EXPECT_EQ(Stored("Setup/Width"), "12000");
+  EXPECT_EQ(Stored("Setup/Height"), "9000");
+  EXPECT_EQ(Stored("FFT/BWL"), "350");
+  EXPECT_EQ(Stored("FFT/BW"), "1");
+  EXPECT_EQ(Stored("FFT/Window"), "6");
+  EXPECT_EQ(Stored("Setup/DVM"), "0");
+
+  // The lock went with the first window's platform? No: the same platform keeps it, so the
+  // next run in this process reuses it.
+  auto again = NewWindow();
+  ASSERT_TRUE(again->Form_Load());
+  EXPECT_EQ(again->pos(), QPoint(30, 40));
+  EXPECT_EQ(again->size(), QSize(800, 600));
+  EXPECT_EQ(again->findChildren<QLineEdit*>("txtMHz")[2]->text(), "350");
+}
+
+TEST_F(FrmKeysightTest, AWindowDestroyedWithoutClosingStillSaves) {
+  {
+    auto window = NewWindow();
+    ASSERT_TRUE(window->Form_Load());
+  }
+  EXPECT_EQ(Stored("FFT/AVG"), "0");
+  EXPECT_EQ(Stored("Setup/Height"), "11760");
+}
+
+TEST_F(FrmKeysightTest, ASecondInstanceOnTheSameDataFolderEndsAtOnce) {
+  auto first = NewWindow();
+  ASSERT_TRUE(first->Form_Load());
+  QtStartupPlatform other_platform;
+  frmKeysight second(*store_, other_platform);
+  EXPECT_FALSE(second.Form_Load());
+  EXPECT_NE(second.windowTitle().left(9), "QUARVELO ");
+  second.close();
+  // The second instance ended before loading: it must not overwrite what the first stored.
+  EXPECT_EQ(Stored("FFT/AVG"), "<missing>");
+}
+
+TEST_F(FrmKeysightTest, BandwidthClicksAreReportedOnlyAfterLoading) {
+  auto window = NewWindow();
+  ASSERT_TRUE(window->Form_Load());
+  QSignalSpy spy(window.get(), &frmKeysight::BandwidthLimitClicked);
+  window->findChild<QToolButton*>("ssrBW")->click();
+  ASSERT_EQ(spy.count(), 1);
+  EXPECT_TRUE(spy.at(0).at(0).toBool());
+}
+
+TEST_F(FrmKeysightTest, DrawingSurfaceIsBlackAndFollowsTheWindowSize) {
+  auto window = NewWindow();
+  ASSERT_TRUE(window->Form_Load());
+  window->show();
+  window->resize(1000, 800);
+  QCoreApplication::processEvents();
+  qt::PictureBox* surface = window->picScreen();
+  EXPECT_EQ(surface->Image().size(), surface->size());
+  EXPECT_EQ(surface->Image().pixelColor(5, 5), QColor(0, 0, 0));
+  window->resize(700, 500);
+  QCoreApplication::processEvents();
+  EXPECT_EQ(surface->Image().size(), surface->size());
+}
+
+TEST_F(FrmKeysightTest, TopMostKeepsThePlaceAndTheFlag) {
+  auto window = NewWindow();
+  ASSERT_TRUE(window->Form_Load());
+  window->show();
+  window->setGeometry(50, 60, 640, 480);
+  const QRect before = window->geometry();
+  SetTopMost(window.get(), true);
+  EXPECT_TRUE(window->windowFlags().testFlag(Qt::WindowStaysOnTopHint));
+  EXPECT_TRUE(window->isVisible());
+  EXPECT_EQ(window->geometry(), before);
+  SetTopMost(window.get(), false);
+  EXPECT_FALSE(window->windowFlags().testFlag(Qt::WindowStaysOnTopHint));
+  EXPECT_EQ(window->geometry(), before);
+}
+
+}  // namespace
+}  // namespace quarvelo::app

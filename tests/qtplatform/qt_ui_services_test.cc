@@ -1,0 +1,138 @@
+#include "platform/qt/qt_ui_services.h"
+
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QLabel>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QTimer>
+#include <QWidget>
+
+namespace quarvelo::qt {
+namespace {
+
+class QtUiServicesTest : public testing::Test {
+ protected:
+  QtUiServicesTest()
+      : status_(new QLabel(&window_)),
+        activity_(new ActivityIndicator(&window_)),
+        refresh_(new QTimer(&window_)),
+        single_(new QTimer(&window_)),
+        ui_({&window_, status_, activity_, refresh_, single_}) {
+    refresh_->setInterval(1000);
+    single_->setInterval(1000);
+  }
+
+  QWidget window_;
+  QLabel* status_;
+  ActivityIndicator* activity_;
+  QTimer* refresh_;
+  QTimer* single_;
+  QtUiServices ui_;
+};
+
+TEST_F(QtUiServicesTest, StatusLineShowsTrimmedText) {
+  ui_.ShowStatus("  INST Error: -113,\"Undefined header\"\n");
+  EXPECT_EQ(status_->text(), "INST Error: -113,\"Undefined header\"");
+}
+
+TEST_F(QtUiServicesTest, IndicatorAndTimersFollowTheCalls) {
+  ui_.SetActivityColour(ui::MakeRgb(255, 0, 0));
+  EXPECT_EQ(activity_->Colour(), QColor(255, 0, 0));
+  ui_.SetRefreshTimerEnabled(true);
+  ui_.SetSingleTimerEnabled(true);
+  EXPECT_TRUE(refresh_->isActive());
+  EXPECT_TRUE(single_->isActive());
+  ui_.SetRefreshTimerEnabled(false);
+  EXPECT_FALSE(refresh_->isActive());
+  EXPECT_EQ(refresh_->interval(), 1000);
+}
+
+TEST_F(QtUiServicesTest, ServicesOutlivingTheirWidgetsDoNothing) {
+  delete status_;
+  delete refresh_;
+  ui_.ShowStatus("x");
+  ui_.SetRefreshTimerEnabled(true);
+  // The widgets still there keep working.
+  ui_.SetSingleTimerEnabled(true);
+  EXPECT_TRUE(single_->isActive());
+}
+
+TEST_F(QtUiServicesTest, MessageBoxHasTheProgramTitleIconAndReturnsTheButton) {
+  const struct {
+    ui::MessageIcon icon;
+    QMessageBox::Icon qt_icon;
+    ui::MessageButtons buttons;
+    QMessageBox::StandardButton press;
+    ui::MessageResult expected;
+  } cases[] = {
+      {ui::MessageIcon::kCritical, QMessageBox::Critical, ui::MessageButtons::kOk, QMessageBox::Ok,
+       ui::MessageResult::kOk},
+      {ui::MessageIcon::kExclamation, QMessageBox::Warning, ui::MessageButtons::kOkCancel,
+       QMessageBox::Cancel, ui::MessageResult::kCancel},
+      {ui::MessageIcon::kQuestion, QMessageBox::Question, ui::MessageButtons::kYesNo,
+       QMessageBox::No, ui::MessageResult::kNo},
+  };
+  for (const auto& c : cases) {
+    QString title;
+    QMessageBox::Icon icon = QMessageBox::NoIcon;
+    QString text;
+    QTimer::singleShot(0, [&] {
+      auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+      ASSERT_NE(box, nullptr);
+      title = box->windowTitle();
+      icon = box->icon();
+      text = box->text();
+      box->button(c.press)->click();
+    });
+    EXPECT_EQ(ui_.ShowMessage("RESET WGEN\r\nAre you sure?", c.icon, c.buttons), c.expected);
+    EXPECT_EQ(title, "QUARVELO");
+    EXPECT_EQ(icon, c.qt_icon);
+    EXPECT_EQ(text, "RESET WGEN\r\nAre you sure?");
+  }
+}
+
+TEST_F(QtUiServicesTest, PointerOverrideIsBalanced) {
+  ui_.SetPointer(ui::PointerShape::kHourglass);
+  ui_.SetPointer(ui::PointerShape::kCross);
+  ASSERT_NE(QApplication::overrideCursor(), nullptr);
+  EXPECT_EQ(QApplication::overrideCursor()->shape(), Qt::CrossCursor);
+  ui_.SetPointer(ui::PointerShape::kDefault);
+  EXPECT_EQ(QApplication::overrideCursor(), nullptr);
+  ui_.SetPointer(ui::PointerShape::kDefault);  // twice is harmless
+  EXPECT_EQ(QApplication::overrideCursor(), nullptr);
+}
+
+TEST_F(QtUiServicesTest, PauseLetsTimersRun) {
+  int ticks = 0;
+  QTimer::singleShot(5, [&] { ++ticks; });
+  ui_.Pause(30);
+  EXPECT_EQ(ticks, 1);
+}
+
+}  // namespace
+}  // namespace quarvelo::qt
+
+namespace quarvelo::qt {
+namespace {
+
+TEST(QtUiServicesTitleTest, TitledMessageShowsItsOwnTitle) {
+  QWidget window;
+  QtUiServices ui({&window, nullptr, nullptr, nullptr, nullptr});
+  QString title;
+  QTimer::singleShot(0, [&] {
+    auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+    ASSERT_NE(box, nullptr);
+    title = box->windowTitle();
+    box->button(QMessageBox::Ok)->click();
+  });
+  EXPECT_EQ(
+      ui.ShowTitledMessage("Error!", "N = 0", ui::MessageIcon::kCritical, ui::MessageButtons::kOk),
+      ui::MessageResult::kOk);
+  EXPECT_EQ(title, "Error!");
+}
+
+}  // namespace
+}  // namespace quarvelo::qt

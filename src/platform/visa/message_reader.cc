@@ -24,9 +24,18 @@ void MessageReader::NoteRemoved(bool end) {
 
 ViStatus MessageReader::HandleReadError(ViStatus status) {
   if (status == VI_ERROR_TMO) {
-    // Whatever was awaited may still arrive; it belongs to this exchange, not the next one.
-    at_boundary_ = false;
-    awaiting_late_response_ = true;
+    if (transport_->DropsLateReplies()) {
+      // The transport made the instrument drop the reply; what came of it is worthless too.
+      head_ = tail_ = 0;
+      chunk_ended_ = false;
+      deferred_block_bytes_ = 0;
+      at_boundary_ = true;
+      awaiting_late_response_ = false;
+    } else {
+      // Whatever was awaited may still arrive; it belongs to this exchange, not the next one.
+      at_boundary_ = false;
+      awaiting_late_response_ = true;
+    }
   }
   return status;
 }

@@ -38,6 +38,11 @@ class Transport {
   // then treats LF outside a binary block as the end of a message.
   virtual bool EndsOnLineFeed() const = 0;
 
+  // True when a read that timed out has already made the instrument drop the rest of that
+  // reply (USB-TMC aborts the bulk-in transfer), so nothing late can arrive and the formatted
+  // I/O need not wait for it before the next message.
+  virtual bool DropsLateReplies() const { return false; }
+
   // Device clear (VXI-11 device_clear, HiSLIP device clear, USB-TMC INITIATE_CLEAR); a raw
   // socket has none and only discards what it has buffered.
   virtual ViStatus Clear(Deadline deadline) = 0;

@@ -294,6 +294,18 @@ TEST_F(QtToolHostTest, ChannelArrowOpensTheChannelMenuBetweenRequestAndClose) {
   EXPECT_FALSE(host_.ToolState("ID_CH2")) << "the arrow does not toggle the channel";
 }
 
+TEST_F(QtToolHostTest, ChannelMenuOpensFromTheKeyboardToo) {
+  window_->show();
+  QWidget* button = ToolbarWidget("Channels", "ID_CH4");
+  ASSERT_NE(button, nullptr);
+  EventLog log(host_);
+  QTimer::singleShot(0, [] {
+    if (QWidget* popup = QApplication::activePopupWidget()) popup->close();
+  });
+  QTest::keyClick(button, Qt::Key_Down, Qt::AltModifier);
+  EXPECT_THAT(log.events, ElementsAre("drop ID_CH4", "click mnu_Channel", "closed ID_CH4"));
+}
+
 TEST_F(QtToolHostTest, ChannelButtonMainPartTogglesTheChannel) {
   window_->show();
   QWidget* button = ToolbarWidget("Channels", "ID_CH1");

@@ -1,6 +1,7 @@
 #include "control/qt/tool_actions.h"
 
 #include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QMouseEvent>
 #include <QSignalBlocker>
@@ -145,6 +146,18 @@ void DropDownButton::mousePressEvent(QMouseEvent* event) {
   // The base class runs the menu to its end, including the command picked from it.
   QToolButton::mousePressEvent(event);
   if (opens_menu) emit MenuClosed();
+}
+
+void DropDownButton::keyPressEvent(QKeyEvent* event) {
+  const bool opens_menu = event->key() == Qt::Key_F4 || event->key() == Qt::Key_Menu ||
+                          (event->key() == Qt::Key_Down && (event->modifiers() & Qt::AltModifier));
+  if (!opens_menu) {
+    QToolButton::keyPressEvent(event);
+    return;
+  }
+  emit MenuAboutToOpen();
+  showMenu();
+  emit MenuClosed();
 }
 
 DropDownToolAction::DropDownToolAction(const QString& id, const QString& caption,

@@ -60,7 +60,7 @@ class LabelToolAction : public QWidgetAction {
 };
 
 // The channel button of a toolbar: pressing its main part toggles the channel, pressing its
-// arrow opens the channel menu under it.
+// arrow (or Alt+Down, F4 or the menu key while it has focus) opens the channel menu under it.
 class DropDownButton : public QToolButton {
   Q_OBJECT
 
@@ -75,6 +75,7 @@ class DropDownButton : public QToolButton {
 
  protected:
   void mousePressEvent(QMouseEvent* event) override;
+  void keyPressEvent(QKeyEvent* event) override;
 
  private:
   bool OnArrow(const QPoint& position) const;

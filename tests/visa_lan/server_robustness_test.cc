@@ -1,1 +1,398 @@
+// Bad bytes in both directions: the servers keep serving after any client input, and the
+// clients return an error within their deadline whatever a server sends.
 #include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <random>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "platform/visa/hislip/hislip_transport.h"
+#include "platform/visa/hislip/message.h"
+#include "platform/visa/transport_factory.h"
+#include "platform/visa/vxi11/core_channel.h"
+#include "platform/visa/vxi11/portmapper.h"
+#include "platform/visa/vxi11/rpc.h"
+#include "platform/visa/vxi11/tcp_stream.h"
+#include "sim/server/hislip_server.h"
+#include "sim/server/portmapper_server.h"
+#include "sim/server/tcp_listener.h"
+#include "sim/server/vxi11_server.h"
+#include "test_handler.h"
+
+namespace quarvelo::testing {
+namespace {
+
+namespace hislip = visa::hislip;
+namespace rpc = visa::rpc;
+namespace vxi11 = visa::vxi11;
+namespace xdr = visa::xdr;
+using visa::Clock;
+
+std::string Str(std::span<const std::byte> bytes) {
+  return std::string(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+}
+
+std::string RandomBytes(unsigned seed, std::size_t size) {
+  std::mt19937 generator(seed);
+  std::string bytes(size, '\0');
+  for (char& c : bytes) c = static_cast<char>(generator());
+  return bytes;
+}
+
+std::string Framed(const xdr::Writer& record) {
+  xdr::Bytes framed;
+  rpc::AppendRecord(record.bytes(), &framed);
+  return Str(framed);
+}
+
+std::string Call(std::uint32_t program, std::uint32_t version, std::uint32_t procedure,
+                 const std::string& arguments = {}) {
+  xdr::Writer call;
+  rpc::PutCallHeader(call, {0xABCD, program, version, procedure});
+  call.PutRaw(xdr::AsBytes(arguments));
+  return Framed(call);
+}
+
+std::string Header(hislip::MessageType type, std::uint64_t length, std::uint8_t control = 0,
+                   std::uint32_t parameter = 0) {
+  return Str(hislip::EncodeHeader({type, control, parameter, length}));
+}
+
+// Sends raw bytes and collects whatever comes back until the server goes quiet or closes.
+std::string Exchange(std::uint16_t port, const std::string& bytes, int quiet_ms = 150) {
+  std::unique_ptr<visa::TcpStream> stream;
+  EXPECT_EQ(visa::TcpStream::Connect("127.0.0.1", port, In(1000), &stream), VI_SUCCESS);
+  if (!stream) return {};
+  stream->SendAll(xdr::AsBytes(bytes), In(1000));
+  std::string received;
+  std::vector<std::byte> buffer(64 * 1024);
+  for (;;) {
+    std::size_t count = 0;
+    if (stream->ReceiveSome(buffer, In(quiet_ms), &count) != VI_SUCCESS) break;
+    received += Str(std::span(buffer).first(count));
+  }
+  return received;
+}
+
+// The accept status of the one RPC reply in `received`, or -1.
+int AcceptStatOf(const std::string& received) {
+  rpc::RecordAssembler assembler(1 << 20);
+  assembler.Feed(xdr::AsBytes(received));
+  if (!assembler.HasRecord()) return -1;
+  const xdr::Bytes record = assembler.PopRecord();
+  xdr::Reader reader(record);
+  rpc::ReplyHeader header;
+  if (!rpc::GetReplyHeader(reader, &header) || !header.accepted) return -1;
+  return static_cast<int>(header.stat);
+}
+
+class ServerRobustnessTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    std::string error;
+    ASSERT_TRUE(core_.Start(&error)) << error;
+    portmapper_ = std::make_unique<sim::PortmapperServer>("127.0.0.1", 0, core_.port());
+    ASSERT_TRUE(portmapper_->Start(&error)) << error;
+    ASSERT_TRUE(hislip_.Start(&error)) << error;
+  }
+
+  void ExpectServersStillServe() {
+    std::unique_ptr<visa::Transport> transport;
+    ASSERT_EQ(visa::OpenVxi11Transport("127.0.0.1:" + std::to_string(portmapper_->port()), "inst0",
+                                       In(2000), &transport),
+              VI_SUCCESS);
+    std::string reply;
+    ASSERT_EQ(Query(*transport, "*IDN?", &reply), VI_SUCCESS);
+    EXPECT_EQ(reply, kIdn);
+    transport.reset();
+    ASSERT_EQ(
+        visa::OpenHislipTransport("127.0.0.1", "hislip0", hislip_.port(), In(2000), &transport),
+        VI_SUCCESS);
+    ASSERT_EQ(Query(*transport, "*IDN?", &reply), VI_SUCCESS);
+    EXPECT_EQ(reply, kIdn);
+  }
+
+  CannedHandler handler_;
+  sim::Vxi11Server core_{handler_, "127.0.0.1", 0};
+  std::unique_ptr<sim::PortmapperServer> portmapper_;
+  sim::HislipServer hislip_{handler_, "127.0.0.1", 0};
+};
+
+TEST_F(ServerRobustnessTest, Vxi11ServerAnswersBadCallsAndSurvivesGarbage) {
+  const struct {
+    const char* what;
+    std::string bytes;
+    int accept_stat;  // -1: no RPC answer expected
+  } cases[] = {
+      {"another program", Call(0x0607B0, 1, 1), 1},
+      {"another version", Call(vxi11::kCoreProgram, 7, vxi11::kCreateLink), 2},
+      {"unknown procedure", Call(vxi11::kCoreProgram, 1, 99), 3},
+      {"create_link cut short", Call(vxi11::kCoreProgram, 1, vxi11::kCreateLink, "\0\0"), 4},
+      {"device_write lying about its data",
+       Call(vxi11::kCoreProgram, 1, vxi11::kDeviceWrite,
+            std::string("\0\0\0\1\0\0\0\0\0\0\0\0\0\0\0\x08"
+                        "\x7f\xff\xff\xff",
+                        20)),
+       4},
+      {"a reply instead of a call", Framed([] {
+         xdr::Writer w;
+         rpc::PutAcceptedReply(w, 1, rpc::AcceptStat::kSuccess);
+         return w;
+       }()),
+       -1},
+      {"huge fragment", std::string("\xff\xff\xff\xff", 4) + "abc", -1},
+      {"text", "GET / HTTP/1.0\r\n\r\n", -1},
+      {"random", RandomBytes(1, 3000), -1},
+      {"random records", Framed([] {
+         xdr::Writer w;
+         w.PutRaw(xdr::AsBytes(RandomBytes(2, 400)));
+         return w;
+       }()),
+       -1},
+  };
+  for (const auto& c : cases) {
+    const std::string received = Exchange(core_.port(), c.bytes);
+    if (c.accept_stat >= 0) {
+      EXPECT_EQ(AcceptStatOf(received), c.accept_stat) << c.what;
+    }
+  }
+  // Operations on a link that was never created.
+  xdr::Writer read;
+  vxi11::Put(read, vxi11::DeviceReadParms{12345, 100, 100, 0, 0, 0});
+  const std::string received =
+      Exchange(core_.port(), Call(vxi11::kCoreProgram, 1, vxi11::kDeviceRead, Str(read.bytes())));
+  rpc::RecordAssembler assembler(4096);
+  assembler.Feed(xdr::AsBytes(received));
+  ASSERT_TRUE(assembler.HasRecord());
+  const xdr::Bytes record = assembler.PopRecord();
+  xdr::Reader reader(record);
+  rpc::ReplyHeader header;
+  ASSERT_TRUE(rpc::GetReplyHeader(reader, &header));
+  vxi11::DeviceReadResp response;
+  ASSERT_TRUE(vxi11::Get(reader, &response));
+  EXPECT_EQ(response.error, vxi11::kInvalidLinkIdentifier);
+  ExpectServersStillServe();
+}
+
+TEST_F(ServerRobustnessTest, PortmapperAndHislipServersSurviveGarbage) {
+  for (const std::string& bytes :
+       {RandomBytes(3, 5000), std::string("\xff\xff\xff\xff", 4), Call(100000, 2, 77),
+        Call(100000, 2, visa::portmapper::kProcGetPort, "\0\0")}) {
+    Exchange(portmapper_->port(), bytes);
+  }
+  EXPECT_EQ(AcceptStatOf(Exchange(portmapper_->port(), Call(100000, 2, 77))), 3);
+  const std::string hislip_cases[] = {
+      RandomBytes(4, 5000),
+      "HS",
+      Header(hislip::MessageType::kInitialize, ~0ull),
+      Header(hislip::MessageType::kAsyncInitialize, 0, 0, 1),
+      Header(hislip::MessageType::kInitialize, 7) + "hislip0" +
+          Header(hislip::MessageType::kDataEnd, 1ull << 40) + "x",
+      Header(hislip::MessageType::kInitialize, 7) + "hislip0" + RandomBytes(5, 100),
+  };
+  for (const std::string& bytes : hislip_cases) Exchange(hislip_.port(), bytes);
+  ExpectServersStillServe();
+}
+
+// A server that answers each message a client sends on each connection from a script, to
+// feed the clients what no instrument should send.
+class ScriptedServer {
+ public:
+  using Step = std::function<std::string(const std::string& received)>;
+
+  explicit ScriptedServer(std::vector<std::vector<Step>> connections)
+      : connections_(std::move(connections)) {
+    std::string error;
+    listener_ = sim::OpenTcpListener("127.0.0.1", 0, &error);
+    thread_ = std::thread([this] { Run(); });
+  }
+  ~ScriptedServer() {
+    stop_.Raise();
+    thread_.join();
+  }
+  std::uint16_t port() const { return sim::LocalPort(listener_.fd()); }
+
+ private:
+  // Each connection is served on its own thread: a client opens the next one (HiSLIP's
+  // asynchronous channel) while the first waits for its next message.
+  void Run() {
+    std::vector<std::thread> workers;
+    for (auto& steps : connections_) {
+      sim::Socket connection = sim::Accept(listener_.fd(), stop_, sim::ServerDeadline::max());
+      if (!connection.valid()) break;
+      workers.emplace_back(
+          [this, &steps, c = std::move(connection)]() mutable { Serve(std::move(c), steps); });
+    }
+    for (auto& worker : workers) worker.join();
+  }
+
+  void Serve(sim::Socket connection, std::vector<Step>& steps) {
+    for (auto& step : steps) {
+      std::vector<std::byte> buffer(64 * 1024);
+      std::size_t count = 0;
+      if (sim::ReadSome(connection.fd(), buffer, stop_, sim::ServerDeadline::max(), &count) !=
+          sim::IoResult::kOk) {
+        return;
+      }
+      const std::string reply = step(Str(std::span(buffer).first(count)));
+      sim::WriteAll(connection.fd(), xdr::AsBytes(reply), stop_,
+                    sim::ServerClock::now() + std::chrono::seconds(1));
+    }
+    // Kept open so that only the script ends an exchange.
+    sim::WaitFor(connection.fd(), 0, stop_, sim::ServerDeadline::max());
+  }
+
+  std::vector<std::vector<Step>> connections_;
+  sim::Socket listener_;
+  sim::StopSignal stop_;
+  std::thread thread_;
+};
+
+ScriptedServer::Step Reply(std::string bytes) {
+  return [bytes](const std::string&) { return bytes; };
+}
+
+// An RPC reply to the call in `received` (its xid), carrying `results`.
+std::string RpcReply(const std::string& received, const xdr::Writer& results) {
+  std::uint32_t xid = 0;
+  if (received.size() >= 8) {
+    xdr::Reader reader(xdr::AsBytes(received).subspan(4));
+    reader.GetUint32(&xid);
+  }
+  xdr::Writer reply;
+  rpc::PutAcceptedReply(reply, xid, rpc::AcceptStat::kSuccess);
+  reply.PutRaw(results.bytes());
+  return Framed(reply);
+}
+
+ScriptedServer::Step GoodCreateLink() {
+  return [](const std::string& received) {
+    xdr::Writer results;
+    vxi11::Put(results, vxi11::CreateLinkResp{0, 1, 0, 1024});
+    return RpcReply(received, results);
+  };
+}
+
+ScriptedServer::Step ReplyWithResults(std::string results) {
+  return [results](const std::string& received) {
+    xdr::Writer writer;
+    writer.PutRaw(xdr::AsBytes(results));
+    return RpcReply(received, writer);
+  };
+}
+
+TEST(ClientRobustnessTest, Vxi11ClientFailsCleanlyOnAnyServerBytes) {
+  const std::string write_ok("\0\0\0\0\0\0\0\6", 8);  // no error, 6 bytes taken
+  const struct {
+    const char* what;
+    std::vector<ScriptedServer::Step> core;
+    bool opens;
+  } cases[] = {
+      {"text instead of RPC", {Reply("HTTP/1.0 400 Bad\r\n\r\n")}, false},
+      {"random bytes", {Reply(RandomBytes(6, 1000))}, false},
+      {"huge fragment", {Reply(std::string("\x7f\xff\xff\xff", 4) + "abcd")}, false},
+      {"create_link cut short", {ReplyWithResults(std::string(8, '\0'))}, false},
+      {"create_link error",
+       {ReplyWithResults(std::string("\0\0\0\x03", 4) + std::string(12, '\0'))},
+       false},
+      {"read reply cut short",
+       {GoodCreateLink(), ReplyWithResults(write_ok),
+        ReplyWithResults(std::string("\0\0\0\0\0\0\0\4\0\0\0\x50", 12))},
+       true},
+      {"read reply of random words",
+       {GoodCreateLink(), ReplyWithResults(write_ok), ReplyWithResults(RandomBytes(7, 64))},
+       true},
+      {"read reply with an unknown error",
+       {GoodCreateLink(), ReplyWithResults(write_ok),
+        ReplyWithResults(std::string("\0\0\0\x63", 4))},
+       true},
+      {"silence after the write", {GoodCreateLink(), ReplyWithResults(write_ok)}, true},
+  };
+  for (const auto& c : cases) {
+    ScriptedServer server({c.core});
+    std::unique_ptr<visa::Transport> transport;
+    const auto start = Clock::now();
+    const ViStatus opened = visa::OpenVxi11Transport(
+        "127.0.0.1:core:" + std::to_string(server.port()), "inst0", In(300), &transport);
+    ASSERT_EQ(opened == VI_SUCCESS, c.opens) << c.what << " " << std::hex << opened;
+    if (c.opens) {
+      std::string reply;
+      EXPECT_NE(Query(*transport, "*IDN?", &reply, 300), VI_SUCCESS) << c.what;
+      transport.reset();
+    }
+    EXPECT_LT(Clock::now() - start, std::chrono::milliseconds(1500)) << c.what;
+  }
+}
+
+ScriptedServer::Step HislipReply(hislip::MessageType type, std::uint32_t parameter = 0,
+                                 std::string payload = {}) {
+  return Reply(Header(type, payload.size(), 0, parameter) + payload);
+}
+
+TEST(ClientRobustnessTest, HislipClientFailsCleanlyOnAnyServerBytes) {
+  const std::string max_size = Str(hislip::EncodeUint64(1 << 20));
+  const std::vector<ScriptedServer::Step> good_async = {
+      HislipReply(hislip::MessageType::kAsyncInitializeResponse),
+      HislipReply(hislip::MessageType::kAsyncMaxMsgSizeResponse, 0, max_size)};
+  const auto answer_first = [](hislip::MessageType type, std::uint64_t length,
+                               std::string payload) {
+    return [type, length, payload](const std::string&) {
+      // Answers with the first message id a client uses.
+      return Header(type, length, 0, hislip::kFirstMessageId) + payload;
+    };
+  };
+  const struct {
+    const char* what;
+    std::vector<ScriptedServer::Step> sync;
+    bool opens;
+  } cases[] = {
+      {"no HS prologue", {Reply(std::string(16, 'x'))}, false},
+      {"fatal error", {HislipReply(hislip::MessageType::kFatalError)}, false},
+      {"huge payload on the response",
+       {Reply(Header(hislip::MessageType::kInitializeResponse, ~0ull))},
+       false},
+      {"random", {Reply(RandomBytes(8, 500))}, false},
+      {"data with a lying length",
+       {HislipReply(hislip::MessageType::kInitializeResponse, 1),
+        answer_first(hislip::MessageType::kDataEnd, 1ull << 62, "abc")},
+       true},
+      {"bad header mid-session",
+       {HislipReply(hislip::MessageType::kInitializeResponse, 1), Reply(RandomBytes(9, 64))},
+       true},
+      {"error message",
+       {HislipReply(hislip::MessageType::kInitializeResponse, 1),
+        HislipReply(hislip::MessageType::kError, 0, "no")},
+       true},
+      {"fatal error mid-session",
+       {HislipReply(hislip::MessageType::kInitializeResponse, 1),
+        HislipReply(hislip::MessageType::kFatalError)},
+       true},
+      {"stale answers only",
+       {HislipReply(hislip::MessageType::kInitializeResponse, 1),
+        HislipReply(hislip::MessageType::kDataEnd, 12345, "old\n")},
+       true},
+  };
+  for (const auto& c : cases) {
+    std::vector<std::vector<ScriptedServer::Step>> connections = {c.sync};
+    if (c.opens) connections.push_back(good_async);
+    ScriptedServer server(connections);
+    std::unique_ptr<visa::Transport> transport;
+    const auto start = Clock::now();
+    const ViStatus opened =
+        visa::OpenHislipTransport("127.0.0.1", "hislip0", server.port(), In(300), &transport);
+    ASSERT_EQ(opened == VI_SUCCESS, c.opens) << c.what << " " << std::hex << opened;
+    if (c.opens) {
+      std::string reply;
+      EXPECT_NE(Query(*transport, "*IDN?", &reply, 300), VI_SUCCESS) << c.what;
+      EXPECT_TRUE(reply.find("old") == std::string::npos) << c.what;
+      transport.reset();
+    }
+    EXPECT_LT(Clock::now() - start, std::chrono::milliseconds(1500)) << c.what;
+  }
+}
+
+}  // namespace
+}  // namespace quarvelo::testing

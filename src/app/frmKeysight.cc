@@ -18,6 +18,7 @@
 #include "app/startup.h"
 #include "app/twips.h"
 #include "control/set_toolbar.h"
+#include "dialogs/frmSettings.h"
 #include "platform/qt/activity_indicator.h"
 #include "platform/qt/picture_box.h"
 #include "platform/qt/qt_ui_services.h"
@@ -226,6 +227,19 @@ bool frmKeysight::Form_Load() {
       WindowCaption(QUARVELO_VERSION_MAJOR, QUARVELO_VERSION_MINOR, QUARVELO_VERSION_PATCH));
   loaded_ = result == StartupResult::kRunning;
   return loaded_;
+}
+
+void frmKeysight::ShowSettingsDialog() {
+  CloseInstrument();
+  {
+    dialogs::frmSettings dialog(
+        store_,
+        dialogs::SettingsDialogRecords{settings_.Address, settings_.Algorithm,
+                                       settings_.AutoAlgorithm, scope_},
+        this);
+    dialog.exec();
+  }
+  RebuildToolbar();
 }
 
 void frmKeysight::Form_Unload() {

@@ -47,6 +47,9 @@ class frmKeysight : public QMainWindow, private MainWindowView {
 
   // Form_Load. False when another instance is running: the program ends at once.
   bool Form_Load();
+  // The settings tool: closes the link, shows the settings dialog modally, then rebuilds the
+  // toolbar so that model, channel count and options take effect.
+  void ShowSettingsDialog();
 
   ui::UiServices& Ui();
   ui::ToolHost& Tools();

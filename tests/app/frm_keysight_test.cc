@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
 #include <QAbstractButton>
+#include <QApplication>
+#include <QComboBox>
 #include <QDir>
 #include <QFile>
 #include <QGroupBox>
@@ -228,6 +230,35 @@ TEST_F(FrmKeysightTest, TopMostKeepsThePlaceAndTheFlag) {
   SetTopMost(window.get(), false);
   EXPECT_FALSE(window->windowFlags().testFlag(Qt::WindowStaysOnTopHint));
   EXPECT_EQ(window->geometry(), before);
+}
+
+}  // namespace
+}  // namespace quarvelo::app
+
+namespace quarvelo::app {
+namespace {
+
+TEST_F(FrmKeysightTest, SettingsDialogOkRebuildsTheToolbarForTheNewConfiguration) {
+  auto window = NewWindow();
+  ASSERT_TRUE(window->Form_Load());
+  QTimer::singleShot(0, [] {
+    QWidget* dialog = QApplication::activeModalWidget();
+    ASSERT_NE(dialog, nullptr);
+    ASSERT_EQ(dialog->objectName(), "frmSettings");
+    for (auto* button : dialog->findChildren<QAbstractButton*>("optChannels")) {
+      if (button->property("index").toInt() == 1) button->click();
+    }
+    dialog->findChild<QComboBox*>("cboDSO")->setCurrentIndex(1);
+    dialog->findChild<QLineEdit*>("txtVISA")->setText(" TCPIP0::127.0.0.1::5025::SOCKET ");
+    dialog->findChild<QAbstractButton*>("cmdOk")->click();
+  });
+  window->ShowSettingsDialog();
+  EXPECT_EQ(Stored("Setup/Channels"), "4");
+  EXPECT_EQ(Stored("Setup/VISA"), "TCPIP0::127.0.0.1::5025::SOCKET");
+  EXPECT_EQ(window->Settings().Address, "TCPIP0::127.0.0.1::5025::SOCKET");
+  // The rebuild read the new model: X3000 numbers its math functions.
+  EXPECT_EQ(window->Scope().Model, 1);
+  EXPECT_EQ(window->Scope().MathPrefix, ":FUNC1");
 }
 
 }  // namespace

@@ -1,0 +1,228 @@
+#include <gtest/gtest.h>
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QGroupBox>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QRadioButton>
+
+#include "dialogs/frmSettings.h"
+#include "platform/settings/memory_settings_store.h"
+
+namespace quarvelo::dialogs {
+namespace {
+
+class FrmSettingsTest : public testing::Test {
+ protected:
+  std::unique_ptr<frmSettings> Open() {
+    return std::make_unique<frmSettings>(
+        store_, SettingsDialogRecords{address_, algorithm_, auto_algorithm_, scope_});
+  }
+  template <typename T>
+  static T* Find(const frmSettings& dialog, const char* name, int index = -1) {
+    for (T* widget : dialog.findChildren<T*>(QString::fromLatin1(name))) {
+      if (index < 0 || widget->property("index").toInt() == index) return widget;
+    }
+    return nullptr;
+  }
+  static QRadioButton* Fft(const frmSettings& d, int i) {
+    return Find<QRadioButton>(d, "optFFT", i);
+  }
+  static QRadioButton* Channels(const frmSettings& d, int i) {
+    return Find<QRadioButton>(d, "optChannels", i);
+  }
+
+  settings::MemorySettingsStore store_;
+  std::string address_;
+  int algorithm_ = 2;
+  bool auto_algorithm_ = false;
+  acquisition::ScopeState scope_;
+};
+
+TEST_F(FrmSettingsTest, ControlsCarryTheirCaptionsAndToolTips) {
+  auto dialog = Open();
+  const struct {
+    const char* name;
+    int index;
+    const char* caption;
+    const char* tooltip;
+  } cases[] = {
+      {"optChannels", 0, "2 Channels", "2 channels scope"},
+      {"optChannels", 1, "4 Channels", "4 channels scope"},
+      {"optFFT", 0, "FFT A", ""},
+      {"optFFT", 1, "FFT", "Fast Fourier Transform"},
+      {"optFFT", 2, "DFT (VY SLOW !)", "Discrete Fourier Transform (very fast computer required)"},
+  };
+  for (const auto& c : cases) {
+    QRadioButton* button = Find<QRadioButton>(*dialog, c.name, c.index);
+    ASSERT_NE(button, nullptr) << c.name << c.index;
+    EXPECT_EQ(button->text(), c.caption);
+    EXPECT_EQ(button->toolTip(), c.tooltip);
+    EXPECT_EQ(button->accessibleName(), c.caption);
+  }
+  EXPECT_EQ(Find<QLineEdit>(*dialog, "txtVISA")->toolTip(), "VISA USB String");
+  EXPECT_EQ(Find<QCheckBox>(*dialog, "chkDVM")->toolTip(), "Digital Voltmeter option enabled");
+  EXPECT_EQ(Find<QCheckBox>(*dialog, "chkWGEN")->text(), "WGEN");
+  EXPECT_EQ(Find<QCheckBox>(*dialog, "chkAuto")->toolTip(),
+            "Fourier algorithm automatically selected");
+  EXPECT_EQ(Find<QPushButton>(*dialog, "cmdCancel")->text(), "&Cancel");
+  QComboBox* model = Find<QComboBox>(*dialog, "cboDSO");
+  ASSERT_EQ(model->count(), 2);
+  EXPECT_EQ(model->itemText(0), "Keysight X2000");
+  EXPECT_EQ(model->itemText(1), "Keysight X3000");
+  QStringList frames;
+  for (QGroupBox* frame : dialog->findChildren<QGroupBox*>()) frames << frame->title();
+  EXPECT_TRUE(frames.contains("VISA USB Address"));
+  EXPECT_TRUE(frames.contains("Oscilloscope"));
+  EXPECT_TRUE(frames.contains("Algorithm"));
+  auto* help = Find<QPlainTextEdit>(*dialog, "txtHelp");
+  EXPECT_TRUE(help->isReadOnly());
+  EXPECT_EQ(help->toPlainText().toStdString(),
+            "The VISA USB address of your oscilloscope uses this format:\n"
+            "USB0::0x0957::0x1797::SERIAL_NUMBER::0::INSTR\n"
+            " with the SERIAL NUMBER of your oscilloscope embedded in the string.\n"
+            "Please use the KEYSIGHT BENCHVUE software to retrieve the VISA USB address of "
+            "your Keysight oscilloscope");
+  for (QWidget* widget : dialog->findChildren<QWidget*>()) {
+    if (widget->objectName().startsWith("txt") || widget->objectName().startsWith("cmd") ||
+        widget->objectName().startsWith("chk") || widget->objectName().startsWith("cbo")) {
+      EXPECT_FALSE(widget->accessibleName().isEmpty()) << widget->objectName().toStdString();
+    }
+  }
+}
+
+TEST_F(FrmSettingsTest, OpeningShowsStoredAndCurrentValues) {
+  store_.Set("Setup", "VISA", "USB0::0x0957::0x1797::MY123::0::INSTR");
+  store_.Set("Setup", "DSO", "1");
+  store_.Set("Setup", "Channels", "4");
+  algorithm_ = 3;
+  scope_.HasDvm = true;
+  scope_.ChannelCount = 2;
+  auto dialog = Open();
+  EXPECT_EQ(Find<QLineEdit>(*dialog, "txtVISA")->text(), "USB0::0x0957::0x1797::MY123::0::INSTR");
+  EXPECT_EQ(Find<QComboBox>(*dialog, "cboDSO")->currentIndex(), 1);
+  EXPECT_TRUE(Channels(*dialog, 1)->isChecked());
+  EXPECT_EQ(scope_.ChannelCount, 4);
+  EXPECT_TRUE(Fft(*dialog, 2)->isChecked());
+  EXPECT_TRUE(Find<QCheckBox>(*dialog, "chkDVM")->isChecked());
+  EXPECT_FALSE(Find<QCheckBox>(*dialog, "chkWGEN")->isChecked());
+}
+
+TEST_F(FrmSettingsTest, AlgorithmSelectionFollowsTheAlgorithmNumber) {
+  const struct {
+    int algorithm;
+    int checked_index;  // -1: none
+  } cases[] = {{1, 0}, {2, 1}, {3, 2}, {0, -1}, {7, -1}};
+  for (const auto& c : cases) {
+    algorithm_ = c.algorithm;
+    auto dialog = Open();
+    for (int i = 0; i < 3; ++i) {
+      EXPECT_EQ(Fft(*dialog, i)->isChecked(), i == c.checked_index)
+          << "algorithm " << c.algorithm << " button " << i;
+    }
+  }
+}
+
+TEST_F(FrmSettingsTest, AutoDisablesTheSlowerChoicesButNotFftA) {
+  auto_algorithm_ = true;
+  auto dialog = Open();
+  auto* automatic = Find<QCheckBox>(*dialog, "chkAuto");
+  EXPECT_TRUE(automatic->isChecked());
+  EXPECT_TRUE(Fft(*dialog, 0)->isEnabled());
+  EXPECT_FALSE(Fft(*dialog, 1)->isEnabled());
+  EXPECT_FALSE(Fft(*dialog, 2)->isEnabled());
+  automatic->click();
+  EXPECT_TRUE(Fft(*dialog, 1)->isEnabled());
+  EXPECT_TRUE(Fft(*dialog, 2)->isEnabled());
+  automatic->click();
+  EXPECT_FALSE(Fft(*dialog, 1)->isEnabled());
+}
+
+TEST_F(FrmSettingsTest, OkStoresEverythingAsText) {
+  auto dialog = Open();
+  Find<QLineEdit>(*dialog, "txtVISA")->setText("  TCPIP0::10.0.0.7::inst0::INSTR \t");
+  Fft(*dialog, 0)->click();
+  Find<QCheckBox>(*dialog, "chkAuto")->click();
+  Find<QCheckBox>(*dialog, "chkWGEN")->click();
+  Find<QComboBox>(*dialog, "cboDSO")->setCurrentIndex(1);
+  Channels(*dialog, 1)->click();
+  Find<QPushButton>(*dialog, "cmdOk")->click();
+  EXPECT_EQ(dialog->result(), QDialog::Accepted);
+  EXPECT_EQ(address_, "TCPIP0::10.0.0.7::inst0::INSTR");
+  EXPECT_EQ(algorithm_, 1);
+  EXPECT_TRUE(auto_algorithm_);
+  EXPECT_TRUE(scope_.HasWgen);
+  EXPECT_FALSE(scope_.HasDvm);
+  EXPECT_EQ(scope_.ChannelCount, 4);
+  const struct {
+    const char* section;
+    const char* key;
+    const char* text;
+  } stored[] = {{"Setup", "VISA", "TCPIP0::10.0.0.7::inst0::INSTR"},
+                {"FFT", "Algo", "1"},
+                {"FFT", "Auto", "1"},
+                {"Setup", "DSO", "1"},
+                {"Setup", "Channels", "4"},
+                {"Setup", "DVM", "0"},
+                {"Setup", "WGEN", "1"}};
+  for (const auto& s : stored) EXPECT_EQ(store_.Find(s.section, s.key), s.text) << s.key;
+}
+
+TEST_F(FrmSettingsTest, FourChannelsAreStoredWhateverTheModel) {
+  auto dialog = Open();
+  Find<QComboBox>(*dialog, "cboDSO")->setCurrentIndex(0);
+  Channels(*dialog, 1)->click();
+  Find<QPushButton>(*dialog, "cmdOk")->click();
+  EXPECT_EQ(store_.Find("Setup", "DSO"), "0");
+  EXPECT_EQ(store_.Find("Setup", "Channels"), "4");
+}
+
+TEST_F(FrmSettingsTest, OkWithNoAlgorithmSelectedStoresZero) {
+  store_.Set("FFT", "Algo", "x");
+  algorithm_ = 0;  // what start-up reads from "x"
+  auto dialog = Open();
+  Find<QPushButton>(*dialog, "cmdOk")->click();
+  EXPECT_EQ(store_.Find("FFT", "Algo"), "0");
+  EXPECT_EQ(algorithm_, 0);
+}
+
+TEST_F(FrmSettingsTest, CancelChangesNothingButTheChannelCountReadAtOpening) {
+  store_.Set("Setup", "Channels", "4");
+  store_.Set("Setup", "VISA", "old");
+  scope_.ChannelCount = 2;
+  const int writes_before = store_.writes();
+  auto dialog = Open();
+  Find<QLineEdit>(*dialog, "txtVISA")->setText("new");
+  Channels(*dialog, 0)->click();
+  Find<QCheckBox>(*dialog, "chkDVM")->click();
+  Fft(*dialog, 2)->click();
+  Find<QPushButton>(*dialog, "cmdCancel")->click();
+  EXPECT_EQ(dialog->result(), QDialog::Rejected);
+  EXPECT_EQ(store_.writes(), writes_before);
+  EXPECT_EQ(address_, "");
+  EXPECT_EQ(algorithm_, 2);
+  EXPECT_FALSE(scope_.HasDvm);
+  EXPECT_EQ(scope_.ChannelCount, 4);  // read while opening, kept
+}
+
+TEST_F(FrmSettingsTest, OddStoredChannelCountsAndModelsAreReadSafely) {
+  const struct {
+    const char* channels;
+    const char* model;
+    int count;
+    int model_index;
+  } cases[] = {{"3", "5", 2, -1}, {"abc", "-1", 2, -1}, {"4.0", "1", 4, 1}, {"", "x", 2, 0}};
+  for (const auto& c : cases) {
+    store_.Set("Setup", "Channels", c.channels);
+    store_.Set("Setup", "DSO", c.model);
+    auto dialog = Open();
+    EXPECT_EQ(scope_.ChannelCount, c.count) << c.channels;
+    EXPECT_EQ(Channels(*dialog, c.count == 4 ? 1 : 0)->isChecked(), true) << c.channels;
+    EXPECT_EQ(Find<QComboBox>(*dialog, "cboDSO")->currentIndex(), c.model_index) << c.model;
+  }
+}
+
+}  // namespace
+}  // namespace quarvelo::dialogs

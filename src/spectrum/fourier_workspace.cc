@@ -16,6 +16,13 @@ void FourierWorkspace::AllocateTransformArrays(std::int32_t n) {
   Zeroed(ImagOutput, n);
 }
 
+bool FourierWorkspace::HasLength(std::int32_t n) const {
+  const auto size = static_cast<std::size_t>(n) + 1;
+  return n >= 0 && RealInput.size() == size && ImagInput.size() == size &&
+         RealOutput.size() == size && ImagOutput.size() == size && TwiddleAlpha.size() == size &&
+         TwiddleBeta.size() == size;
+}
+
 void FourierWorkspace::AllocateAll(std::int32_t n) {
   AllocateTransformArrays(n);
   if (prepared_length == n && TwiddleAlpha.size() == RealInput.size() &&

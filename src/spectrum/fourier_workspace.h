@@ -25,6 +25,9 @@ struct FourierWorkspace {
   // their values: `PrepareTwiddles` would write the same numbers into them again.
   void AllocateAll(std::int32_t n);
 
+  // All six arrays hold 0..n.
+  bool HasLength(std::int32_t n) const;
+
   // Engine bookkeeping, not part of the arrays' meaning.
   std::int32_t prepared_length = -1;  // length of the prepared twiddle tables, -1 = none
   bool prepared_inverse = false;

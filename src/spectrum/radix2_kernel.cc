@@ -26,6 +26,40 @@ std::uint32_t Reverse32(std::uint32_t x) {
   return (x >> 16) | (x << 16);
 }
 
+// Calls move(i, reverse(i)) for every i < n = 2^bits. A plain loop over i writes all over a
+// large array; here the index is split into high, middle and low parts of kTileBits,
+// bits - 2 * kTileBits and kTileBits bits, and for one middle part the 2^kTileBits rows of
+// 2^kTileBits neighbours that map onto each other are moved together, so that every cache
+// line read or written is used whole.
+constexpr int kTileBits = 5;
+
+template <typename Move>
+void BitReverseTiled(std::size_t n, int bits, Move move) {
+  const int shift = 32 - bits;
+  if (bits < 2 * kTileBits + 1) {
+    for (std::size_t i = 0; i < n; ++i) move(i, Reverse32(static_cast<std::uint32_t>(i)) >> shift);
+    return;
+  }
+  constexpr std::size_t kTile = std::size_t{1} << kTileBits;
+  const int middle_bits = bits - 2 * kTileBits;
+  const int high_shift = bits - kTileBits;
+  std::size_t reverse_low[kTile];
+  for (std::size_t y = 0; y < kTile; ++y) {
+    reverse_low[y] =
+        static_cast<std::size_t>(Reverse32(static_cast<std::uint32_t>(y)) >> (32 - kTileBits));
+  }
+  const std::size_t middles = std::size_t{1} << middle_bits;
+  for (std::size_t m = 0; m < middles; ++m) {
+    const std::size_t reverse_middle =
+        static_cast<std::size_t>(Reverse32(static_cast<std::uint32_t>(m)) >> (32 - middle_bits));
+    for (std::size_t x = 0; x < kTile; ++x) {
+      const std::size_t from = (x << high_shift) | (m << kTileBits);
+      const std::size_t to = (reverse_middle << kTileBits) | reverse_low[x];
+      for (std::size_t y = 0; y < kTile; ++y) move(from + y, to | (reverse_low[y] << high_shift));
+    }
+  }
+}
+
 // One butterfly on (x[j], x[k]) with twiddle (wr, wi).
 inline void Butterfly(double* re, double* im, std::size_t j, std::size_t k, double wr, double wi) {
   const double t_re = wr * re[k] - wi * im[k];
@@ -129,22 +163,16 @@ void StageTwiddles::Reserve(std::size_t n) {
 }
 
 void BitReverseCopyReal(const double* in, double* out_re, double* out_im, std::size_t n, int bits) {
-  const int shift = 32 - bits;
-  for (std::size_t i = 0; i < n; ++i) {
-    const std::size_t j = Reverse32(static_cast<std::uint32_t>(i)) >> shift;
-    out_re[j] = in[i];
-  }
+  BitReverseTiled(n, bits, [&](std::size_t from, std::size_t to) { out_re[to] = in[from]; });
   std::fill(out_im, out_im + n, 0.0);
 }
 
 void BitReverseCopyComplex(const std::complex<double>* in, double* out_re, double* out_im,
                            std::size_t n, int bits) {
-  const int shift = 32 - bits;
-  for (std::size_t i = 0; i < n; ++i) {
-    const std::size_t j = Reverse32(static_cast<std::uint32_t>(i)) >> shift;
-    out_re[j] = in[i].real();
-    out_im[j] = in[i].imag();
-  }
+  BitReverseTiled(n, bits, [&](std::size_t from, std::size_t to) {
+    out_re[to] = in[from].real();
+    out_im[to] = in[from].imag();
+  });
 }
 
 void RunButterflyStages(double* re, double* im, std::size_t n, const StageTwiddles& twiddles) {

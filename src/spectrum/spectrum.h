@@ -43,17 +43,25 @@ class SpectrumHistory {
   bool Contains(std::int32_t point, std::int32_t pass) const {
     return point >= 0 && point < points_ && pass >= 0 && pass < passes_;
   }
-  double& At(std::int32_t point, std::int32_t pass) {
-    return levels_[static_cast<std::size_t>(pass) * points_ + point];
-  }
   double At(std::int32_t point, std::int32_t pass) const {
     return levels_[static_cast<std::size_t>(pass) * points_ + point];
   }
+  void Set(std::int32_t point, std::int32_t pass, double level);
+  // The levels of one pass, for writing; `pass` must be valid.
+  double* Pass(std::int32_t pass);
+  // means[i] = (sum of passes 1..pass of point i) / pass, for points first..last, summed in
+  // pass order. An averaging run that fills its passes in order adds one pass per call
+  // instead of summing them all again; the result is the same.
+  void Means(std::int32_t pass, std::int32_t first, std::int32_t last, double* means);
 
  private:
+  void Invalidate(std::int32_t pass);
+
   std::int32_t points_ = 0;
   std::int32_t passes_ = 0;
   std::vector<double> levels_;
+  std::vector<double> sums_;        // per point, the sum of passes 1..summed_passes_
+  std::int32_t summed_passes_ = 0;  // -1: the sums are out of date
 };
 
 // What the averaging driver remembers of the run before, to keep the shown range.

@@ -6,6 +6,7 @@
 
 #include "display/format.h"
 #include "platform/text/number_parse.h"
+#include "spectrum/bit_index.h"
 #include "spectrum/window_function.h"
 
 namespace quarvelo::spectrum {
@@ -133,7 +134,9 @@ void SpectrumAnalyzer::PrepareEngine() {
       fourier_.SetNumberOfSamples(n);  // a refused length leaves the engine as it was
       break;
     case kModuleFft:
-      workspace_.AllocateAll(n);
+      // A workspace of this length needs no clearing: the input fill writes every input and
+      // the transform every output it reads; the twiddle tables are still right.
+      if (!IsPowerOf2(n) || !workspace_.HasLength(n)) workspace_.AllocateAll(n);
       break;
     case kDft:
       workspace_.AllocateTransformArrays(n);
@@ -159,9 +162,15 @@ void SpectrumAnalyzer::FillInput(int channel, std::int32_t offset) {
     }
     return;
   }
-  last = std::min<std::int64_t>(last, std::ssize(workspace_.RealInput) - 1);
-  double* input = workspace_.RealInput.data();
-  for (std::int64_t i = first; i <= last; ++i) input[i] = volts[offset + i] * weights[i];
+  std::vector<double>& input = workspace_.RealInput;
+  last = std::min<std::int64_t>(last, std::ssize(input) - 1);
+  // Inputs without a sample are zero.
+  std::fill(input.begin(), input.begin() + std::clamp<std::int64_t>(first, 0, std::ssize(input)),
+            0.0);
+  std::fill(input.begin() + std::clamp<std::int64_t>(last + 1, 0, std::ssize(input)), input.end(),
+            0.0);
+  double* x = input.data();
+  for (std::int64_t i = first; i <= last; ++i) x[i] = volts[offset + i] * weights[i];
 }
 
 void SpectrumAnalyzer::RunEngine() {
@@ -209,49 +218,63 @@ std::optional<double> SpectrumAnalyzer::PointMagnitude(std::int32_t point) {
   return std::sqrt(re * re + im * im);
 }
 
-void SpectrumAnalyzer::ComputeLevels(const FftSettings& settings, double half_rate) {
+void SpectrumAnalyzer::StorePassLevels(const FftSettings& settings, std::int32_t last) {
   const std::int32_t n = spectrum_.TransformLength;
-  const std::int32_t points = PointCount(n);
-  const double denominator = n / 2.0 + 1;
   // RMS volts of a bin: exact for a sine under the Hanning window (coherent gain 0.5).
   const double to_rms = (std::sqrt(2.0) / 2) / (n / 4.0);
-  const std::int32_t slot = spectrum_.AverageSlot;
-  SpectrumHistory& history = spectrum_.History;
+  double* levels = spectrum_.History.Pass(spectrum_.AverageSlot);
+  const int unit = settings.SpectrumUnit;
+  // A level that cannot be computed (the logarithm of zero, a bin the engine did not make)
+  // keeps the value the pass already holds.
+  const auto store = [&](std::int32_t i, double magnitude) {
+    const double v = magnitude * to_rms;
+    if (unit == kUnitVoltsRms) {
+      levels[i] = v;
+    } else if (v > 0 && std::isfinite(v)) {
+      if (unit == kUnitDbv) levels[i] = 20 * std::log10(v);
+      if (unit == kUnitDbm) levels[i] = 10 * std::log10((v * v / 50) / 0.001);
+    }
+  };
+  if (spectrum_.Algorithm == kObjectFft) {
+    for (std::int32_t i = 1; i <= last; ++i) {
+      if (const std::optional<double> magnitude = PointMagnitude(i)) store(i, *magnitude);
+    }
+    return;
+  }
+  const std::int64_t outputs =
+      std::min(std::ssize(workspace_.RealOutput), std::ssize(workspace_.ImagOutput));
+  const auto computed = static_cast<std::int32_t>(std::min<std::int64_t>(last, outputs - 1));
+  const double* re = workspace_.RealOutput.data();
+  const double* im = workspace_.ImagOutput.data();
+  for (std::int32_t i = 1; i <= computed; ++i) store(i, std::sqrt(re[i] * re[i] + im[i] * im[i]));
+}
+
+void SpectrumAnalyzer::ComputeLevels(const FftSettings& settings, double half_rate) {
+  const std::int32_t n = spectrum_.TransformLength;
+  const double denominator = n / 2.0 + 1;
   std::vector<double>& level = spectrum_.SpectrumLevel;
   std::vector<double>& frequency = spectrum_.SpectrumFrequency;
-  const auto stored = static_cast<std::int32_t>(std::min(level.size(), frequency.size()));
+  const auto size = static_cast<std::int32_t>(std::min(level.size(), frequency.size()));
+  // Points 1..round(N/2 + 1), as far as the arrays hold them; everything else reads zero.
+  const std::int32_t last = std::min(PointCount(n), size - 1);
+  std::fill(level.begin(), level.end(), 0.0);
+  std::fill(frequency.begin(), frequency.end(), 0.0);
+  if (last < 1) return;
+  for (std::int32_t i = 1; i <= last; ++i) frequency[i] = i / denominator * half_rate;
+
+  SpectrumHistory& history = spectrum_.History;
+  const std::int32_t slot = spectrum_.AverageSlot;
+  if (slot >= 1 && slot < history.passes()) {
+    const std::int32_t stored = std::min(last, history.points() - 1);
+    StorePassLevels(settings, stored);
+    // Averaging happens in the displayed unit: dB levels are averaged as dB.
+    history.Means(slot, 1, stored, level.data());
+  }
   spectrum_.LevelTop = -5000;
   spectrum_.LevelBottom = 5000;
-  for (std::int32_t i = 1; i <= points; ++i) {
-    if (i >= stored) break;  // points beyond the arrays cannot be stored
-    frequency[i] = i / denominator * half_rate;
-    const bool in_history = slot >= 1 && history.Contains(i, slot);
-    if (const std::optional<double> magnitude = PointMagnitude(i); magnitude && in_history) {
-      const double v = *magnitude * to_rms;
-      // A level that cannot be computed (the logarithm of zero) keeps the pass's old value.
-      switch (settings.SpectrumUnit) {
-        case kUnitDbv:
-          if (v > 0 && std::isfinite(v)) history.At(i, slot) = 20 * std::log10(v);
-          break;
-        case kUnitDbm:
-          if (v > 0 && std::isfinite(v))
-            history.At(i, slot) = 10 * std::log10((v * v / 50) / 0.001);
-          break;
-        case kUnitVoltsRms:
-          history.At(i, slot) = v;
-          break;
-        default:
-          break;
-      }
-    }
-    if (!in_history) continue;
-    double sum = 0;
-    for (std::int32_t k = 1; k <= slot; ++k) sum += history.At(i, k);
-    level[i] = sum / slot;
-    if (i > 1) {
-      if (level[i] > spectrum_.LevelTop) spectrum_.LevelTop = level[i];
-      if (level[i] < spectrum_.LevelBottom) spectrum_.LevelBottom = level[i];
-    }
+  for (std::int32_t i = 2; i <= last; ++i) {  // point 1 never sets the range
+    if (level[i] > spectrum_.LevelTop) spectrum_.LevelTop = level[i];
+    if (level[i] < spectrum_.LevelBottom) spectrum_.LevelBottom = level[i];
   }
 }
 
@@ -286,8 +309,9 @@ void SpectrumAnalyzer::ComputeSpectrum(int channel, std::int32_t offset,
   if (n <= 0) {
     ui_.ShowMessage("No data", ui::MessageIcon::kCritical, ui::MessageButtons::kOk);
   } else {
-    spectrum_.SpectrumLevel.assign(static_cast<std::size_t>(n) + 1, 0.0);
-    spectrum_.SpectrumFrequency.assign(static_cast<std::size_t>(n) + 1, 0.0);
+    // Every entry is written below: resizing to the same length costs nothing.
+    spectrum_.SpectrumLevel.resize(static_cast<std::size_t>(n) + 1);
+    spectrum_.SpectrumFrequency.resize(static_cast<std::size_t>(n) + 1);
     if (spectrum_.AverageSlot == 1) BuildWindow(channel, settings);
     PrepareEngine();
     FillInput(channel, offset);

@@ -64,6 +64,8 @@ class SpectrumAnalyzer {
   void RunEngine();
   void ApplyUpperLimit(const FftSettings& settings, double half_rate);
   void ComputeLevels(const FftSettings& settings, double half_rate);
+  // Writes this pass's level of points 1..last into the history.
+  void StorePassLevels(const FftSettings& settings, std::int32_t last);
   void SetVerticalRange(int channel, const FftSettings& settings);
   std::optional<double> PointMagnitude(std::int32_t point);
   // Grows the channel's storage to index 2^exponent and zeroes it from the record's end.

@@ -349,6 +349,26 @@ TEST_F(SpectrumAnalyzerTest, SamplesOutsideTheStorageReadAsZero) {
   EXPECT_TRUE(spectrum_.SpectrumReady);
 }
 
+TEST_F(SpectrumAnalyzerTest, ReusedWorkspaceGivesTheSameSpectrumAsAFreshOne) {
+  // Pass 1 fills every input; pass 2 of the same length has samples for a few only. The
+  // inputs it has no sample for must not keep pass 1's values.
+  const std::int32_t n = 512;
+  UseRecord(n, Sine(n + 2, 1.0, 30, n), kModuleFft);
+  settings_.SpectrumUnit = kUnitVoltsRms;
+  analyzer_.ComputeSpectrum(1, 1, settings_);
+  store_.SetRecord(1, Sine(100, 0.5, 7, 100));
+  analyzer_.ComputeSpectrum(1, 1, settings_);
+
+  Spectrum fresh_spectrum = spectrum_;
+  FourierWorkspace fresh_workspace;
+  clsFourier fresh_fourier;
+  SpectrumAnalyzer fresh(fresh_spectrum, fresh_workspace, fresh_fourier, store_, host_, ui_,
+                         stop_requested_);
+  fresh.ComputeSpectrum(1, 1, settings_);
+  EXPECT_EQ(spectrum_.SpectrumLevel, fresh_spectrum.SpectrumLevel);
+  EXPECT_EQ(workspace_.RealOutput, fresh_workspace.RealOutput);
+}
+
 TEST_F(SpectrumAnalyzerTest, MixedDomainSpectrumOfTheShownSamples) {
   store_.SetRecord(1, Sine(5000, 1.0, 100, 1000));
   spectrum_.SpectrumChannel = 1;

@@ -260,6 +260,23 @@ TEST_P(FormatScanTest, FlushAfterTimeoutDiscardsTheLateReply) {
   EXPECT_STREQ(text, "GOOD\n");
 }
 
+TEST_P(FormatScanTest, BlockInterruptedByTimeoutIsSkippedByItsLength) {
+  // The late rest of the block holds LF bytes; only the header's length says where it ends.
+  const std::string stream = Block(std::string(100, '\n')) + "\n";
+  FakeTransport transport(socket());
+  transport.Add(stream.substr(0, 30), false);
+  MessageReader reader(&transport);
+  std::vector<char> area(100);
+  ViInt32 count = 100;
+  ASSERT_EQ(Scan(&reader, "%#b", &count, area.data()), VI_ERROR_TMO);
+  transport.Add(stream.substr(30), !socket());
+  transport.Add("NEXT\n", !socket());
+  EXPECT_EQ(reader.DiscardResponse(), VI_SUCCESS);
+  char next[16] = {};
+  ASSERT_EQ(Scan(&reader, "%t", next), VI_SUCCESS);
+  EXPECT_STREQ(next, "NEXT\n");
+}
+
 TEST_P(FormatScanTest, FlushAfterTimeoutWithNoLateReplyDoesNotFail) {
   FakeTransport transport(socket());
   MessageReader reader(&transport);

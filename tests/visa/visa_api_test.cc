@@ -42,6 +42,9 @@ TEST(VisaApi, OpenArgumentErrors) {
   EXPECT_EQ(viOpen(rm, nullptr, VI_NO_LOCK, 100, &vi), VI_ERROR_INV_RSRC_NAME);
   EXPECT_EQ(viOpen(rm, "TCPIP::h::1::SOCKET", 0x100, 100, &vi), VI_ERROR_INV_ACC_MODE);
   EXPECT_EQ(viOpen(rm + 1000, "TCPIP::h::1::SOCKET", VI_NO_LOCK, 100, &vi), VI_ERROR_INV_OBJECT);
+  // Enumerates the USB bus for real; no instrument has this serial number.
+  EXPECT_EQ(viOpen(rm, "USB0::0x0957::0x1797::NO-SUCH-SERIAL::0::INSTR", VI_NO_LOCK, 100, &vi),
+            VI_ERROR_RSRC_NFOUND);
   viClose(rm);
 }
 

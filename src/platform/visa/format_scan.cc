@@ -458,6 +458,10 @@ Step Scanner::ScanBlock(const FormatSpec& spec) {
     }
   }
   report(got / size);
+  if (status == VI_ERROR_TMO) {
+    // The rest may still come; it is block data (LF in it is no end), so skip it by length.
+    reader_->DeferBlockBytes(length - got);
+  }
   if (status < VI_SUCCESS) return {status, false};
   if (got < keep) return {VI_ERROR_IO, false};  // END before the announced length
   if (length > keep) {

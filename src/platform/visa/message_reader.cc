@@ -45,8 +45,14 @@ ViStatus MessageReader::Fill() {
   tail_ = 0;
   chunk_ended_ = false;
   ReadResult result;
-  const ViStatus status = transport_->Read(buffer_, DeadlineAfter(timeout_ms_), &result);
-  if (status < VI_SUCCESS) return HandleReadError(status);
+  const Deadline deadline = DeadlineAfter(timeout_ms_);
+  for (;;) {
+    const ViStatus status = transport_->Read(buffer_, deadline, &result);
+    if (status < VI_SUCCESS) return HandleReadError(status);
+    if (result.count > 0 || result.end) break;
+    // A transport that keeps returning nothing must not keep the caller past the time-out.
+    if (Clock::now() >= deadline) return HandleReadError(VI_ERROR_TMO);
+  }
   tail_ = std::min(result.count, buffer_.size());
   chunk_ended_ = result.end && tail_ > 0;
   if (tail_ == 0) {

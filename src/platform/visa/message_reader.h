@@ -40,9 +40,12 @@ class MessageReader {
   // from the transport into `out`. Stops early (with *count short) only when END arrives.
   ViStatus ReadBinary(std::span<std::byte> out, std::size_t* count);
 
-  // The rest of a binary block that the caller's area could not hold; discarded by the next
-  // DiscardResponse.
-  void DeferBlockBytes(std::uint64_t count) { deferred_block_bytes_ += count; }
+  // The rest of a binary block that the caller's area could not hold (or that had not come
+  // when a read timed out); discarded by length by the next DiscardResponse. Ignored once the
+  // message has ended, since nothing of it can follow.
+  void DeferBlockBytes(std::uint64_t count) {
+    if (!at_boundary_) deferred_block_bytes_ += count;
+  }
 
   // Raw read (viRead): what is buffered first, then the transport; stops at END, at LF when
   // the transport has no END, or when `out` is full.

@@ -7,6 +7,7 @@
 #include <poll.h>
 #include <sys/eventfd.h>
 #include <sys/socket.h>
+#include <sys/uio.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -160,6 +161,42 @@ IoResult WriteAll(int fd, std::span<const std::byte> data, const StopSignal& sto
       continue;
     }
     return IoResult::kClosed;
+  }
+  return IoResult::kOk;
+}
+
+IoResult WriteAllParts(int fd, std::span<const std::span<const std::byte>> parts,
+                       const StopSignal& stop, ServerDeadline deadline) {
+  constexpr std::size_t kMaxParts = 8;
+  std::size_t part = 0;
+  std::size_t offset = 0;  // into parts[part]
+  while (part < parts.size()) {
+    iovec vectors[kMaxParts];
+    std::size_t used = 0;
+    for (std::size_t i = part; i < parts.size() && used < kMaxParts; ++i) {
+      const std::size_t skip = i == part ? offset : 0;
+      vectors[used].iov_base = const_cast<std::byte*>(parts[i].data() + skip);
+      vectors[used].iov_len = parts[i].size() - skip;
+      ++used;
+    }
+    msghdr message{};
+    message.msg_iov = vectors;
+    message.msg_iovlen = used;
+    const ssize_t n = sendmsg(fd, &message, MSG_NOSIGNAL);
+    if (n < 0 && errno == EINTR) continue;
+    if (n < 0 && (errno == EAGAIN || errno == EWOULDBLOCK)) {
+      const IoResult waited = WaitFor(fd, POLLOUT, stop, deadline);
+      if (waited != IoResult::kOk) return waited;
+      continue;
+    }
+    if (n < 0) return IoResult::kClosed;
+    std::size_t sent = static_cast<std::size_t>(n);
+    while (part < parts.size() && sent >= parts[part].size() - offset) {
+      sent -= parts[part].size() - offset;
+      offset = 0;
+      ++part;
+    }
+    offset += sent;
   }
   return IoResult::kOk;
 }

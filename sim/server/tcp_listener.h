@@ -61,6 +61,10 @@ IoResult ReadExact(int fd, std::span<std::byte> buffer, const StopSignal& stop,
                    ServerDeadline deadline);
 IoResult WriteAll(int fd, std::span<const std::byte> data, const StopSignal& stop,
                   ServerDeadline deadline);
+// Writes several buffers as one stream with as few system calls as possible (a header and a
+// large payload go out without first being copied together).
+IoResult WriteAllParts(int fd, std::span<const std::span<const std::byte>> parts,
+                       const StopSignal& stop, ServerDeadline deadline);
 
 // Binds and listens (TCP) or binds (UDP) on `bind_address`:`port`; port 0 picks a free one.
 // Returns an invalid socket and fills `error` on failure.

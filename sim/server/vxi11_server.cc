@@ -48,8 +48,10 @@ class Vxi11Session {
                const StopSignal& stop, std::atomic<std::int32_t>& next_lid)
       : handler_(handler), options_(options), fd_(fd), stop_(stop), next_lid_(next_lid) {}
 
-  // Answers one record. Returns false when the connection must close (after `reply`).
-  bool HandleRecord(std::span<const std::byte> record, xdr::Writer* reply, bool* has_reply);
+  // Answers one record: the reply's RPC header and, for a successful call, the procedure's
+  // results. Returns false when the connection must close (after the reply).
+  bool HandleRecord(std::span<const std::byte> record, xdr::Writer* reply, xdr::Writer* results,
+                    bool* has_reply);
 
  private:
   struct PendingReply {
@@ -81,7 +83,7 @@ class Vxi11Session {
 };
 
 bool Vxi11Session::HandleRecord(std::span<const std::byte> record, xdr::Writer* reply,
-                                bool* has_reply) {
+                                xdr::Writer* results, bool* has_reply) {
   *has_reply = false;
   xdr::Reader in(record);
   rpc::CallHeader call;
@@ -101,7 +103,7 @@ bool Vxi11Session::HandleRecord(std::span<const std::byte> record, xdr::Writer* 
                           vxi11::kCoreVersion);
     return true;
   }
-  xdr::Writer results;
+  xdr::Writer outcome;
   bool known_procedure = true;
   bool garbage = false;
   switch (call.procedure) {
@@ -120,7 +122,7 @@ bool Vxi11Session::HandleRecord(std::span<const std::byte> record, xdr::Writer* 
     case vxi11::kDestroyLink:
     case vxi11::kCreateIntrChan:
     case vxi11::kDestroyIntrChan:
-      garbage = !Dispatch(call.procedure, in, results);
+      garbage = !Dispatch(call.procedure, in, outcome);
       break;
     default:
       known_procedure = false;
@@ -132,7 +134,7 @@ bool Vxi11Session::HandleRecord(std::span<const std::byte> record, xdr::Writer* 
     rpc::PutAcceptedReply(*reply, call.xid, rpc::AcceptStat::kGarbageArgs);
   } else {
     rpc::PutAcceptedReply(*reply, call.xid, rpc::AcceptStat::kSuccess);
-    reply->PutRaw(results.bytes());
+    *results = std::move(outcome);
   }
   const bool keep_open = !drop_after_reply_;
   drop_after_reply_ = false;
@@ -389,12 +391,18 @@ void Vxi11Server::Serve(Socket connection) {
     }
     const xdr::Bytes record = assembler.PopRecord();
     xdr::Writer reply;
+    xdr::Writer results;
     bool has_reply = false;
-    const bool keep_open = session.HandleRecord(record, &reply, &has_reply);
+    const bool keep_open = session.HandleRecord(record, &reply, &results, &has_reply);
     if (has_reply) {
-      xdr::Bytes framed;
-      rpc::AppendRecord(reply.bytes(), &framed);
-      if (WriteAll(connection.fd(), framed, stop_, ServerClock::now() + kWriteTimeout) !=
+      // One fragment: the record mark, the RPC header, then the results straight from
+      // where they were encoded.
+      const std::size_t length = reply.bytes().size() + results.bytes().size();
+      xdr::Writer mark;
+      mark.PutUint32(rpc::kLastFragment | static_cast<std::uint32_t>(length));
+      mark.PutRaw(reply.bytes());
+      const std::span<const std::byte> parts[] = {mark.bytes(), results.bytes()};
+      if (WriteAllParts(connection.fd(), parts, stop_, ServerClock::now() + kWriteTimeout) !=
           IoResult::kOk) {
         return;
       }

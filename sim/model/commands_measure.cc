@@ -1,0 +1,192 @@
+// Automatic measurements and the voltmeter, computed from the channel's signal as shown.
+#include <algorithm>
+#include <cmath>
+#include <numeric>
+#include <string>
+#include <vector>
+
+#include "sim/model/channel_data.h"
+#include "sim/model/command_table.h"
+#include "sim/scpi/header_pattern.h"
+#include "sim/scpi/number_text.h"
+
+namespace quarvelo::sim {
+namespace {
+
+constexpr double kNoValue = 9.9e37;
+constexpr size_t kMeasurePoints = 10000;
+
+std::string ValueText(double value) { return value >= kNoValue ? "+9.9E+37" : FormatNr3(value, 5); }
+
+// A channel source mnemonic as the instrument replies it, or "" when it is not one.
+std::string SourceMnemonic(const InstrumentState& state, const std::string& word) {
+  std::vector<HeaderNode> nodes = ParseProgramMessage(":" + word).front().nodes;
+  std::vector<int> instances;
+  SuffixLimits limits = state.config.suffix_limits();
+  struct Choice {
+    const char* pattern;
+    const char* reply;
+  };
+  for (Choice choice :
+       {Choice{"CHANnel#C", "CHAN"}, Choice{"WMEMory#2", "WMEM"}, Choice{"FUNCtion", "FUNC"},
+        Choice{"MATH", "MATH"}, Choice{"EXTernal", "EXT"}, Choice{"NONE", "NONE"}}) {
+    if (HeaderPattern(choice.pattern).Match(nodes, limits, &instances) == MatchResult::kMatch) {
+      return std::string(choice.reply) + (instances.empty() ? "" : std::to_string(instances[0]));
+    }
+  }
+  return "";
+}
+
+struct Statistics {
+  double minimum = 0, maximum = 0, mean = 0, rms = 0, ac_rms = 0;
+};
+
+Statistics Measure(const InstrumentState& state, int channel, double t0, double span) {
+  std::vector<double> volts =
+      ChannelVolts(state, channel, t0, span / kMeasurePoints, kMeasurePoints);
+  Statistics result;
+  auto [low, high] = std::minmax_element(volts.begin(), volts.end());
+  result.minimum = *low;
+  result.maximum = *high;
+  result.mean = std::accumulate(volts.begin(), volts.end(), 0.0) / volts.size();
+  double squares = 0;
+  for (double value : volts) squares += value * value;
+  result.rms = std::sqrt(squares / volts.size());
+  result.ac_rms = std::sqrt(std::max(0.0, result.rms * result.rms - result.mean * result.mean));
+  return result;
+}
+
+// The measurement's source channel: a channel among the parameters, else the default source.
+int MeasuredChannel(const InstrumentState& state, const Call& call) {
+  for (const ScpiParameter& parameter : call.parameters) {
+    std::string source = SourceMnemonic(state, parameter.text);
+    if (!source.empty()) return ChannelOf(source);
+  }
+  return ChannelOf(state.measure_source1);
+}
+
+template <typename Pick>
+int ScreenMeasurement(InstrumentState& state, const Call& call, std::string* reply, Pick pick) {
+  int channel = MeasuredChannel(state, call);
+  if (channel == 0 || !state.settings.Flag(":CHANnel#C:DISPlay", channel)) {
+    *reply = ValueText(kNoValue);
+    return 0;
+  }
+  double timebase = state.settings.Number(":TIMebase:SCALe");
+  double left = CurrentGeometry(state).screen_left;
+  bool ac = false;
+  for (const ScpiParameter& parameter : call.parameters) {
+    if (MnemonicMatches("AC", parameter.text)) ac = true;
+  }
+  *reply = ValueText(pick(Measure(state, channel, left, 10 * timebase), ac));
+  return 0;
+}
+
+double PeriodOnScreen(const InstrumentState& state, int channel) {
+  double period = ChannelInput(state, channel).RepetitionPeriod();
+  double screen = 10 * state.settings.Number(":TIMebase:SCALe");
+  return period > 0 && period <= screen ? period : 0;
+}
+
+int Vrms(InstrumentState& s, const Call& c, std::string* r) {
+  return ScreenMeasurement(s, c, r,
+                           [](const Statistics& m, bool ac) { return ac ? m.ac_rms : m.rms; });
+}
+int Vpp(InstrumentState& s, const Call& c, std::string* r) {
+  return ScreenMeasurement(s, c, r,
+                           [](const Statistics& m, bool) { return m.maximum - m.minimum; });
+}
+int Vmax(InstrumentState& s, const Call& c, std::string* r) {
+  return ScreenMeasurement(s, c, r, [](const Statistics& m, bool) { return m.maximum; });
+}
+int Vmin(InstrumentState& s, const Call& c, std::string* r) {
+  return ScreenMeasurement(s, c, r, [](const Statistics& m, bool) { return m.minimum; });
+}
+int Vaverage(InstrumentState& s, const Call& c, std::string* r) {
+  return ScreenMeasurement(s, c, r, [](const Statistics& m, bool) { return m.mean; });
+}
+int Frequency(InstrumentState& state, const Call& call, std::string* reply) {
+  double period = PeriodOnScreen(state, MeasuredChannel(state, call));
+  *reply = ValueText(period > 0 ? 1.0 / period : kNoValue);
+  return 0;
+}
+int Period(InstrumentState& state, const Call& call, std::string* reply) {
+  double period = PeriodOnScreen(state, MeasuredChannel(state, call));
+  *reply = ValueText(period > 0 ? period : kNoValue);
+  return 0;
+}
+// The command forms install a measurement on the screen; the simulator only checks them.
+int Install(InstrumentState& state, const Call& call, std::string*) {
+  for (const ScpiParameter& parameter : call.parameters) {
+    const std::string& word = parameter.text;
+    bool known = !SourceMnemonic(state, word).empty() || MnemonicMatches("DISPlay", word) ||
+                 MnemonicMatches("CYCLe", word) || MnemonicMatches("AC", word) ||
+                 MnemonicMatches("DC", word);
+    if (!known) return -224;
+  }
+  return 0;
+}
+int Clear(InstrumentState&, const Call&, std::string*) { return 0; }
+
+int SourceSet(InstrumentState& state, const Call& call, std::string*) {
+  if (call.parameters.empty()) return -109;
+  if (call.parameters.size() > 2) return -108;
+  std::string first = SourceMnemonic(state, call.parameters[0].text);
+  if (first.empty() || first == "NONE") return -224;
+  std::string second = state.measure_source2;
+  if (call.parameters.size() == 2) {
+    second = SourceMnemonic(state, call.parameters[1].text);
+    if (second.empty()) return -224;
+  }
+  state.measure_source1 = first;
+  state.measure_source2 = second;
+  return 0;
+}
+int SourceQuery(InstrumentState& state, const Call&, std::string* reply) {
+  *reply = state.measure_source1 + "," + state.measure_source2;
+  return 0;
+}
+
+// The voltmeter reads over many periods (or ten screens of a signal that does not repeat).
+int DvmCurrent(InstrumentState& state, const Call&, std::string* reply) {
+  if (!state.settings.Flag(":DVM:ENABle")) {
+    *reply = ValueText(kNoValue);
+    return 0;
+  }
+  int channel = ChannelOf(state.settings.Text(":DVM:SOURce"));
+  const std::string& mode = state.settings.Text(":DVM:MODE");
+  double period = ChannelInput(state, channel).RepetitionPeriod();
+  if (mode == "FREQ") {
+    *reply = ValueText(period > 0 ? 1.0 / period : kNoValue);
+    return 0;
+  }
+  double span = period > 0 ? 20 * period : 100 * state.settings.Number(":TIMebase:SCALe");
+  Statistics m = Measure(state, channel, 0, span);
+  *reply = ValueText(mode == "ACRM" ? m.ac_rms : mode == "DCRM" ? m.rms : m.mean);
+  return 0;
+}
+int DvmFrequency(InstrumentState& state, const Call&, std::string* reply) {
+  int channel = ChannelOf(state.settings.Text(":DVM:SOURce"));
+  double period = ChannelInput(state, channel).RepetitionPeriod();
+  bool enabled = state.settings.Flag(":DVM:ENABle");
+  *reply = ValueText(enabled && period > 0 ? 1.0 / period : kNoValue);
+  return 0;
+}
+
+}  // namespace
+
+void AddMeasureCommands(std::vector<CommandEntry>& table) {
+  table.push_back({HeaderPattern(":MEASure:SOURce"), SourceSet, SourceQuery});
+  table.push_back({HeaderPattern(":MEASure:VRMS"), Install, Vrms});
+  table.push_back({HeaderPattern(":MEASure:VPP"), Install, Vpp});
+  table.push_back({HeaderPattern(":MEASure:VMAX"), Install, Vmax});
+  table.push_back({HeaderPattern(":MEASure:VMIN"), Install, Vmin});
+  table.push_back({HeaderPattern(":MEASure:VAVerage"), Install, Vaverage});
+  table.push_back({HeaderPattern(":MEASure:FREQuency"), Install, Frequency});
+  table.push_back({HeaderPattern(":MEASure:PERiod"), Install, Period});
+  table.push_back({HeaderPattern(":MEASure:CLEar"), Clear, nullptr});
+  table.push_back({HeaderPattern(":DVM:CURRent"), nullptr, DvmCurrent, Option::kDvm});
+  table.push_back({HeaderPattern(":DVM:FREQuency"), nullptr, DvmFrequency, Option::kDvm});
+}
+
+}  // namespace quarvelo::sim

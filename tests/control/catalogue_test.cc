@@ -27,7 +27,13 @@ std::vector<std::string> Captions(std::span<const std::string_view> entries) {
   std::vector<std::string> captions;
   for (std::string_view id : entries) {
     const ToolDefinition* tool = FindTool(id);
-    captions.emplace_back(id == kSeparator ? "-" : tool ? tool->caption : "?" + std::string(id));
+    if (id == kSeparator) {
+      captions.emplace_back("-");
+    } else if (tool == nullptr) {
+      captions.emplace_back("unknown ").append(id);
+    } else {
+      captions.emplace_back(tool->caption);
+    }
   }
   return captions;
 }

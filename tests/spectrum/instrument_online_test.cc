@@ -1,0 +1,106 @@
+// The spectrum's and the time-base combo's commands through the real instrument link to the
+// in-process simulated oscilloscope over loopback TCP.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "display/time_base_control.h"
+#include "display/time_base_ladder.h"
+#include "link/instrument_link.h"
+#include "platform/settings/memory_settings_store.h"
+#include "platform/text/number_parse.h"
+#include "platform/text/number_text.h"
+#include "platform/ui/recording_ui.h"
+#include "sim/simulator.h"
+#include "spectrum/instrument_fft.h"
+
+namespace quarvelo::spectrum {
+namespace {
+
+class InstrumentOnlineTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    sim::SimulatorOptions options;
+    options.vxi11_port = -1;
+    options.portmapper_port = -1;
+    options.hislip_port = -1;
+    std::string error;
+    simulator_ = sim::Simulator::Start(options, &error);
+    ASSERT_NE(simulator_, nullptr) << error;
+    session_.Address = simulator_->SocketResource();
+    link_.OpenInstrument();
+    ASSERT_TRUE(session_.RemoteOn);
+    simulator_->ClearTraffic();
+  }
+  void TearDown() override {
+    if (session_.RemoteOn) link_.CloseInstrument();
+  }
+
+  InstrumentCommands Commands() {
+    InstrumentCommands commands;
+    commands.send_command = [this](std::string_view command) { link_.SendCommand(command); };
+    commands.query_string = [this](std::string_view query) { return link_.QueryString(query); };
+    return commands;
+  }
+  bool Received(std::string_view message) const {
+    const auto received = simulator_->ReceivedMessages();
+    return std::find(received.begin(), received.end(), message) != received.end();
+  }
+
+  std::unique_ptr<sim::Simulator> simulator_;
+  link::InstrumentSession session_;
+  link::StatusFlags flags_;
+  std::int16_t channel_count_ = 4;
+  bool has_dvm_ = true;
+  bool has_wgen_ = true;
+  bool tool_update_ = false;
+  ui::RecordingUi ui_;
+  ui::RecordingToolHost tools_;
+  settings::MemorySettingsStore settings_;
+  link::NoLinkHooks hooks_;
+  link::InstrumentLink link_{session_, flags_, {channel_count_, has_dvm_, has_wgen_, tool_update_},
+                             ui_,      tools_, settings_,
+                             hooks_};
+};
+
+TEST_F(InstrumentOnlineTest, AutoConfigFftSetsTheInstrumentsOwnFft) {
+  const double rate = text::LeadingNumber(simulator_->Execute(":ACQuire:SRATe?"));
+  ASSERT_GT(rate, 0);
+  const InstrumentFftReadings readings = ConfigureInstrumentFft(Commands(), ":FUNC1", 2, true);
+  EXPECT_DOUBLE_EQ(readings.SampleRate, rate / 1000);
+  EXPECT_DOUBLE_EQ(readings.TimebaseScale,
+                   text::LeadingNumber(simulator_->Execute(":TIMebase:SCALe?")));
+  EXPECT_TRUE(Received(":FUNC1:OPERation FFT"));
+  EXPECT_TRUE(Received(":FUNC1:SOURce1 CHAN2"));
+  EXPECT_EQ(simulator_->Execute(":FUNC1:OPERation?"), "FFT");
+  EXPECT_TRUE(Received(":FUNC1:FFT:CENTer " + text::WholeNumberText(rate / 4)));
+  EXPECT_DOUBLE_EQ(text::LeadingNumber(simulator_->Execute(":FUNC1:FFT:CENTer?")),
+                   std::nearbyint(rate / 4));
+  EXPECT_DOUBLE_EQ(text::LeadingNumber(simulator_->Execute(":FUNC1:FFT:SPAN?")),
+                   std::nearbyint(rate / 2));
+  EXPECT_TRUE(ui_.messages().empty());
+  EXPECT_TRUE(session_.RemoteOn);
+}
+
+TEST_F(InstrumentOnlineTest, EveryLadderTimeBaseReadsBackAsItsOwnEntry) {
+  // The instrument's reply to ":TIMebase:SCALe?" must select the entry that was sent, which
+  // needs the ladder's seconds and the reply's number to be the same double.
+  display::TimeBaseActions actions;
+  actions.send_command = [this](std::string_view command) { link_.SendCommand(command); };
+  tools_.SetComboItems(display::kTimeBaseComboId, display::TimeBaseLadder());
+  // The simulated 3000X, like the instrument, offers 5 ns/div to 50 s/div.
+  for (int i = 4; i < display::kTimeBaseLadderSize; ++i) {
+    tools_.SetComboIndex(display::kTimeBaseComboId, -1);
+    display::SetTimeBaseFromText(display::kTimeBaseLadder[i], false, actions, ui_);
+    const double seconds = text::LeadingNumber(link_.QueryString(":TIMebase:SCALe?"));
+    display::SetComboTimeBase(seconds, session_.RemoteOn, tools_);
+    EXPECT_EQ(tools_.ComboIndex(display::kTimeBaseComboId), i) << display::kTimeBaseLadder[i];
+  }
+}
+
+}  // namespace
+}  // namespace quarvelo::spectrum

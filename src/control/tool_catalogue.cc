@@ -147,7 +147,9 @@ constexpr std::array<ToolDefinition, kToolCount> kTools = {{
     {"ID_TGLINE", "Line", "", S, kTrigger, kTriggerSource},
     {"ID_TGWAV", "WaveGen", "", S, kTrigger, kTriggerSource},
     {"ID_TGMOD", "MWaveGen Mod", "", S, kTrigger, kTriggerSource},
-    {"ID_TGDIG", "DIG", "Trigger Edge Source = Digital", B, kTrigger, ""},
+    // A plain button, but the source it names is one of the exclusive trigger sources: showing
+    // it as the instrument's source clears the others.
+    {"ID_TGDIG", "DIG", "Trigger Edge Source = Digital", B, kTrigger, kTriggerSource},
     {"ID_TGSA", "Auto", "", S, kTrigger, kTriggerSweep},
     {"ID_TGSN", "Normal", "", S, kTrigger, kTriggerSweep},
     {"ID_TSP", "Rising", "", S, kTrigger, kTriggerSlope},

@@ -25,7 +25,8 @@ struct ToolDefinition {
   std::string_view tooltip;  // empty when the tool has none
   ToolKind kind = ToolKind::kButton;
   std::string_view category;
-  // Tools sharing a group are exclusive: putting one down puts the others up. Empty: none.
+  // Tools sharing a group are exclusive: putting one down puts the others up. A plain button in
+  // a group cannot stay down, but putting it down still puts the others up. Empty: none.
   std::string_view option_group;
 };
 

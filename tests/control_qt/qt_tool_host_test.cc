@@ -140,6 +140,11 @@ TEST_F(QtToolHostTest, OptionGroupsAreExclusiveForUserAndProgram) {
   // The program may clear a group entirely.
   host_.SetToolState("ID_TSE", false);
   for (std::string_view id : OptionGroupMembers("TriggerSlope")) EXPECT_FALSE(host_.ToolState(id));
+  // The digital source is a plain button: showing it clears the other sources.
+  host_.SetToolState("ID_TG2", true);
+  host_.SetToolState("ID_TGDIG", true);
+  EXPECT_FALSE(host_.ToolState("ID_TGDIG"));
+  for (std::string_view id : OptionGroupMembers("TriggerSource")) EXPECT_FALSE(host_.ToolState(id));
   // Tools outside groups are independent state buttons.
   host_.SetToolState("ID_BW", true);
   host_.SetToolState("ID_CHANINV", true);

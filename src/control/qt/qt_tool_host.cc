@@ -100,7 +100,7 @@ void QtToolHost::CreateActions() {
         it->second->setObjectName(ToQString(tool.option_group));
         it->second->setExclusionPolicy(QActionGroup::ExclusionPolicy::Exclusive);
       }
-      it->second->addAction(action);
+      if (action->isCheckable()) it->second->addAction(action);
     }
     connect(action, &QAction::triggered, this, [this, id] { emit ToolClicked(id); });
     actions_.emplace(std::string(tool.id), action);
@@ -170,9 +170,17 @@ ComboToolAction* QtToolHost::Combo(std::string_view id) const {
 }
 
 void QtToolHost::SetToolState(std::string_view id, bool down) {
-  if (QAction* action = Action(id); action != nullptr && action->isCheckable()) {
+  QAction* action = Action(id);
+  if (action == nullptr) return;
+  if (action->isCheckable()) {
     action->setChecked(down);
+    return;
   }
+  const ToolDefinition* tool = FindTool(id);
+  if (!down || tool == nullptr || tool->option_group.empty()) return;
+  auto group = groups_.find(tool->option_group);
+  if (group == groups_.end()) return;
+  if (QAction* checked = group->second->checkedAction()) checked->setChecked(false);
 }
 
 bool QtToolHost::ToolState(std::string_view id) const {

@@ -133,6 +133,9 @@ bool RecordAssembler::Feed(std::span<const std::byte> data) {
         break;
       }
       in_fragment_ = true;
+      // Announced lengths are bounded above, so reserving spares the growth copies of a
+      // large record.
+      current_.reserve(current_.size() + fragment_left_);
     }
     const std::size_t take = std::min(data.size(), fragment_left_);
     current_.insert(current_.end(), data.begin(), data.begin() + take);

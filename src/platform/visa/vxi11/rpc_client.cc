@@ -5,7 +5,7 @@
 namespace quarvelo::visa {
 namespace {
 
-constexpr std::size_t kScratchSize = 64 * 1024;
+constexpr std::size_t kScratchSize = 256 * 1024;
 constexpr std::size_t kRecordOverhead = 1024;
 
 }  // namespace

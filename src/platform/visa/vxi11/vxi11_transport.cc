@@ -156,7 +156,7 @@ ViStatus Vxi11Transport::Write(std::span<const std::byte> data, bool end, Deadli
 
 ViStatus Vxi11Transport::Read(std::span<std::byte> buffer, Deadline deadline, ReadResult* result) {
   *result = ReadResult{};
-  while (pending_offset_ == pending_.size() && !pending_end_) {
+  while (pending_.empty() && !pending_end_) {
     vxi11::DeviceReadParms parms;
     parms.lid = lid_;
     parms.request_size =
@@ -174,15 +174,15 @@ ViStatus Vxi11Transport::Read(std::span<std::byte> buffer, Deadline deadline, Re
     vxi11::DeviceReadResp response;
     if (!vxi11::Get(reader, &response)) return VI_ERROR_IO;
     if (response.error != vxi11::kNoError) return vxi11::StatusFromDeviceError(response.error);
-    pending_.assign(response.data.begin(), response.data.end());
-    pending_offset_ = 0;
     pending_end_ = (response.reason & vxi11::kReasonEnd) != 0;
+    pending_ = response.data;  // a view into `results`, which moves without reallocating
+    pending_record_ = std::move(results);
   }
-  const std::size_t count = std::min(buffer.size(), pending_.size() - pending_offset_);
-  std::memcpy(buffer.data(), pending_.data() + pending_offset_, count);
-  pending_offset_ += count;
+  const std::size_t count = std::min(buffer.size(), pending_.size());
+  std::memcpy(buffer.data(), pending_.data(), count);
+  pending_ = pending_.subspan(count);
   result->count = count;
-  if (pending_offset_ == pending_.size() && pending_end_) {
+  if (pending_.empty() && pending_end_) {
     result->end = true;
     pending_end_ = false;
   }
@@ -190,8 +190,7 @@ ViStatus Vxi11Transport::Read(std::span<std::byte> buffer, Deadline deadline, Re
 }
 
 ViStatus Vxi11Transport::Clear(Deadline deadline) {
-  pending_.clear();
-  pending_offset_ = 0;
+  pending_ = {};
   pending_end_ = false;
   vxi11::DeviceGenericParms parms;
   parms.lid = lid_;

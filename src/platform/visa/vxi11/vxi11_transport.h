@@ -50,9 +50,10 @@ class Vxi11Transport final : public Transport {
   std::unique_ptr<RpcClient> rpc_;
   std::int32_t lid_;
   std::uint32_t max_recv_size_;
-  // Bytes of the last device_read not yet handed to the caller, and whether END came with them.
-  std::vector<std::byte> pending_;
-  std::size_t pending_offset_ = 0;
+  // The last device_read's reply record, the bytes of its data not yet handed to the caller,
+  // and whether END came with them.
+  std::vector<std::byte> pending_record_;
+  std::span<const std::byte> pending_;
   bool pending_end_ = false;
 };
 

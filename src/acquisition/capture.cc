@@ -71,8 +71,7 @@ void ConvertSamples(std::span<const std::uint8_t> codes, double x_increment, dou
 }
 
 WaveformCapture::WaveformCapture(link::InstrumentLink& link, ScopeState& scope,
-                                 WaveformRecords& records, ui::UiServices& ui,
-                                 ui::ToolHost& tools)
+                                 WaveformRecords& records, ui::UiServices& ui, ui::ToolHost& tools)
     : link_(link), scope_(scope), records_(records), ui_(ui), tools_(tools) {}
 
 void WaveformCapture::CaptureChannel(std::int16_t channel, bool useBins, bool stopFirst,
@@ -118,8 +117,7 @@ void WaveformCapture::Transfer(int n, bool use_bins, bool stop_first, int digiti
   scope_.SampleRate = shared.SampleRateK;
   const std::int32_t acquisition_points =
       text::LeadingInteger(link_.QueryString(":ACQuire:POINts?"));
-  const std::int32_t max_points =
-      text::LeadingInteger(link_.QueryString(":WAVeform:POINts? MAX"));
+  const std::int32_t max_points = text::LeadingInteger(link_.QueryString(":WAVeform:POINts? MAX"));
   if (max_points == 0) {
     link_.ShowStatus("No data on Channel " + ch);
     return;

@@ -15,13 +15,9 @@ StateReadback::StateReadback(link::InstrumentLink& link, ScopeState& scope,
                              ReadbackHooks& hooks)
     : link_(link), scope_(scope), records_(records), ui_(ui), tools_(tools), hooks_(hooks) {}
 
-double StateReadback::Number(std::string_view query) {
-  return text::LeadingNumber(Query(query));
-}
+double StateReadback::Number(std::string_view query) { return text::LeadingNumber(Query(query)); }
 
-std::int16_t StateReadback::Whole16(std::string_view query) {
-  return WholeNumber16(Query(query));
-}
+std::int16_t StateReadback::Whole16(std::string_view query) { return WholeNumber16(Query(query)); }
 
 bool StateReadback::IsOne(std::string_view query) { return Number(query) == 1; }
 
@@ -57,10 +53,9 @@ void StateReadback::ReadBackState() {
     ReadTimebaseAndAcquisition();
     ShowTriggerSourceTool();
     if (scope_.TriggerChannel >= 1 && scope_.TriggerChannel <= kMaxChannels) {
-      scope_.TriggerScaleIndex =
-          MatchTriggerScaleIndex(scope_.VoltsPerDivTable,
-                                 scope_.Channels[scope_.TriggerChannel].Scale,
-                                 scope_.TriggerScaleIndex);
+      scope_.TriggerScaleIndex = MatchTriggerScaleIndex(
+          scope_.VoltsPerDivTable, scope_.Channels[scope_.TriggerChannel].Scale,
+          scope_.TriggerScaleIndex);
     }
     Check("ID_ACQU" + Query(":ACQuire:TYPE?"));
     ReadDisplay();

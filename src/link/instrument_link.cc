@@ -17,8 +17,8 @@ constexpr ui::Rgb kActivityClosed = ui::MakeRgb(192, 192, 192);
 
 }  // namespace
 
-InstrumentLink::InstrumentLink(InstrumentSession& session, StatusFlags& flags,
-                               ScopeFields scope, ui::UiServices& ui, ui::ToolHost& tools,
+InstrumentLink::InstrumentLink(InstrumentSession& session, StatusFlags& flags, ScopeFields scope,
+                               ui::UiServices& ui, ui::ToolHost& tools,
                                settings::SettingsStore& settings, LinkHooks& hooks)
     : session_(session),
       flags_(flags),
@@ -46,8 +46,7 @@ ViStatus InstrumentLink::ReadText(std::size_t capacity, std::string* text) {
   const ViStatus status = viScanf(session_.Instrument, "%#t", &count, buffer.data());
   text->clear();
   if (status < VI_SUCCESS) return status;
-  buffer.resize(std::clamp<std::size_t>(static_cast<std::size_t>(std::max(count, 0)), 0,
-                                        capacity));
+  buffer.resize(std::clamp<std::size_t>(static_cast<std::size_t>(std::max(count, 0)), 0, capacity));
   *text = std::move(buffer);
   return status;
 }
@@ -145,8 +144,8 @@ std::int32_t InstrumentLink::QueryBinaryBlock(std::string_view query) {
   session_.TransferCount = 0;
   if (session_.RemoteOn) {
     session_.TransferCount = kBinaryBlockCapacity;
-    const ViStatus status = viScanf(session_.Instrument, "%#b\n", &session_.TransferCount,
-                                    session_.binary_block.get());
+    const ViStatus status =
+        viScanf(session_.Instrument, "%#b\n", &session_.TransferCount, session_.binary_block.get());
     if (status < VI_SUCCESS) session_.TransferCount = 0;
     Check(status, session_.Instrument);
   }

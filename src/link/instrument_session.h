@@ -16,8 +16,7 @@ inline constexpr int kNumberListCapacity = 20;
 inline constexpr int kBinaryBlockCapacity = 5'000'000;
 
 struct InstrumentSession {
-  InstrumentSession()
-      : binary_block(std::make_unique<std::uint8_t[]>(kBinaryBlockCapacity + 1)) {}
+  InstrumentSession() : binary_block(std::make_unique<std::uint8_t[]>(kBinaryBlockCapacity + 1)) {}
 
   ViSession ResourceManager = VI_NULL;
   ViSession Instrument = VI_NULL;

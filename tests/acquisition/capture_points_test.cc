@@ -1,9 +1,9 @@
 // The pure parts of a capture: how many points are requested, how codes become volts and
 // sample indexes seconds, and the sample storage that only grows.
+#include <gtest/gtest.h>
+
 #include <cstdint>
 #include <vector>
-
-#include <gtest/gtest.h>
 
 #include "acquisition/capture.h"
 #include "acquisition/reply_fields.h"
@@ -31,19 +31,18 @@ TEST_P(RequestedPointsTest, FollowsTheRule) {
 
 INSTANTIATE_TEST_SUITE_P(
     Rules, RequestedPointsTest,
-    testing::Values(
-        PointsCase{"Bins0", true, 0, 100000, 0, 256},
-        // 10 us/div at 1 GSa/s: the screen holds 100000 samples.
-        PointsCase{"Bins0RaisedToScreen", true, 0, 1000000, 100000, 100000},
-        PointsCase{"BinsAboveRecord", true, 9, 50000, 0, 50000},
-        PointsCase{"BinsAboveRecordThenScreen", true, 9, 50000, 80000, 80000},
-        PointsCase{"Entry4906Requests4096", true, 4, 100000, 0, 4096},
-        PointsCase{"LastEntry", true, 11, 4000000, 0, 524288},
-        PointsCase{"WholeRecord", false, 0, 62500, 0, 62500},
-        PointsCase{"WholeRecordIgnoresBins", false, 11, 7680, 1000, 7680},
-        PointsCase{"ScreenAboveCap", false, 0, 8000000, 1000000, 524288},
-        PointsCase{"RecordAboveCap", false, 0, 8000000, 0, 524288},
-        PointsCase{"UnselectedComboIsFirstEntry", true, -1, 100000, 0, 256}),
+    testing::Values(PointsCase{"Bins0", true, 0, 100000, 0, 256},
+                    // 10 us/div at 1 GSa/s: the screen holds 100000 samples.
+                    PointsCase{"Bins0RaisedToScreen", true, 0, 1000000, 100000, 100000},
+                    PointsCase{"BinsAboveRecord", true, 9, 50000, 0, 50000},
+                    PointsCase{"BinsAboveRecordThenScreen", true, 9, 50000, 80000, 80000},
+                    PointsCase{"Entry4906Requests4096", true, 4, 100000, 0, 4096},
+                    PointsCase{"LastEntry", true, 11, 4000000, 0, 524288},
+                    PointsCase{"WholeRecord", false, 0, 62500, 0, 62500},
+                    PointsCase{"WholeRecordIgnoresBins", false, 11, 7680, 1000, 7680},
+                    PointsCase{"ScreenAboveCap", false, 0, 8000000, 1000000, 524288},
+                    PointsCase{"RecordAboveCap", false, 0, 8000000, 0, 524288},
+                    PointsCase{"UnselectedComboIsFirstEntry", true, -1, 100000, 0, 256}),
     [](const testing::TestParamInfo<PointsCase>& info) { return info.param.name; });
 
 TEST(ConvertSamplesTest, CodesToVoltsAndIndexesToSeconds) {

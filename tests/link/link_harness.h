@@ -51,14 +51,10 @@ struct LinkHarness {
   GuardWatchingToolHost tools{scope.ToolUpdateInProgress};
   settings::MemorySettingsStore settings;
   RecordingLinkHooks hooks;
-  link::InstrumentLink link{session,
-                            flags,
-                            {scope.ChannelCount, scope.HasDvm, scope.HasWgen,
-                             scope.ToolUpdateInProgress},
-                            ui,
-                            tools,
-                            settings,
-                            hooks};
+  link::InstrumentLink link{
+      session, flags, {scope.ChannelCount, scope.HasDvm, scope.HasWgen, scope.ToolUpdateInProgress},
+      ui,      tools, settings,
+      hooks};
 };
 
 }  // namespace quarvelo::testing_support

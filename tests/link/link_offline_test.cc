@@ -1,8 +1,8 @@
 // The link with remote control off, and opening it where no instrument answers: nothing may
 // touch an instrument, and every failure must leave the link closed and the user told.
-#include <string>
-
 #include <gtest/gtest.h>
+
+#include <string>
 
 #include "tests/link/link_harness.h"
 

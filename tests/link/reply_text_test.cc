@@ -1,9 +1,9 @@
 #include "link/reply_text.h"
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <string>
-
-#include <gtest/gtest.h>
 
 #include "link/register_bits.h"
 
@@ -55,16 +55,17 @@ TEST_P(SplitRegisterBitsTest, ElementKIsBitKMinusOne) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Registers, SplitRegisterBitsTest,
-    testing::Values(BitsCase{0, 8, {}}, BitsCase{64, 8, {kUserRequestElement}},
-                    BitsCase{255, 8, {1, 2, 3, 4, 5, 6, 7, 8}},
-                    BitsCase{8, 15, {kRunElement}}, BitsCase{40, 15, {4, 6}},
-                    // Bit 15 is beyond the register's 15 bits and is lost.
-                    BitsCase{32768, 15, {}}, BitsCase{32776, 15, {kRunElement}},
-                    // Rounded to the nearest integer, halves to even.
-                    BitsCase{7.6, 8, {4}}, BitsCase{8.5, 8, {4}}, BitsCase{9.5, 8, {2, 4}},
-                    BitsCase{-8, 15, {}}, BitsCase{9.9e37, 15, {}}));
+INSTANTIATE_TEST_SUITE_P(Registers, SplitRegisterBitsTest,
+                         testing::Values(BitsCase{0, 8, {}}, BitsCase{64, 8, {kUserRequestElement}},
+                                         BitsCase{255, 8, {1, 2, 3, 4, 5, 6, 7, 8}},
+                                         BitsCase{8, 15, {kRunElement}}, BitsCase{40, 15, {4, 6}},
+                                         // Bit 15 is beyond the register's 15 bits and is lost.
+                                         BitsCase{32768, 15, {}},
+                                         BitsCase{32776, 15, {kRunElement}},
+                                         // Rounded to the nearest integer, halves to even.
+                                         BitsCase{7.6, 8, {4}}, BitsCase{8.5, 8, {4}},
+                                         BitsCase{9.5, 8, {2, 4}}, BitsCase{-8, 15, {}},
+                                         BitsCase{9.9e37, 15, {}}));
 
 }  // namespace
 }  // namespace quarvelo::link

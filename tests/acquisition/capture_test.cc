@@ -1,0 +1,230 @@
+// Capture against the simulated oscilloscope over loopback TCP: the exact SCPI lines, the
+// refusals that send nothing or leave the record alone, the volts and seconds, a dead link.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "platform/text/number_parse.h"
+#include "tests/link/online_scope.h"
+#include "tests/link/sim_faults.h"
+
+namespace quarvelo::acquisition {
+namespace {
+
+using testing_support::OnlineScope;
+using testing_support::WithErrorQuery;
+
+// The Max Bins combo as the toolbar fills it.
+void FillBinsCombo(ui::ToolHost& tools, int index) {
+  std::vector<std::string> items;
+  for (int i = 0; i < 12; ++i) items.push_back(std::to_string(256 << i));
+  tools.SetComboItems("ID_Bins", items);
+  tools.SetComboIndex("ID_Bins", index);
+}
+
+struct LinesCase {
+  const char* name;
+  bool use_bins;
+  bool stop_first;
+  int digitize_mode;
+};
+
+class CaptureLinesTest : public testing::TestWithParam<LinesCase> {};
+
+TEST_P(CaptureLinesTest, SendsTheTransferInOrder) {
+  const LinesCase& c = GetParam();
+  OnlineScope s;
+  s.simulator->Execute(":CHANnel2:DISPlay 1");
+  s.simulator->Execute(":TIMebase:SCALe 1E-5");
+  s.simulator->Execute(":DIGitize");
+  s.h.scope.TimebaseScale = 1e-5;
+  FillBinsCombo(s.h.tools, 2);
+  const double srate = text::LeadingNumber(s.simulator->Execute(":ACQuire:SRATe?"));
+  const int acquisition_points = text::LeadingInteger(s.simulator->Execute(":ACQuire:POINts?"));
+  s.simulator->ClearTraffic();
+
+  s.capture.CaptureChannel(2, c.use_bins, c.stop_first, static_cast<std::int16_t>(c.digitize_mode));
+
+  const int screen_points = static_cast<int>(std::nearbyint(1e-5 * 10 * srate));
+  const int points = std::min(
+      524288, std::max(c.use_bins ? std::min(1024, acquisition_points) : acquisition_points,
+                       screen_points));
+  std::vector<std::string> expected = {":ACQuire:TYPE NORM", ":WAVeform:SOURce CHANnel2",
+                                       ":WAVeform:POINts:MODE RAW"};
+  if (c.stop_first) {
+    expected.insert(expected.end(), {":STOP", ":TIMEBASE:MODE MAIN", ":TRIGger:SWEep AUTO"});
+    if (c.digitize_mode == -1) expected.push_back(":DIGitize");
+    if (c.digitize_mode == 0) expected.push_back(":DIGitize CHANnel2");
+  }
+  expected.insert(expected.end(),
+                  {":ACQuire:SRATe?", ":ACQuire:POINts?", ":WAVeform:POINts? MAX",
+                   ":WAVEFORM:POINTS " + std::to_string(points), ":WAVeform:FORMat BYTE",
+                   ":WAVeform:PREamble?", ":WAVeform:DATA?"});
+  EXPECT_EQ(s.Sent(), WithErrorQuery(expected));
+
+  const WaveformRecord& record = s.records.Records[2];
+  EXPECT_EQ(record.PreambleCount, 10);
+  EXPECT_GT(record.ByteCount, 0);
+  EXPECT_EQ(record.ByteCount, record.Points);
+  EXPECT_EQ(s.records.Shared.LastIndex, record.ByteCount - 1);
+  EXPECT_EQ(s.h.scope.Channels[2].FirstSample, 0);
+  EXPECT_EQ(s.h.scope.Channels[2].LastSample, record.ByteCount - 1);
+  EXPECT_DOUBLE_EQ(s.h.scope.SampleRate, srate / 1000);
+  EXPECT_FALSE(s.h.flags.CaptureBusy);
+  EXPECT_EQ(s.h.ui.pointer(), ui::PointerShape::kDefault);
+  if (c.stop_first) {
+    EXPECT_TRUE(s.h.tools.ToolState("ID_TGSA"));
+    EXPECT_EQ(s.h.ui.pauses(), std::vector<int>{250});
+  } else {
+    EXPECT_TRUE(s.h.ui.pauses().empty());
+  }
+  EXPECT_TRUE(s.h.tools.unguarded.empty());
+}
+
+INSTANTIATE_TEST_SUITE_P(Modes, CaptureLinesTest,
+                         testing::Values(LinesCase{"BinsNoStop", true, false, 0},
+                                         LinesCase{"WholeRecordNoStop", false, false, 0},
+                                         LinesCase{"StopDigitizeAll", true, true, -1},
+                                         LinesCase{"StopDigitizeChannel", false, true, 0},
+                                         LinesCase{"StopNoDigitize", true, true, 5}),
+                         [](const testing::TestParamInfo<LinesCase>& info) {
+                           return info.param.name;
+                         });
+
+TEST(CaptureTest, VoltsAndSecondsMatchThePreamble) {
+  OnlineScope s;
+  // Ten periods of a 1 Vpp sine across the screen, at 0.2 V per division.
+  s.simulator->Execute(":SIMulate:CHANnel1:SIGNal SINusoid,10000,1");
+  s.simulator->Execute(":CHANnel1:SCALe 0.2");
+  s.simulator->Execute(":CHANnel1:OFFSet 0");
+  s.simulator->Execute(":TIMebase:SCALe 1E-4");
+  s.h.scope.TimebaseScale = 1e-4;
+  s.capture.CaptureChannel(1, false, true, 0);
+  const WaveformRecord& r = s.records.Records[1];
+  ASSERT_GT(r.ByteCount, 1000);
+  // The preamble as the instrument states it, read independently of the capture.
+  std::vector<double> p;
+  std::string reply = s.simulator->Execute(":WAVeform:PREamble?");
+  for (std::size_t pos = 0; pos != std::string::npos;) {
+    p.push_back(text::LeadingNumber(std::string_view(reply).substr(pos)));
+    pos = reply.find(',', pos);
+    if (pos != std::string::npos) ++pos;
+  }
+  ASSERT_EQ(p.size(), 10u);
+  EXPECT_DOUBLE_EQ(r.XIncrement, p[4]);
+  EXPECT_DOUBLE_EQ(r.XOrigin, p[5]);
+  EXPECT_DOUBLE_EQ(s.records.Shared.YIncrement, p[7]);
+  EXPECT_DOUBLE_EQ(r.YOrigin, p[8]);
+  EXPECT_EQ(r.YReference, static_cast<int>(p[9]));
+  const auto time = s.records.Samples.Time(1);
+  const auto volts = s.records.Samples.Volts(1);
+  const auto raw = s.records.Samples.Raw(1);
+  EXPECT_DOUBLE_EQ(time[0], p[5]);
+  EXPECT_NEAR(time[r.ByteCount - 1] - time[0], (r.ByteCount - 1) * p[4], 1e-12);
+  // The time axis spans the ten divisions of the screen.
+  EXPECT_NEAR(r.ByteCount * p[4], 10 * 1e-4, 1e-4);
+  for (int i : {0, r.ByteCount / 3, r.ByteCount - 1}) {
+    EXPECT_GE(raw[i], 0);
+    EXPECT_LE(raw[i], 255);
+    EXPECT_NEAR(volts[i], (raw[i] - p[9]) * p[7] + p[8], 1e-12);
+  }
+  // The sine's peaks, within one code.
+  const auto [low, high] = std::minmax_element(volts.begin(), volts.begin() + r.ByteCount);
+  EXPECT_NEAR(*high, 0.5, p[7]);
+  EXPECT_NEAR(*low, -0.5, p[7]);
+}
+
+TEST(CaptureTest, TimeBaseOf0_2IsCapturedAnd0_21Refused) {
+  OnlineScope s;
+  s.simulator->Execute(":TIMebase:SCALe 0.2");
+  s.h.scope.TimebaseScale = 0.2;
+  s.capture.CaptureChannel(1, true, false, 0);
+  EXPECT_FALSE(s.Sent().empty());
+  const std::int32_t bytes = s.records.Records[1].ByteCount;
+  EXPECT_GT(bytes, 0);
+
+  s.simulator->ClearTraffic();
+  s.h.scope.TimebaseScale = 0.21;
+  s.capture.CaptureChannel(1, true, false, 0);
+  EXPECT_TRUE(s.Sent().empty());
+  EXPECT_EQ(s.h.ui.status(), "Time Base Scale too long!");
+  EXPECT_EQ(s.records.Records[1].ByteCount, bytes);
+  EXPECT_FALSE(s.h.flags.CaptureBusy);
+}
+
+TEST(CaptureTest, ChannelsTheInstrumentLacksSendNothing) {
+  OnlineScope s({.channels = 2});
+  s.h.scope.TimebaseScale = 1e-3;
+  for (std::int16_t channel : {3, 4, 0, -1}) s.capture.CaptureChannel(channel, true, true, -1);
+  EXPECT_TRUE(s.Sent().empty());
+  EXPECT_FALSE(s.h.flags.CaptureBusy);
+}
+
+TEST(CaptureTest, BusyCaptureSendsNothing) {
+  OnlineScope s;
+  s.h.flags.CaptureBusy = true;
+  s.capture.CaptureChannel(1, true, true, -1);
+  EXPECT_TRUE(s.Sent().empty());
+  EXPECT_TRUE(s.h.flags.CaptureBusy) << "the running capture keeps its flag";
+}
+
+TEST(CaptureTest, NoPointsLeavesTheRecordUnchanged) {
+  OnlineScope s;
+  s.h.scope.TimebaseScale = 1e-3;
+  s.capture.CaptureChannel(1, false, true, 0);
+  const WaveformRecord before = s.records.Records[1];
+  ASSERT_GT(before.ByteCount, 0);
+  const double first_volts = s.records.Samples.Volts(1)[0];
+
+  // A channel that is off has no points to offer.
+  s.simulator->Execute(":CHANnel1:DISPlay 0");
+  s.simulator->ClearTraffic();
+  s.capture.CaptureChannel(1, false, false, 0);
+  EXPECT_EQ(s.h.ui.status(), "No data on Channel 1");
+  const WaveformRecord& after = s.records.Records[1];
+  EXPECT_EQ(after.ByteCount, before.ByteCount);
+  EXPECT_EQ(after.Points, before.Points);
+  EXPECT_EQ(after.PreambleCount, before.PreambleCount);
+  EXPECT_EQ(s.records.Samples.Volts(1)[0], first_volts);
+  const auto sent = s.Sent();
+  EXPECT_EQ(std::count(sent.begin(), sent.end(), ":WAVeform:DATA?"), 0);
+  EXPECT_EQ(std::count(sent.begin(), sent.end(), ":WAVeform:PREamble?"), 0);
+}
+
+TEST(CaptureTest, ConnectionLostMidBlockEndsWithAnEmptyRecord) {
+  OnlineScope s;
+  s.h.scope.TimebaseScale = 1e-3;
+  s.capture.CaptureChannel(1, false, true, 0);
+  ASSERT_GT(s.records.Records[1].ByteCount, 0);
+
+  // The capture lets events run once just before the transfer: there the block is cut short
+  // and, a moment later, the instrument goes away while the program waits for the rest.
+  std::thread stopper;
+  s.h.ui.SetEventHook([&] {
+    if (stopper.joinable()) return;
+    s.simulator->Execute(testing_support::kCutNextBlock);
+    stopper = std::thread([&] {
+      std::this_thread::sleep_for(std::chrono::milliseconds(300));
+      s.simulator->Stop();
+    });
+  });
+  s.capture.CaptureChannel(1, false, false, 0);
+  ASSERT_TRUE(stopper.joinable());
+  stopper.join();
+  ASSERT_EQ(s.h.ui.messages().size(), 1u);
+  EXPECT_EQ(s.h.ui.messages()[0].text.rfind("*** VISA Error : ", 0), 0u);
+  EXPECT_FALSE(s.h.session.RemoteOn);
+  EXPECT_EQ(s.h.settings.Find("Setup", "Channels"), "2");
+  EXPECT_EQ(s.h.scope.ChannelCount, 2);
+  EXPECT_EQ(s.h.hooks.rebuilds, 1);
+  EXPECT_EQ(s.records.Records[1].ByteCount, 0);
+  EXPECT_FALSE(s.h.flags.CaptureBusy);
+}
+
+}  // namespace
+}  // namespace quarvelo::acquisition

@@ -1,0 +1,284 @@
+// The state readback against the simulated oscilloscope over loopback TCP: a changed
+// instrument read back into every field and tool, trigger sources, quoted texts, "no value",
+// channels and options the instrument lacks, and a silent instrument.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "platform/text/number_parse.h"
+#include "tests/link/online_scope.h"
+#include "tests/link/sim_faults.h"
+
+namespace quarvelo::acquisition {
+namespace {
+
+using testing_support::OnlineScope;
+using testing_support::ScopeModel;
+
+bool AnySentStartsWith(const std::vector<std::string>& sent, std::string_view prefix) {
+  return std::any_of(sent.begin(), sent.end(),
+                     [&](const std::string& m) { return m.rfind(prefix, 0) == 0; });
+}
+
+class RecordingReadbackHooks : public ReadbackHooks {
+ public:
+  void ShowTimeBase(double seconds) override { time_bases.push_back(seconds); }
+  void ShowSampleRate(double ksps) override { sample_rates.push_back(ksps); }
+  std::vector<double> time_bases;
+  std::vector<double> sample_rates;
+};
+
+TEST(ReadbackTest, ChangedInstrumentFillsEveryFieldAndChecksItsTools) {
+  OnlineScope s;
+  for (const char* setting : {":CHANnel2:DISPlay 1",
+                              ":CHANnel2:PROBe 10",
+                              ":CHANnel2:SCALe 0.5",
+                              ":CHANnel2:OFFSet 0.25",
+                              ":CHANnel2:COUPling AC",
+                              ":CHANnel2:BWLimit 1",
+                              ":CHANnel2:INVert 1",
+                              ":CHANnel2:LABel \"ABC\"",
+                              ":CHANnel1:DISPlay 0",
+                              ":TRIGger:EDGE:SOURce CHANnel2",
+                              ":TRIGger:SWEep NORMal",
+                              ":TRIGger:NREJect 1",
+                              ":TRIGger:EDGE:SLOPe NEGative",
+                              ":TRIGger:EDGE:COUPling AC",
+                              ":TRIGger:EDGE:REJect HFReject",
+                              ":TRIGger:EDGE:LEVel 0.3",
+                              ":TRIGger:HOLDoff 1E-6",
+                              ":TIMebase:SCALe 2E-4",
+                              ":TIMebase:REFerence LEFT",
+                              ":TIMebase:POSition 1E-4",
+                              ":ACQuire:TYPE AVERage",
+                              ":ACQuire:COUNt 16",
+                              ":DISPlay:PERSistence INFinite",
+                              ":DISPlay:LABel 1",
+                              ":MEASure:SOURce CHANnel2",
+                              ":DVM:ENABle 1",
+                              ":DVM:MODE DC",
+                              ":DVM:SOURce CHANnel2",
+                              ":DVM:ARANge 1",
+                              ":FUNC1:DISPlay 1",
+                              ":FUNC1:OPERation FFT",
+                              ":WGEN1:FUNCtion SQUare",
+                              ":WGEN1:FREQuency 2000",
+                              ":WGEN1:FUNCtion:SQUare:DCYCle 30",
+                              ":WGEN1:OUTPut 1",
+                              ":WGEN1:MODulation:STATe 1",
+                              ":WGEN1:MODulation:TYPE FM",
+                              ":WGEN1:OUTPut:LOAD FIFTy",
+                              ":DISPlay:ANNotation 1",
+                              ":DISPlay:ANNotation:TEXT \"Hello scope\"",
+                              ":DISPlay:ANNotation:COLor RED",
+                              ":DISPlay:ANNotation:BACKground INVerted"}) {
+    s.simulator->Execute(setting);
+  }
+  s.simulator->Execute("*CLS");
+  RecordingReadbackHooks hooks;
+  StateReadback readback(s.h.link, s.h.scope, s.records, s.h.ui, s.h.tools, hooks);
+  readback.ReadBackState();
+
+  const ScopeState& st = s.h.scope;
+  EXPECT_TRUE(s.h.session.RemoteOn);
+  EXPECT_EQ(st.Identity, s.simulator->Execute("*IDN?"));
+  const ChannelSettings& ch2 = st.Channels[2];
+  EXPECT_TRUE(ch2.Displayed);
+  EXPECT_DOUBLE_EQ(ch2.Scale, 0.5);
+  EXPECT_DOUBLE_EQ(ch2.Offset, 0.25);
+  EXPECT_EQ(ch2.Coupling, "AC");
+  EXPECT_EQ(ch2.ProbeAttenuation, 10);
+  EXPECT_EQ(ch2.BandwidthLimit, 1);
+  EXPECT_TRUE(ch2.Inverted);
+  EXPECT_EQ(ch2.Label, "ABC");
+  EXPECT_FALSE(st.Channels[1].Displayed);
+  EXPECT_EQ(st.TriggerSource, "CHAN2");
+  EXPECT_EQ(st.TriggerChannel, 2);
+  EXPECT_EQ(st.TriggerSweepAuto, 0);
+  EXPECT_TRUE(st.NoiseReject);
+  EXPECT_EQ(st.TriggerSlope, "NEG");
+  EXPECT_EQ(st.TriggerCoupling, "A");
+  EXPECT_EQ(st.TriggerReject, "H");
+  EXPECT_DOUBLE_EQ(st.TriggerLevel, 0.3);
+  EXPECT_DOUBLE_EQ(st.Holdoff, 1e-6);
+  EXPECT_EQ(st.TriggerScaleIndex, 3) << "500 mV/div is the fourth step";
+  EXPECT_DOUBLE_EQ(st.TimebaseScale, 2e-4);
+  EXPECT_EQ(st.TimebaseReference, "L");
+  EXPECT_EQ(st.TimebaseMode, "M");
+  EXPECT_DOUBLE_EQ(st.TimebasePosition, 1e-4);
+  EXPECT_EQ(st.AcquireType, "AVER");
+  EXPECT_EQ(st.AcquireCount, 16);
+  EXPECT_EQ(st.PersistenceReply, "INF");
+  EXPECT_EQ(st.VariablePersistence, "2.0");
+  EXPECT_TRUE(st.DisplayLabels);
+  EXPECT_EQ(st.MeasureSource.substr(0, 5), "CHAN2");
+  EXPECT_TRUE(st.DvmEnabled);
+  EXPECT_EQ(st.DvmMode, 2);
+  EXPECT_EQ(st.DvmSource, 2);
+  EXPECT_EQ(st.DvmAutoRange, 1);
+  EXPECT_TRUE(st.MathDisplay);
+  EXPECT_EQ(st.MathOperation, "FFT");
+  EXPECT_TRUE(st.Wgen.OutputOn);
+  EXPECT_EQ(st.Wgen.Function, "SQU");
+  EXPECT_DOUBLE_EQ(st.Wgen.Frequency, 2000);
+  EXPECT_DOUBLE_EQ(st.Wgen.Period, 1.0 / 2000);
+  EXPECT_EQ(st.Wgen.SquareDutyCycle, 30);
+  EXPECT_EQ(st.Wgen.ModulationState, 1);
+  EXPECT_EQ(st.Wgen.ModulationType, "FM");
+  EXPECT_GT(st.Wgen.FmFrequency, 0);
+  EXPECT_EQ(st.Wgen.OutputLoad, "FIFT");
+  EXPECT_TRUE(st.AnnotationOn);
+  EXPECT_EQ(st.AnnotationText, "Hello scope");
+  EXPECT_EQ(st.AnnotationColor, "RED");
+  EXPECT_EQ(st.AnnotationBackground, "INV");
+
+  for (const char* id :
+       {"ID_CH2",       "ID_TGSN",      "ID_TGNR", "ID_TSN",      "ID_TCA",     "ID_TJH",
+        "ID_TRL",       "ID_TMM",       "ID_TG2",  "ID_ACQUAVER", "ID_PERSINF", "ID_DISPLBL",
+        "ID_MEASCHAN2", "ID_DVM",       "ID_ADVM", "ID_DVMM2",    "ID_DVMCH2",  "ID_MATHFFT",
+        "ID_MATHDISP",  "ID_MATHFUNC1", "ID_WG",   "ID_WGEN1"}) {
+    EXPECT_TRUE(s.h.tools.ToolState(id)) << id;
+  }
+  for (const char* id : {"ID_CH1", "ID_TGSA"}) EXPECT_FALSE(s.h.tools.ToolState(id)) << id;
+  EXPECT_TRUE(s.h.tools.unguarded.empty()) << s.h.tools.unguarded.front();
+  EXPECT_FALSE(s.h.scope.ToolUpdateInProgress);
+  EXPECT_EQ(s.h.ui.pointer(), ui::PointerShape::kDefault);
+  EXPECT_EQ(hooks.time_bases, std::vector<double>{2e-4});
+  EXPECT_EQ(hooks.sample_rates.size(), 1u);
+  EXPECT_TRUE(s.h.ui.status_lines().empty()) << s.h.ui.status();
+  const auto sent = s.Sent();
+  EXPECT_EQ(sent.at(0), "*IDN?");
+  EXPECT_TRUE(AnySentStartsWith(sent, ":CHANnel4:LABel?"));
+  EXPECT_EQ(std::count(sent.begin(), sent.end(), "*ESR?"), 1) << "the status poll runs once";
+}
+
+struct SourceCase {
+  const char* command;
+  const char* source;
+  int channel;
+  const char* tool;
+};
+
+class TriggerSourceTest : public testing::TestWithParam<SourceCase> {};
+
+TEST_P(TriggerSourceTest, ReadsSourceChannelAndTool) {
+  const SourceCase& c = GetParam();
+  OnlineScope s;
+  s.simulator->Execute(c.command);
+  s.h.scope.TriggerChannel = 4;
+  s.readback.ReadBackState();
+  EXPECT_EQ(s.h.scope.TriggerSource, c.source);
+  EXPECT_EQ(s.h.scope.TriggerChannel, c.channel);
+  EXPECT_TRUE(s.h.tools.ToolState(c.tool));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Sources, TriggerSourceTest,
+    testing::Values(SourceCase{":TRIGger:EDGE:SOURce CHANnel3", "CHAN3", 3, "ID_TG3"},
+                    SourceCase{":TRIGger:EDGE:SOURce LINE", "LINE", 1, "ID_TGLINE"},
+                    SourceCase{":TRIGger:EDGE:SOURce EXTernal", "EXT", 1, "ID_TGEXT"}));
+
+TEST(ReadbackTest, NoValueFromTheVoltmeterIsStoredAsZero) {
+  OnlineScope s;
+  // A frequency reading of an input without a repeating signal has no value.
+  s.simulator->Execute(":SIMulate:CHANnel2:SIGNal NONE");
+  s.simulator->Execute(":DVM:ENABle 1");
+  s.simulator->Execute(":DVM:SOURce CHANnel2");
+  s.simulator->Execute(":DVM:MODE FREQ");
+  ASSERT_GT(text::LeadingNumber(s.simulator->Execute(":DVM:CURRent?")), 1e37);
+  ASSERT_GT(text::LeadingNumber(s.simulator->Execute(":DVM:FREQuency?")), 1e37);
+  s.h.scope.DvmReading = 5;
+  s.h.scope.DvmFrequency = 5;
+  s.readback.ReadBackDvm();
+  EXPECT_EQ(s.h.scope.DvmMode, 4);
+  EXPECT_EQ(s.h.scope.DvmReading, 0);
+  EXPECT_EQ(s.h.scope.DvmFrequency, 0);
+  EXPECT_TRUE(s.h.tools.ToolState("ID_DVMM4"));
+}
+
+TEST(ReadbackTest, QuotesAreRemovedFromLabelAndAnnotation) {
+  OnlineScope s;
+  s.simulator->Execute(":CHANnel1:LABel \"X\"");
+  s.simulator->Execute(":DISPlay:ANNotation:TEXT \"\"");
+  s.simulator->Execute(":DISPlay:ANNotation 1");
+  s.h.scope.AnnotationText = "old";
+  s.readback.ReadBackState();
+  EXPECT_EQ(s.h.scope.Channels[1].Label, "X");
+  EXPECT_EQ(s.h.scope.AnnotationText, "");
+}
+
+TEST(ReadbackTest, AnnotationOffLeavesItsFieldsUnlessAllAreAsked) {
+  OnlineScope s;
+  s.simulator->Execute(":DISPlay:ANNotation 0");
+  s.simulator->Execute(":DISPlay:ANNotation:TEXT \"new\"");
+  s.h.scope.AnnotationText = "old";
+  s.h.scope.AnnotationColor = "CH1";
+  s.h.scope.AnnotationBackground = "OPAQ";
+  s.readback.ReadBackAnnotation(false);
+  EXPECT_FALSE(s.h.scope.AnnotationOn);
+  EXPECT_EQ(s.h.scope.AnnotationText, "old");
+  EXPECT_EQ(s.h.scope.AnnotationColor, "CH1");
+  EXPECT_EQ(s.Sent(), testing_support::WithErrorQuery({":DISPlay:ANNotation?"}));
+  s.readback.ReadBackAnnotation(true);
+  EXPECT_EQ(s.h.scope.AnnotationText, "new");
+}
+
+TEST(ReadbackTest, TwoChannelInstrumentIsNeverAskedAboutChannelsThreeAndFour) {
+  OnlineScope s({.channels = 2});
+  s.h.scope.Channels[3].Label = "untouched";
+  s.readback.ReadBackState();
+  const auto sent = s.Sent();
+  EXPECT_TRUE(AnySentStartsWith(sent, ":CHANnel2:"));
+  EXPECT_FALSE(AnySentStartsWith(sent, ":CHANnel3"));
+  EXPECT_FALSE(AnySentStartsWith(sent, ":CHANnel4"));
+  EXPECT_EQ(s.h.scope.Channels[3].Label, "untouched");
+}
+
+TEST(ReadbackTest, AbsentOptionsAreNotAsked) {
+  OnlineScope s({.model = "2000X", .has_wgen = false, .has_dvm = false});
+  s.readback.ReadBackState();
+  s.readback.ReadBackDvm();
+  s.readback.ReadBackWgen();
+  const auto sent = s.Sent();
+  EXPECT_FALSE(AnySentStartsWith(sent, ":DVM"));
+  EXPECT_FALSE(AnySentStartsWith(sent, ":WGEN"));
+  EXPECT_TRUE(AnySentStartsWith(sent, ":FUNC:DISPlay?")) << "model 0 uses the :FUNC prefix";
+}
+
+TEST(ReadbackTest, SilentInstrumentCostsOneIdentification) {
+  OnlineScope s;
+  s.h.scope.TimebaseScale = 0.123;
+  s.simulator->Execute(testing_support::kNeverAnswerNextQuery);
+  s.simulator->ClearTraffic();
+  s.readback.ReadBackState();
+  EXPECT_EQ(s.Sent(), std::vector<std::string>{"*IDN?"});
+  EXPECT_TRUE(s.h.session.TimedOut);
+  EXPECT_TRUE(s.h.session.RemoteOn);
+  EXPECT_EQ(s.h.ui.status(), "TIME OUT!");
+  EXPECT_TRUE(s.h.ui.messages().empty());
+  EXPECT_EQ(s.h.scope.TimebaseScale, 0.123);
+  EXPECT_FALSE(s.h.scope.ToolUpdateInProgress);
+}
+
+TEST(ReadbackTest, OffLineReadsNothing) {
+  testing_support::LinkHarness h;
+  WaveformRecords records;
+  NoReadbackHooks hooks;
+  StateReadback readback(h.link, h.scope, records, h.ui, h.tools, hooks);
+  h.scope.HasDvm = h.scope.HasWgen = true;
+  h.scope.DvmEnabled = true;
+  h.scope.AnnotationOn = true;
+  readback.ReadBackState();
+  readback.ReadBackDvm();
+  readback.ReadBackAnnotation(true);
+  readback.ReadBackMath(true);
+  readback.ReadBackWgen();
+  EXPECT_TRUE(h.scope.DvmEnabled);
+  EXPECT_TRUE(h.scope.AnnotationOn);
+  EXPECT_TRUE(h.tools.state_history().empty());
+}
+
+}  // namespace
+}  // namespace quarvelo::acquisition

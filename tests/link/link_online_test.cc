@@ -1,0 +1,219 @@
+// The link against the simulated oscilloscope over loopback TCP: the exact traffic of commands
+// and queries, the error queue, the status polls, a tolerated time-out and a dead link.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "platform/text/number_parse.h"
+#include "tests/link/online_scope.h"
+#include "tests/link/sim_faults.h"
+
+namespace quarvelo::link {
+namespace {
+
+using testing_support::OnlineScope;
+using testing_support::WithErrorQuery;
+
+TEST(LinkOnlineTest, OpenLightsTheIndicatorAndStartsThePoll) {
+  auto simulator = testing_support::StartSimulator({});
+  testing_support::LinkHarness h;
+  h.session.Address = simulator->SocketResource();
+  h.link.OpenInstrument();
+  ASSERT_TRUE(h.session.RemoteOn);
+  EXPECT_EQ(h.ui.activity_colour(), ui::MakeRgb(0, 255, 0));
+  EXPECT_TRUE(h.ui.refresh_timer_enabled());
+  EXPECT_TRUE(simulator->ReceivedMessages().empty()) << "opening sends nothing";
+  h.link.CloseInstrument();
+  EXPECT_FALSE(h.session.RemoteOn);
+  EXPECT_EQ(h.hooks.wgen_closes, 1);
+  EXPECT_EQ(h.ui.activity_colour(), ui::MakeRgb(192, 192, 192));
+}
+
+TEST(LinkOnlineTest, EveryWriteAndQueryIsFollowedByTheErrorQuery) {
+  OnlineScope s;
+  s.h.link.SendCommand(":TIMebase:SCALe 0.001");
+  const std::string identity = s.h.link.QueryString("*IDN?");
+  const std::string scale = s.h.link.QueryString(":TIMebase:SCALe?");
+  EXPECT_EQ(s.Sent(), WithErrorQuery({":TIMebase:SCALe 0.001", "*IDN?", ":TIMebase:SCALe?"}));
+  EXPECT_FALSE(identity.empty());
+  EXPECT_EQ(identity, s.simulator->Execute("*IDN?")) << "trimmed, without its LF";
+  EXPECT_DOUBLE_EQ(text::LeadingNumber(scale), 0.001);
+  EXPECT_TRUE(s.h.ui.status_lines().empty()) << "no error entry leaves the status line alone";
+}
+
+TEST(LinkOnlineTest, NumberListReadsThePreamble) {
+  OnlineScope s;
+  s.simulator->Execute(":DIGitize");
+  const std::int32_t count = s.h.link.QueryNumberList(":WAVeform:PREamble?");
+  EXPECT_EQ(count, 10);
+  const auto values = s.h.link.number_list(count);
+  const std::string reply = s.simulator->Execute(":WAVeform:PREamble?");
+  EXPECT_DOUBLE_EQ(values[0], text::LeadingNumber(reply));
+  EXPECT_GT(values[2], 0) << "points";
+}
+
+TEST(LinkOnlineTest, TwoErrorEntriesAreDrainedOntoTheStatusLine) {
+  OnlineScope s;
+  s.simulator->Execute(":NOSuch:HEADer 1");
+  s.simulator->Execute(":TIMebase:SCALe fast");
+  const std::string first = s.simulator->Execute(":SYSTem:ERRor?");
+  const std::string second = s.simulator->Execute(":SYSTem:ERRor?");
+  ASSERT_NE(text::LeadingNumber(first), 0) << first;
+  ASSERT_NE(text::LeadingNumber(second), 0) << second;
+  s.simulator->Execute(":NOSuch:HEADer 1");
+  s.simulator->Execute(":TIMebase:SCALe fast");
+  s.simulator->ClearTraffic();
+
+  s.h.link.SendCommand(":RUN");
+  EXPECT_EQ(s.h.ui.status(), "INST Error: " + first + "INST Error: " + second);
+  EXPECT_EQ(s.Sent(), (std::vector<std::string>{":RUN", ":SYSTem:ERRor?", ":SYSTem:ERRor?",
+                                                ":SYSTem:ERRor?"}));
+  EXPECT_TRUE(s.h.session.RemoteOn);
+  // The link stays in step: the next query gets its own reply.
+  EXPECT_EQ(s.h.link.QueryString("*IDN?"), s.simulator->Execute("*IDN?"));
+}
+
+TEST(LinkOnlineTest, CommandsMayCarryPercentAndBackslash) {
+  OnlineScope s;
+  s.h.link.SendCommand(":DISPlay:ANNotation:TEXT \"50% \\ 3\"");
+  EXPECT_EQ(s.Sent().at(0), ":DISPlay:ANNotation:TEXT \"50% \\ 3\"");
+  EXPECT_EQ(s.simulator->Execute(":DISPlay:ANNotation:TEXT?"), "\"50% \\ 3\"");
+}
+
+// --- Status poll.
+
+TEST(LinkOnlineTest, PollsThatMayNotRunSendNothing) {
+  OnlineScope s;
+  s.h.link.PollInstrumentStatus(false);
+  s.h.flags.CaptureBusy = true;
+  s.h.link.PollInstrumentStatus(true);
+  s.h.flags.CaptureBusy = false;
+  s.h.flags.PollBusy = true;
+  s.h.link.PollInstrumentStatus(true);
+  s.h.link.CheckSingleDone(true);
+  s.h.flags.PollBusy = false;
+  s.h.link.CheckSingleDone(false);
+  s.h.session.TimedOut = true;
+  s.h.link.PollInstrumentStatus(true);
+  EXPECT_TRUE(s.Sent().empty());
+  EXPECT_TRUE(s.h.tools.state_history().empty());
+}
+
+TEST(LinkOnlineTest, PollReadsTheThreeRegistersAndMirrorsTheRunBit) {
+  OnlineScope s;
+  s.simulator->Execute(":RUN");
+  s.h.link.PollInstrumentStatus(true);
+  EXPECT_EQ(s.Sent(), WithErrorQuery({":AER?", "*ESR?", ":OPERegister:CONDition?"}));
+  EXPECT_TRUE(s.h.tools.ToolState("ID_Run"));
+  EXPECT_EQ(s.h.flags.RunBit, 1);
+  EXPECT_FALSE(s.h.flags.Stopped);
+  EXPECT_FALSE(s.h.flags.PollBusy);
+  EXPECT_TRUE(s.h.tools.unguarded.empty());
+  EXPECT_FALSE(s.h.scope.ToolUpdateInProgress);
+
+  s.simulator->Execute(":STOP");
+  s.h.link.PollInstrumentStatus(true);
+  EXPECT_FALSE(s.h.tools.ToolState("ID_Run"));
+  EXPECT_EQ(s.h.flags.RunBit, 0);
+  EXPECT_TRUE(s.h.flags.Stopped);
+  EXPECT_TRUE(s.h.hooks.sweeps.empty()) << "no key was pressed";
+  EXPECT_NE(s.h.ui.activity_colour(), ui::MakeRgb(255, 0, 0));
+}
+
+struct KeyCase {
+  bool running;
+  bool auto_refresh;
+  std::vector<bool> sweeps;
+};
+
+class UserRequestTest : public testing::TestWithParam<KeyCase> {};
+
+TEST_P(UserRequestTest, KeyPressTurnsTheIndicatorRedAndMaySweep) {
+  const KeyCase& c = GetParam();
+  OnlineScope s;
+  s.simulator->Execute(c.running ? ":RUN" : ":STOP");
+  s.simulator->Execute(testing_support::kPressFrontPanelKey);
+  s.h.flags.AutoRefresh = c.auto_refresh;
+  s.h.link.PollInstrumentStatus(true);
+  EXPECT_EQ(s.h.ui.activity_colour(), ui::MakeRgb(255, 0, 0));
+  EXPECT_EQ(s.h.hooks.sweeps, c.sweeps);
+  // *ESR? is read and cleared: the next poll sees no key.
+  s.h.hooks.sweeps.clear();
+  s.h.link.PollInstrumentStatus(true);
+  EXPECT_TRUE(s.h.hooks.sweeps.empty());
+}
+
+INSTANTIATE_TEST_SUITE_P(Keys, UserRequestTest,
+                         testing::Values(KeyCase{true, false, {}}, KeyCase{true, true, {true}},
+                                         KeyCase{false, true, {false}}));
+
+TEST(LinkOnlineTest, SingleDoneEndsTheSingleAcquisitionWithASweep) {
+  OnlineScope s;
+  s.simulator->Execute(":RUN");
+  s.h.link.CheckSingleDone(true);
+  EXPECT_EQ(s.Sent(), WithErrorQuery({":OPERegister:CONDition?"}));
+  EXPECT_TRUE(s.h.tools.ToolState("ID_Run"));
+  EXPECT_TRUE(s.h.hooks.sweeps.empty()) << "still running";
+
+  s.simulator->Execute(":STOP");
+  s.h.tools.SetToolState("ID_Single", true);
+  s.h.tools.unguarded.clear();
+  s.h.ui.SetSingleTimerEnabled(true);
+  s.h.link.CheckSingleDone(true);
+  EXPECT_EQ(s.h.hooks.sweeps, std::vector<bool>{false});
+  EXPECT_FALSE(s.h.tools.ToolState("ID_Single"));
+  EXPECT_FALSE(s.h.tools.ToolState("ID_Run"));
+  EXPECT_FALSE(s.h.ui.single_timer_enabled());
+  EXPECT_TRUE(s.h.ui.refresh_timer_enabled());
+  EXPECT_TRUE(s.h.tools.unguarded.empty());
+  EXPECT_FALSE(s.h.flags.PollBusy);
+}
+
+// --- Failures.
+
+TEST(LinkOnlineTest, ToleratedTimeOutMarksTimedOutAndSkipsListQueries) {
+  OnlineScope s;
+  s.simulator->Execute(testing_support::kNeverAnswerNextQuery);
+  s.h.link.SetIoTimeout(true, 200);
+  EXPECT_EQ(s.h.link.QueryString("*IDN?"), "");
+  EXPECT_TRUE(s.h.session.TimedOut);
+  EXPECT_TRUE(s.h.session.RemoteOn) << "a tolerated time-out keeps the link open";
+  EXPECT_EQ(s.h.ui.status(), "TIME OUT!");
+  EXPECT_TRUE(s.h.ui.messages().empty());
+
+  s.simulator->ClearTraffic();
+  EXPECT_EQ(s.h.link.QueryNumberList(":WAVeform:PREamble?"), 0);
+  EXPECT_EQ(s.h.link.QueryBinaryBlock(":WAVeform:DATA?"), 0);
+  EXPECT_TRUE(s.Sent().empty()) << "list and block queries wait until TimedOut is cleared";
+
+  // The first write waits up to one time-out for the late reply before it goes out.
+  s.h.link.SetIoTimeout(false, 1000);
+  EXPECT_FALSE(s.h.session.TimedOut);
+  EXPECT_EQ(s.h.link.QueryString("*IDN?"), s.simulator->Execute("*IDN?"))
+      << "the session is usable and not polluted by a late reply";
+}
+
+TEST(LinkOnlineTest, DeadLinkClosesWithAMessageAndTwoChannels) {
+  OnlineScope s;
+  s.h.tools.SetToolState("ID_Remote", true);
+  s.h.tools.unguarded.clear();
+  s.simulator->Stop();
+  s.h.link.SendCommand(":RUN");
+  ASSERT_EQ(s.h.ui.messages().size(), 1u);
+  EXPECT_EQ(s.h.ui.messages()[0].text.rfind("*** VISA Error : ", 0), 0u)
+      << s.h.ui.messages()[0].text;
+  EXPECT_EQ(s.h.ui.messages()[0].icon, ui::MessageIcon::kCritical);
+  EXPECT_FALSE(s.h.session.RemoteOn);
+  EXPECT_FALSE(s.h.tools.ToolState("ID_Remote"));
+  EXPECT_TRUE(s.h.tools.unguarded.empty());
+  EXPECT_EQ(s.h.scope.ChannelCount, 2);
+  EXPECT_EQ(s.h.settings.Find("Setup", "Channels"), "2");
+  EXPECT_EQ(s.h.hooks.rebuilds, 1);
+  // Off line from here: nothing more is reported.
+  EXPECT_EQ(s.h.link.QueryString("*IDN?"), "");
+  EXPECT_EQ(s.h.ui.messages().size(), 1u);
+}
+
+}  // namespace
+}  // namespace quarvelo::link

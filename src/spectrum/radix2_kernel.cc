@@ -26,37 +26,56 @@ std::uint32_t Reverse32(std::uint32_t x) {
   return (x >> 16) | (x << 16);
 }
 
-// Calls move(i, reverse(i)) for every i < n = 2^bits. A plain loop over i writes all over a
-// large array; here the index is split into high, middle and low parts of kTileBits,
-// bits - 2 * kTileBits and kTileBits bits, and for one middle part the 2^kTileBits rows of
-// 2^kTileBits neighbours that map onto each other are moved together, so that every cache
-// line read or written is used whole.
+// Bit-reversed copies. A plain loop over i writes all over a large array. Here the index is
+// split into high, middle and low parts of kTileBits, bits - 2 * kTileBits and kTileBits
+// bits; for one middle part, the 2^kTileBits rows of 2^kTileBits neighbours that map onto
+// each other go through a small transposing buffer, so that every row is read and written
+// whole. The rows lie a power of two apart, so touching them all at once would also thrash
+// the cache's sets.
 constexpr int kTileBits = 5;
+constexpr std::size_t kTile = std::size_t{1} << kTileBits;
 
-template <typename Move>
-void BitReverseTiled(std::size_t n, int bits, Move move) {
-  const int shift = 32 - bits;
-  if (bits < 2 * kTileBits + 1) {
-    for (std::size_t i = 0; i < n; ++i) move(i, Reverse32(static_cast<std::uint32_t>(i)) >> shift);
-    return;
-  }
-  constexpr std::size_t kTile = std::size_t{1} << kTileBits;
-  const int middle_bits = bits - 2 * kTileBits;
-  const int high_shift = bits - kTileBits;
+struct TilePlan {
+  int high_shift;
+  int middle_bits;
   std::size_t reverse_low[kTile];
+};
+
+TilePlan MakeTilePlan(int bits) {
+  TilePlan plan;
+  plan.high_shift = bits - kTileBits;
+  plan.middle_bits = bits - 2 * kTileBits;
   for (std::size_t y = 0; y < kTile; ++y) {
-    reverse_low[y] =
+    plan.reverse_low[y] =
         static_cast<std::size_t>(Reverse32(static_cast<std::uint32_t>(y)) >> (32 - kTileBits));
   }
-  const std::size_t middles = std::size_t{1} << middle_bits;
+  return plan;
+}
+
+// Calls tile(from_base, to_base) for every middle part: the tile's element (x, y) is read at
+// from_base + (x << high_shift) + y and written at to_base + (reverse(y) << high_shift) +
+// reverse(x).
+template <typename Tile>
+void ForEachTile(const TilePlan& plan, Tile tile) {
+  const std::size_t middles = std::size_t{1} << plan.middle_bits;
   for (std::size_t m = 0; m < middles; ++m) {
-    const std::size_t reverse_middle =
-        static_cast<std::size_t>(Reverse32(static_cast<std::uint32_t>(m)) >> (32 - middle_bits));
-    for (std::size_t x = 0; x < kTile; ++x) {
-      const std::size_t from = (x << high_shift) | (m << kTileBits);
-      const std::size_t to = (reverse_middle << kTileBits) | reverse_low[x];
-      for (std::size_t y = 0; y < kTile; ++y) move(from + y, to | (reverse_low[y] << high_shift));
-    }
+    const std::size_t reverse_middle = static_cast<std::size_t>(
+        Reverse32(static_cast<std::uint32_t>(m)) >> (32 - plan.middle_bits));
+    tile(m << kTileBits, reverse_middle << kTileBits);
+  }
+}
+
+// One array through the buffer: rows of `in` to transposed, column-reversed rows of `out`.
+inline void CopyTile(const TilePlan& plan, const double* in, std::size_t in_stride, double* out,
+                     std::size_t from_base, std::size_t to_base, double (&buffer)[kTile][kTile]) {
+  for (std::size_t x = 0; x < kTile; ++x) {
+    const double* row = in + ((from_base + (x << plan.high_shift)) * in_stride);
+    const std::size_t column = plan.reverse_low[x];
+    for (std::size_t y = 0; y < kTile; ++y) buffer[y][column] = row[y * in_stride];
+  }
+  for (std::size_t y = 0; y < kTile; ++y) {
+    double* row = out + to_base + (plan.reverse_low[y] << plan.high_shift);
+    for (std::size_t c = 0; c < kTile; ++c) row[c] = buffer[y][c];
   }
 }
 
@@ -163,15 +182,37 @@ void StageTwiddles::Reserve(std::size_t n) {
 }
 
 void BitReverseCopyReal(const double* in, double* out_re, double* out_im, std::size_t n, int bits) {
-  BitReverseTiled(n, bits, [&](std::size_t from, std::size_t to) { out_re[to] = in[from]; });
   std::fill(out_im, out_im + n, 0.0);
+  if (bits < 2 * kTileBits + 1) {
+    for (std::size_t i = 0; i < n; ++i) {
+      out_re[Reverse32(static_cast<std::uint32_t>(i)) >> (32 - bits)] = in[i];
+    }
+    return;
+  }
+  const TilePlan plan = MakeTilePlan(bits);
+  double buffer[kTile][kTile];
+  ForEachTile(plan, [&](std::size_t from_base, std::size_t to_base) {
+    CopyTile(plan, in, 1, out_re, from_base, to_base, buffer);
+  });
 }
 
 void BitReverseCopyComplex(const std::complex<double>* in, double* out_re, double* out_im,
                            std::size_t n, int bits) {
-  BitReverseTiled(n, bits, [&](std::size_t from, std::size_t to) {
-    out_re[to] = in[from].real();
-    out_im[to] = in[from].imag();
+  // std::complex<double> is laid out as two doubles, real part first.
+  const double* parts = reinterpret_cast<const double*>(in);
+  if (bits < 2 * kTileBits + 1) {
+    for (std::size_t i = 0; i < n; ++i) {
+      const std::size_t j = Reverse32(static_cast<std::uint32_t>(i)) >> (32 - bits);
+      out_re[j] = parts[2 * i];
+      out_im[j] = parts[2 * i + 1];
+    }
+    return;
+  }
+  const TilePlan plan = MakeTilePlan(bits);
+  double buffer[kTile][kTile];
+  ForEachTile(plan, [&](std::size_t from_base, std::size_t to_base) {
+    CopyTile(plan, parts, 2, out_re, from_base, to_base, buffer);
+    CopyTile(plan, parts + 1, 2, out_im, from_base, to_base, buffer);
   });
 }
 

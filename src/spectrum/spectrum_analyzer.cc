@@ -118,12 +118,14 @@ int SpectrumAnalyzer::ChooseAlgorithm(std::int32_t n, const FftSettings& setting
 void SpectrumAnalyzer::BuildWindow(int channel, const FftSettings& settings) {
   const std::int32_t n = spectrum_.TransformLength;
   const std::int64_t m = spectrum_.ZeroPadded ? samples_.SampleCount(channel) - 1 : n;
-  spectrum_.WindowWeights.assign(static_cast<std::size_t>(n) + 1, 0.0);
+  std::vector<double>& weights = spectrum_.WindowWeights;
+  weights.resize(static_cast<std::size_t>(n) + 1);
   spectrum_.History.Reset(PointCount(n) + 1, std::max(settings.AverageCount, 0) + 1);
   const std::int64_t last = std::min<std::int64_t>(m, n);
+  // Weights outside the window's span are zero.
+  std::fill(weights.begin() + std::max<std::int64_t>(last + 1, 0), weights.end(), 0.0);
   for (std::int64_t i = 0; i <= last; ++i) {
-    const std::optional<double> weight = WindowWeight(settings.WindowIndex, i, m, two_pi_);
-    if (weight) spectrum_.WindowWeights[i] = *weight;
+    weights[i] = WindowWeight(settings.WindowIndex, i, m, two_pi_).value_or(0.0);
   }
 }
 
@@ -257,19 +259,23 @@ void SpectrumAnalyzer::ComputeLevels(const FftSettings& settings, double half_ra
   const auto size = static_cast<std::int32_t>(std::min(level.size(), frequency.size()));
   // Points 1..round(N/2 + 1), as far as the arrays hold them; everything else reads zero.
   const std::int32_t last = std::min(PointCount(n), size - 1);
-  std::fill(level.begin(), level.end(), 0.0);
-  std::fill(frequency.begin(), frequency.end(), 0.0);
-  if (last < 1) return;
+  // Writes each entry once: a 2^19-point pass would spend milliseconds clearing first.
+  const std::int32_t first_zero = std::max(last + 1, 1);
+  if (size > 0) level[0] = frequency[0] = 0;
+  std::fill(frequency.begin() + first_zero, frequency.end(), 0.0);
   for (std::int32_t i = 1; i <= last; ++i) frequency[i] = i / denominator * half_rate;
 
   SpectrumHistory& history = spectrum_.History;
   const std::int32_t slot = spectrum_.AverageSlot;
+  std::int32_t stored = 0;  // points 1..stored have a level
   if (slot >= 1 && slot < history.passes()) {
-    const std::int32_t stored = std::min(last, history.points() - 1);
+    stored = std::max(std::min(last, history.points() - 1), 0);
     StorePassLevels(settings, stored);
     // Averaging happens in the displayed unit: dB levels are averaged as dB.
     history.Means(slot, 1, stored, level.data());
   }
+  std::fill(level.begin() + std::max(stored + 1, 1), level.end(), 0.0);
+  if (last < 1) return;
   spectrum_.LevelTop = -5000;
   spectrum_.LevelBottom = 5000;
   for (std::int32_t i = 2; i <= last; ++i) {  // point 1 never sets the range

@@ -25,7 +25,9 @@ std::string BlockData(std::size_t size) {
 
 std::string Block(const std::string& data) {
   const std::string length = std::to_string(data.size());
-  return "#" + std::to_string(length.size()) + length + data + "\n";
+  std::string block(1, '#');  // appended piecewise: GCC 12 misreads "#" + string at -O3
+  block.append(std::to_string(length.size())).append(length).append(data);
+  return block + "\n";
 }
 
 HandlerResponse Instrument(std::string_view message) {

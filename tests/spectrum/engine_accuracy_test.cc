@@ -157,12 +157,20 @@ TEST(EngineAgreementTest, CosineOfKCyclesPeaksAtKAndNMinusKOrAtKForTheDft) {
   for (std::int32_t i = 0; i < kN; ++i) {
     module.RealInput[i] = dft.RealInput[i] = std::cos(2 * std::numbers::pi * kCycles * i / kN);
   }
+  clsFourier object;
+  ASSERT_EQ(object.SetNumberOfSamples(kN), FourierStatus::kOk);
+  for (std::int32_t i = 0; i < kN; ++i) {
+    ASSERT_EQ(object.SetRealIn(i + 1, module.RealInput[i]), FourierStatus::kOk);
+  }
   PrepareTwiddles(module, kN, false);
   ASSERT_EQ(Fourier(module, kN, false, ui), FourierStatus::kOk);
   DiscreteFourier(dft, kN, DftContext{});
   for (std::int32_t k = 0; k < kN; ++k) {
-    const double fft = std::hypot(module.RealOutput[k], module.ImagOutput[k]);
-    EXPECT_NEAR(fft, (k == kCycles || k == kN - kCycles) ? kN / 2.0 : 0.0, 1e-9) << k;
+    const double expected = (k == kCycles || k == kN - kCycles) ? kN / 2.0 : 0.0;
+    EXPECT_NEAR(std::hypot(module.RealOutput[k], module.ImagOutput[k]), expected, 1e-9) << k;
+    double magnitude = -1;
+    ASSERT_EQ(object.Magnitude(k + 1, &magnitude), FourierStatus::kOk);
+    EXPECT_NEAR(magnitude, expected, 1e-9) << k;
     if (k <= kN / 2) {
       const double dft_magnitude = std::hypot(dft.RealOutput[k], dft.ImagOutput[k]);
       EXPECT_NEAR(dft_magnitude, k == kCycles ? kN / 2.0 : 0.0, 0.05) << k;

@@ -88,6 +88,13 @@ ViStatus SimulatedUsbtmcDevice::BulkIn(std::span<std::byte> buffer, Deadline dea
                                        std::size_t* count) {
   *count = 0;
   if (gone_) return VI_ERROR_CONN_LOST;
+  if (wire_.empty() && request_pending_ && options_.empty_transfers_only) {
+    const Header header = DevDepMsgInHeader(request_tag_, 0, false);
+    std::memcpy(buffer.data(), header.data(), header.size());
+    *count = header.size();
+    request_pending_ = false;
+    return VI_SUCCESS;
+  }
   if (wire_.empty() && short_packet_owed_) {
     short_packet_owed_ = false;
     return VI_SUCCESS;

@@ -25,6 +25,8 @@ struct UsbDeviceOptions {
   std::size_t max_in_payload = 1 << 20;
   // Sends a wrong bTag in the next response header.
   bool corrupt_next_tag = false;
+  // Answers every request at once with an empty transfer that does not end the message.
+  bool empty_transfers_only = false;
 };
 
 // What the device saw the host do.

@@ -182,6 +182,13 @@ TEST_P(UsbtmcSessionTest, WrongTagInTheResponseIsAnErrorNotData) {
   EXPECT_EQ(Query("*IDN?"), testing::kCannedIdn);
 }
 
+TEST_P(UsbtmcSessionTest, EndlessEmptyTransfersEndInATimeout) {
+  device_->options().empty_transfers_only = true;
+  session_->SetTimeout(50);
+  Query("*IDN?");
+  EXPECT_EQ(status_, VI_ERROR_TMO);
+}
+
 TEST_P(UsbtmcSessionTest, DeviceGoneMidBlock) {
   std::vector<char> area(600000);
   ViInt32 count = 600000;

@@ -63,8 +63,12 @@ ViStatus UsbtmcTransport::ReceiveChunk(Deadline deadline) {
 ViStatus UsbtmcTransport::Read(std::span<std::byte> buffer, Deadline deadline, ReadResult* result) {
   *result = ReadResult{};
   std::size_t delivered = 0;
+  int requests_sent = 0;
   for (;;) {
     if (!in_transfer_) {
+      // A device answering every request with an empty transfer must not hold us forever.
+      if (requests_sent > 0 && Clock::now() >= deadline) return VI_ERROR_TMO;
+      ++requests_sent;
       last_tag_ = NextTag(last_tag_);
       const Header request = RequestDevDepMsgInHeader(last_tag_, kMaxInTransfer);
       const ViStatus status = device_->BulkOut(request, deadline);

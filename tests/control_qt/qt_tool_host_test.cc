@@ -96,6 +96,17 @@ TEST_F(QtToolHostTest, MenuBarMenusAndToolbarsFollowTheLayout) {
   EXPECT_EQ(host_.ChannelMenu(), host_.Menu("mnu_Channel"));
 }
 
+TEST_F(QtToolHostTest, ToolbarsStackInRowsAtTheTop) {
+  for (const ToolbarDefinition& toolbar : Toolbars()) {
+    EXPECT_EQ(window_->toolBarArea(host_.Toolbar(toolbar.name)), Qt::TopToolBarArea)
+        << toolbar.name;
+  }
+  EXPECT_FALSE(window_->toolBarBreak(host_.Toolbar("TimeBase")));
+  EXPECT_TRUE(window_->toolBarBreak(host_.Toolbar("Channels")));
+  EXPECT_FALSE(window_->toolBarBreak(host_.Toolbar("FFT")));
+  EXPECT_TRUE(window_->toolBarBreak(host_.Toolbar("Markers")));
+}
+
 TEST_F(QtToolHostTest, ToolbarClickChangesTheStateTheMenuShows) {
   QSignalSpy clicked(&host_, &QtToolHost::ToolClicked);
   window_->show();

@@ -2,6 +2,7 @@
 
 #include <QMenuBar>
 #include <QToolButton>
+#include <span>
 
 #include "control/combo_items.h"
 #include "control/menu_layout.h"
@@ -14,6 +15,12 @@ namespace {
 QString ToQString(std::string_view text) {
   return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
 }
+
+constexpr std::string_view kInstrumentRow[] = {"Oscilloscope", "TimeBase"};
+constexpr std::string_view kAnalysisRow[] = {"Channels", "FFT"};
+constexpr std::string_view kMarkerRow[] = {"Markers"};
+constexpr std::span<const std::string_view> kToolbarRows[] = {kInstrumentRow, kAnalysisRow,
+                                                              kMarkerRow};
 
 QStringList ToQStringList(const std::vector<std::string>& items) {
   QStringList list;
@@ -143,8 +150,17 @@ void QtToolHost::CreateToolbars(QMainWindow* window) {
         button->setAccessibleName(ToQString(AccessibleName(*tool)));
       }
     }
-    window->addToolBar(Qt::TopToolBarArea, toolbar);
     toolbars_.emplace(std::string(definition.name), toolbar);
+  }
+  // Rows that fit the default window width (14580 twips, 972 pixels) without folding tools
+  // into overflow menus: instrument, then per-channel analysis, then the markers.
+  bool first_row = true;
+  for (std::span<const std::string_view> row : kToolbarRows) {
+    if (!first_row) window->addToolBarBreak(Qt::TopToolBarArea);
+    first_row = false;
+    for (std::string_view name : row) {
+      if (QToolBar* toolbar = Toolbar(name)) window->addToolBar(Qt::TopToolBarArea, toolbar);
+    }
   }
 }
 

@@ -147,12 +147,13 @@ int SettingStore::ParseEnum(const SettingRow& row, const ScpiParameter& paramete
     auto [primary, primary_kind] = SplitChoiceForm(forms.front());
     for (std::string_view form : forms) {
       auto [mnemonic, kind] = SplitChoiceForm(form);
-      if (!MnemonicMatches(mnemonic, name)) continue;
       if (kind == 0) {
-        if (suffix >= 0) continue;
+        // A choice without a suffix may still end in digits ("CH1").
+        if (!MnemonicMatches(mnemonic, word)) continue;
         *text = ShortForm(primary);
         return 0;
       }
+      if (!MnemonicMatches(mnemonic, name)) continue;
       int value = suffix < 0 ? 1 : suffix;
       int maximum = kind == 'C'   ? limits.channels
                     : kind == 'F' ? limits.functions

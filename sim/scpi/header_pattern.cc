@@ -1,6 +1,7 @@
 #include "sim/scpi/header_pattern.h"
 
 #include <cctype>
+#include <cstdlib>
 
 namespace quarvelo::sim {
 namespace {
@@ -54,6 +55,9 @@ HeaderPattern::HeaderPattern(std::string_view pattern) : text_(pattern) {
     if (hash != std::string::npos) {
       node.suffix_kind = hash + 1 < name.size() ? name[hash + 1] : 'C';
       name.resize(hash);
+    } else if (size_t digits = name.find_first_of("0123456789"); digits != std::string::npos) {
+      node.fixed_suffix = std::atoi(name.c_str() + digits);
+      name.resize(digits);
     }
     node.long_form = Upper(name);
     node.short_form = ShortForm(name);
@@ -94,7 +98,9 @@ MatchResult HeaderPattern::MatchFrom(size_t pattern_index, size_t node_index,
     if (node.name == expected.long_form || node.name == expected.short_form) {
       int suffix = node.suffix < 0 ? 1 : node.suffix;
       bool suffix_ok = true;
-      if (expected.suffix_kind == 0) {
+      if (expected.fixed_suffix >= 0) {
+        if (suffix != expected.fixed_suffix) return MatchResult::kNoMatch;
+      } else if (expected.suffix_kind == 0) {
         suffix_ok = node.suffix < 0;
         if (!suffix_ok) return MatchResult::kNoMatch;
       } else {

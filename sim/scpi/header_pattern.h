@@ -37,6 +37,7 @@ class HeaderPattern {
     std::string long_form;   // upper case
     std::string short_form;  // upper case
     char suffix_kind = 0;    // 0, 'C', 'F', 'W', '2'
+    int fixed_suffix = -1;   // "SOURce1": this suffix only (absent counts as 1)
     bool optional = false;
   };
   MatchResult MatchFrom(size_t pattern_index, size_t node_index,

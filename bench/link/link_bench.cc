@@ -1,0 +1,312 @@
+// End-to-end costs of the link against the in-process simulator on loopback: a full state
+// readback (per exchange, beside a bare TCP ping-pong) and a 524,288-point capture from a
+// stopped instrument (request to volts), each beside the same exchanges replayed by a plain
+// pyvisa-py script in the same run. Also splits the capture into simulator, transfer and
+// conversion time.
+#include <arpa/inet.h>
+#include <benchmark/benchmark.h>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "acquisition/capture.h"
+#include "acquisition/readback.h"
+#include "sim/simulator.h"
+#include "tests/link/link_harness.h"
+
+namespace quarvelo {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+double MillisecondsSince(Clock::time_point start) {
+  return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
+}
+
+// A loopback echo of one small line per exchange: the kernel's share of every query.
+class PingPongServer {
+ public:
+  PingPongServer() {
+    listener_ = socket(AF_INET, SOCK_STREAM, 0);
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    bind(listener_, reinterpret_cast<sockaddr*>(&address), sizeof address);
+    listen(listener_, 1);
+    socklen_t size = sizeof address;
+    getsockname(listener_, reinterpret_cast<sockaddr*>(&address), &size);
+    port_ = ntohs(address.sin_port);
+    thread_ = std::thread([this] { Serve(); });
+  }
+  ~PingPongServer() {
+    shutdown(listener_, SHUT_RDWR);
+    close(listener_);
+    thread_.join();
+  }
+  int port() const { return port_; }
+
+ private:
+  void Serve() {
+    const int connection = accept(listener_, nullptr, nullptr);
+    if (connection < 0) return;
+    const int one = 1;
+    setsockopt(connection, IPPROTO_TCP, TCP_NODELAY, &one, sizeof one);
+    std::array<char, 256> buffer;
+    while (true) {
+      const ssize_t n = recv(connection, buffer.data(), buffer.size(), 0);
+      if (n <= 0) break;
+      if (send(connection, "+1\n", 3, MSG_NOSIGNAL) != 3) break;
+    }
+    close(connection);
+  }
+
+  int listener_ = -1;
+  int port_ = 0;
+  std::thread thread_;
+};
+
+void BM_TcpPingPong(benchmark::State& state) {
+  PingPongServer server;
+  const int fd = socket(AF_INET, SOCK_STREAM, 0);
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  address.sin_port = htons(static_cast<std::uint16_t>(server.port()));
+  connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof address);
+  const int one = 1;
+  setsockopt(fd, IPPROTO_TCP, TCP_NODELAY, &one, sizeof one);
+  std::array<char, 64> reply;
+  for (auto _ : state) {
+    send(fd, "*ESR?\n", 6, MSG_NOSIGNAL);
+    benchmark::DoNotOptimize(recv(fd, reply.data(), reply.size(), 0));
+  }
+  close(fd);
+}
+
+std::unique_ptr<sim::Simulator> StartSimulator() {
+  sim::SimulatorOptions options;
+  options.model = "3000X";
+  options.channels = 4;
+  options.vxi11_port = -1;
+  options.portmapper_port = -1;
+  options.hislip_port = -1;
+  std::string error;
+  auto simulator = sim::Simulator::Start(options, &error);
+  if (!simulator) std::fprintf(stderr, "simulator: %s\n", error.c_str());
+  return simulator;
+}
+
+// An open link to a fresh 4-channel 3000X simulator with both options.
+struct OnlineScope {
+  OnlineScope() : simulator(StartSimulator()) {
+    h.scope.Model = 1;
+    h.scope.MathPrefix = ":FUNC1";
+    h.scope.WgenPrefix = ":WGEN1";
+    h.scope.HasDvm = true;
+    h.scope.HasWgen = true;
+    h.session.Address = simulator->SocketResource();
+    h.link.OpenInstrument();
+  }
+  std::unique_ptr<sim::Simulator> simulator;
+  testing_support::LinkHarness h;
+  acquisition::WaveformRecords records;
+  acquisition::NoReadbackHooks readback_hooks;
+  acquisition::StateReadback readback{h.link, h.scope, records, h.ui, h.tools, readback_hooks};
+  acquisition::WaveformCapture capture{h.link, h.scope, records, h.ui, h.tools};
+};
+
+void WriteLines(const std::string& path, const std::vector<std::string>& lines) {
+  std::ofstream out(path);
+  for (const auto& line : lines) out << line << '\n';
+}
+
+// Runs the pyvisa-py replay of `lines` and returns its one-line report.
+std::string RunScript(const std::string& resource, const std::vector<std::string>& lines,
+                      int repeats) {
+  char folder_template[] = "/tmp/quarvelo-bench-XXXXXX";
+  const char* folder = mkdtemp(folder_template);
+  if (folder == nullptr) return "no temporary folder";
+  const std::string list = std::string(folder) + "/exchanges.txt";
+  const std::string report = std::string(folder) + "/report.txt";
+  WriteLines(list, lines);
+  const std::string command = "/usr/bin/python3 " QUARVELO_BENCH_DIR "/pyvisa_exchanges.py '" +
+                              resource + "' '" + list + "' " + std::to_string(repeats) + " > '" +
+                              report + "' 2>&1";
+  const int status = std::system(command.c_str());
+  std::ifstream in(report);
+  std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+  std::remove(list.c_str());
+  std::remove(report.c_str());
+  rmdir(folder);
+  if (status != 0) return "script failed: " + text;
+  return text;
+}
+
+void BM_ReadBackState(benchmark::State& state) {
+  OnlineScope scope;
+  scope.readback.ReadBackState();  // warm-up: first replies, allocations
+  std::size_t exchanges = 0;
+  for (auto _ : state) {
+    scope.simulator->ClearTraffic();
+    scope.readback.ReadBackState();
+    exchanges = scope.simulator->ReceivedMessages().size();
+  }
+  state.counters["exchanges"] = static_cast<double>(exchanges);
+  state.counters["s_per_exchange"] =
+      benchmark::Counter(static_cast<double>(state.iterations() * exchanges),
+                         benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+  state.SetLabel(scope.h.session.RemoteOn ? "ok" : "link closed");
+}
+
+// A stopped instrument whose record is already acquired: the capture only transfers.
+void PrepareStoppedCapture(OnlineScope& scope) {
+  scope.simulator->Execute(":TIMebase:SCALe 1E-4");
+  scope.simulator->Execute(":RUN");
+  scope.simulator->Execute(":DIGitize");
+  scope.h.scope.TimebaseScale = 1e-4;
+  scope.h.tools.SetComboIndex("ID_Bins", 11);  // "524288"
+}
+
+void BM_Capture524k(benchmark::State& state) {
+  OnlineScope scope;
+  PrepareStoppedCapture(scope);
+  scope.h.tools.SetComboItems("ID_Bins", std::vector<std::string>(12, "x"));
+  scope.h.tools.SetComboIndex("ID_Bins", 11);
+  scope.capture.CaptureChannel(1, true, false, 0);  // warm-up and storage growth
+  for (auto _ : state) scope.capture.CaptureChannel(1, true, false, 0);
+  state.counters["points"] = scope.records.Records[1].ByteCount;
+  state.SetLabel(scope.h.session.RemoteOn ? "ok" : "link closed");
+}
+
+void BM_QueryBlockOnly(benchmark::State& state) {
+  OnlineScope scope;
+  PrepareStoppedCapture(scope);
+  scope.h.link.SendCommand(":WAVeform:POINts:MODE RAW");
+  scope.h.link.SendCommand(":WAVEFORM:POINTS 524288");
+  scope.h.link.SendCommand(":WAVeform:FORMat BYTE");
+  std::int32_t bytes = 0;
+  for (auto _ : state) bytes = scope.h.link.QueryBinaryBlock(":WAVeform:DATA?");
+  state.counters["bytes"] = bytes;
+}
+
+void BM_SimulatorBlockDirect(benchmark::State& state) {
+  auto simulator = StartSimulator();
+  simulator->Execute(":TIMebase:SCALe 1E-4");
+  simulator->Execute(":DIGitize");
+  simulator->Execute(":WAVeform:POINts:MODE RAW");
+  simulator->Execute(":WAVEFORM:POINTS 524288");
+  simulator->Execute(":WAVeform:FORMat BYTE");
+  std::size_t size = 0;
+  for (auto _ : state) size = simulator->Execute(":WAVeform:DATA?").size();
+  state.counters["bytes"] = static_cast<double>(size);
+}
+
+// One query through our VISA layer and the simulator's socket server, without the link: what
+// every exchange of the readback costs below the link.
+void BM_VisaQueryOnly(benchmark::State& state) {
+  OnlineScope scope;
+  const ViSession instrument = scope.h.session.Instrument;
+  std::array<char, 64> reply{};
+  for (auto _ : state) {
+    viPrintf(instrument, "%s\n", "*ESR?");
+    ViInt32 count = static_cast<ViInt32>(reply.size());
+    viScanf(instrument, "%#t", &count, reply.data());
+  }
+}
+
+// The simulator's own share of a readback: the same messages run against its model directly,
+// without a transport.
+void BM_SimulatorReadbackDirect(benchmark::State& state) {
+  OnlineScope scope;
+  scope.readback.ReadBackState();
+  scope.simulator->ClearTraffic();
+  scope.readback.ReadBackState();
+  const std::vector<std::string> lines = scope.simulator->ReceivedMessages();
+  scope.h.link.CloseInstrument();
+  for (auto _ : state) {
+    for (const auto& line : lines) benchmark::DoNotOptimize(scope.simulator->Execute(line));
+  }
+  state.counters["exchanges"] = static_cast<double>(lines.size());
+  state.counters["s_per_exchange"] =
+      benchmark::Counter(static_cast<double>(state.iterations() * lines.size()),
+                         benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+}
+
+void BM_ConvertSamples524k(benchmark::State& state) {
+  const std::size_t n = 524288;
+  std::vector<std::uint8_t> codes(n);
+  for (std::size_t i = 0; i < n; ++i) codes[i] = static_cast<std::uint8_t>(i * 7);
+  std::vector<double> raw(n), time(n), volts(n);
+  for (auto _ : state) {
+    acquisition::ConvertSamples(codes, 1e-9, -2.6e-4, 128, 0.01, 0.5, raw, time, volts);
+    benchmark::DoNotOptimize(volts.data());
+  }
+}
+
+void PrintScriptComparison() {
+  OnlineScope scope;
+  if (!scope.h.session.RemoteOn) return;
+  scope.readback.ReadBackState();
+  scope.simulator->ClearTraffic();
+  auto start = Clock::now();
+  constexpr int kRepeats = 20;
+  for (int i = 0; i < kRepeats; ++i) scope.readback.ReadBackState();
+  const double readback_ms = MillisecondsSince(start) / kRepeats;
+  std::vector<std::string> readback_lines = scope.simulator->ReceivedMessages();
+  readback_lines.resize(readback_lines.size() / kRepeats);
+
+  PrepareStoppedCapture(scope);
+  scope.h.tools.SetComboItems("ID_Bins", std::vector<std::string>(12, "x"));
+  scope.h.tools.SetComboIndex("ID_Bins", 11);
+  scope.capture.CaptureChannel(1, true, false, 0);
+  scope.simulator->ClearTraffic();
+  start = Clock::now();
+  for (int i = 0; i < kRepeats; ++i) scope.capture.CaptureChannel(1, true, false, 0);
+  const double capture_ms = MillisecondsSince(start) / kRepeats;
+  std::vector<std::string> capture_lines = scope.simulator->ReceivedMessages();
+  capture_lines.resize(capture_lines.size() / kRepeats);
+
+  const std::string resource = scope.simulator->SocketResource();
+  const std::int32_t points = scope.records.Records[1].ByteCount;
+  // The instrument serves one client at a time: the script connects once the program is gone.
+  scope.h.link.CloseInstrument();
+  std::printf("\nSame exchanges, same simulator, same run (medians for the script):\n");
+  std::printf("  program  readback: exchanges=%zu total_ms=%.3f per_exchange_us=%.1f\n",
+              readback_lines.size(), readback_ms, readback_ms * 1e3 / readback_lines.size());
+  std::printf("  pyvisa   readback: %s", RunScript(resource, readback_lines, kRepeats).c_str());
+  std::printf("  program  capture : exchanges=%zu total_ms=%.3f points=%d\n", capture_lines.size(),
+              capture_ms, scope.records.Records[1].ByteCount);
+  std::printf("  pyvisa   capture : %s", RunScript(resource, capture_lines, kRepeats).c_str());
+}
+
+}  // namespace
+}  // namespace quarvelo
+
+BENCHMARK(quarvelo::BM_TcpPingPong)->UseRealTime()->Unit(benchmark::kMicrosecond);
+BENCHMARK(quarvelo::BM_ReadBackState)->UseRealTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(quarvelo::BM_Capture524k)->UseRealTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(quarvelo::BM_QueryBlockOnly)->UseRealTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(quarvelo::BM_SimulatorBlockDirect)->UseRealTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(quarvelo::BM_VisaQueryOnly)->UseRealTime()->Unit(benchmark::kMicrosecond);
+BENCHMARK(quarvelo::BM_SimulatorReadbackDirect)->UseRealTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(quarvelo::BM_ConvertSamples524k)->Unit(benchmark::kMillisecond);
+
+int main(int argc, char** argv) {
+  benchmark::Initialize(&argc, argv);
+  benchmark::RunSpecifiedBenchmarks();
+  benchmark::Shutdown();
+  quarvelo::PrintScriptComparison();
+  return 0;
+}

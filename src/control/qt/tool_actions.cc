@@ -19,6 +19,12 @@ void Describe(QWidget* widget, const QString& id, const QString& accessible_name
   if (!tooltip.isEmpty()) widget->setToolTip(tooltip);
 }
 
+QStringList ItemsOf(const QComboBox& combo) {
+  QStringList items;
+  for (int i = 0; i < combo.count(); ++i) items.append(combo.itemText(i));
+  return items;
+}
+
 QString AccessibleNameOf(const QAction* action) {
   return action->text().isEmpty() ? action->toolTip() : action->text();
 }
@@ -77,12 +83,7 @@ QWidget* ComboToolAction::createWidget(QWidget* parent) {
 
 void ComboToolAction::Refresh(QComboBox* combo) const {
   const QSignalBlocker blocker(combo);
-  if (combo->count() != items_.size() || [&] {
-        for (int i = 0; i < combo->count(); ++i) {
-          if (combo->itemText(i) != items_[i]) return true;
-        }
-        return false;
-      }()) {
+  if (ItemsOf(*combo) != items_) {
     combo->clear();
     combo->addItems(items_);
   }

@@ -130,8 +130,8 @@ HandlerResponse Instrument::HandleMessage(std::string_view message) {
   }
   if (faults.drop_after > 0) --faults.drop_after;
   std::string reply = Run(message);
-  response.delay = std::chrono::milliseconds(faults.reply_delay_ms);
   if (reply.empty()) return response;
+  response.delay = std::chrono::milliseconds(faults.reply_delay_ms);
   if (faults.silent_next_query) {
     faults.silent_next_query = false;
     return response;

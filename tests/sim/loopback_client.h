@@ -1,0 +1,122 @@
+// A plain blocking POSIX TCP client for the tests: lines and exact byte counts with a time-out.
+#ifndef QUARVELO_TESTS_SIM_LOOPBACK_CLIENT_H_
+#define QUARVELO_TESTS_SIM_LOOPBACK_CLIENT_H_
+
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace quarvelo::sim {
+
+class LoopbackClient {
+ public:
+  explicit LoopbackClient(std::uint16_t port) {
+    fd_ = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(port);
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    if (connect(fd_, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0) {
+      close(fd_);
+      fd_ = -1;
+    }
+    int one = 1;
+    if (fd_ >= 0) setsockopt(fd_, IPPROTO_TCP, TCP_NODELAY, &one, sizeof one);
+  }
+  ~LoopbackClient() {
+    if (fd_ >= 0) close(fd_);
+  }
+  LoopbackClient(const LoopbackClient&) = delete;
+  LoopbackClient& operator=(const LoopbackClient&) = delete;
+
+  bool connected() const { return fd_ >= 0; }
+
+  bool Send(std::string_view text) {
+    while (!text.empty()) {
+      ssize_t n = send(fd_, text.data(), text.size(), MSG_NOSIGNAL);
+      if (n <= 0) return false;
+      text.remove_prefix(static_cast<size_t>(n));
+    }
+    return true;
+  }
+
+  // Up to and including LF; nullopt on time-out or when the peer closes first.
+  std::optional<std::string> ReadLine(std::chrono::milliseconds timeout) {
+    auto deadline = std::chrono::steady_clock::now() + timeout;
+    while (true) {
+      size_t lf = buffer_.find('\n');
+      if (lf != std::string::npos) {
+        std::string line = buffer_.substr(0, lf + 1);
+        buffer_.erase(0, lf + 1);
+        return line;
+      }
+      if (!Fill(deadline)) return std::nullopt;
+    }
+  }
+
+  std::optional<std::string> ReadExact(size_t count, std::chrono::milliseconds timeout) {
+    auto deadline = std::chrono::steady_clock::now() + timeout;
+    while (buffer_.size() < count) {
+      if (!Fill(deadline)) return std::nullopt;
+    }
+    std::string bytes = buffer_.substr(0, count);
+    buffer_.erase(0, count);
+    return bytes;
+  }
+
+  // A definite-length block and its LF: the data, or nullopt when it does not all arrive.
+  std::optional<std::string> ReadBlock(std::chrono::milliseconds timeout) {
+    std::optional<std::string> header = ReadExact(2, timeout);
+    if (!header || (*header)[0] != '#') return std::nullopt;
+    std::optional<std::string> digits = ReadExact((*header)[1] - '0', timeout);
+    if (!digits) return std::nullopt;
+    std::optional<std::string> data = ReadExact(std::stoul(*digits), timeout);
+    if (!data || ReadExact(1, timeout) != "\n") return std::nullopt;
+    return data;
+  }
+
+  // True when the peer has closed the connection (and sent nothing more) within the time-out.
+  bool PeerClosed(std::chrono::milliseconds timeout) {
+    auto deadline = std::chrono::steady_clock::now() + timeout;
+    while (Fill(deadline)) {
+    }
+    return closed_;
+  }
+
+  size_t buffered() const { return buffer_.size(); }
+
+ private:
+  bool Fill(std::chrono::steady_clock::time_point deadline) {
+    if (closed_) return false;
+    auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
+        deadline - std::chrono::steady_clock::now());
+    if (left.count() <= 0) return false;
+    pollfd waiter{fd_, POLLIN, 0};
+    if (poll(&waiter, 1, static_cast<int>(left.count())) <= 0) return false;
+    char chunk[65536];
+    ssize_t n = recv(fd_, chunk, sizeof chunk, 0);
+    if (n <= 0) {
+      closed_ = true;
+      return false;
+    }
+    buffer_.append(chunk, static_cast<size_t>(n));
+    return true;
+  }
+
+  int fd_ = -1;
+  bool closed_ = false;
+  std::string buffer_;
+};
+
+}  // namespace quarvelo::sim
+
+#endif  // QUARVELO_TESTS_SIM_LOOPBACK_CLIENT_H_

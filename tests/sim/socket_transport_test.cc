@@ -1,0 +1,149 @@
+// The in-process simulator over real loopback TCP on its raw socket: queries, blocks, faults,
+// bad bytes, one client after another, the traffic log.
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <memory>
+#include <string>
+
+#include "sim/simulator.h"
+#include "tests/sim/loopback_client.h"
+
+namespace quarvelo::sim {
+namespace {
+
+using std::chrono::milliseconds;
+constexpr milliseconds kWait{3000};
+constexpr milliseconds kShort{150};
+
+class SocketTransportTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    SimulatorOptions options;
+    options.vxi11_port = -1;
+    options.portmapper_port = -1;
+    options.hislip_port = -1;
+    std::string error;
+    simulator_ = Simulator::Start(options, &error);
+    ASSERT_TRUE(simulator_) << error;
+    ASSERT_NE(simulator_->socket_port(), 0);
+  }
+  std::unique_ptr<Simulator> simulator_;
+};
+
+TEST_F(SocketTransportTest, IdentifiesSetsReadsBackAndSendsABlockOfItsAnnouncedLength) {
+  LoopbackClient client(simulator_->socket_port());
+  ASSERT_TRUE(client.connected());
+  client.Send("*IDN?\n");
+  EXPECT_EQ(client.ReadLine(kWait).value_or("").substr(0, 22), "KEYSIGHT TECHNOLOGIES,");
+  client.Send(":CHANnel1:SCALe 200mV\r\n:CHANnel1:SCALe?\n");
+  EXPECT_EQ(client.ReadLine(kWait), "+2.00000E-01\n");
+  client.Send(":WAVeform:POINts 1000;:WAVeform:DATA?\n");
+  std::optional<std::string> block = client.ReadBlock(kWait);
+  ASSERT_TRUE(block);
+  EXPECT_EQ(block->size(), 1000u);
+  client.Send(":SYSTem:ERRor?\n");
+  EXPECT_EQ(client.ReadLine(kWait), "+0,\"No error\"\n");
+  EXPECT_EQ(simulator_->SocketResource(),
+            "TCPIP0::127.0.0.1::" + std::to_string(simulator_->socket_port()) + "::SOCKET");
+}
+
+TEST_F(SocketTransportTest, TrafficLogHoldsMessagesAndSummarisedReplies) {
+  simulator_->Execute(":CHANnel2:DISPlay 1");  // set-up steps are not traffic
+  LoopbackClient client(simulator_->socket_port());
+  client.Send("*IDN?\n:STOP\n:DISPlay:DATA? BMP8bit,COLor\n");
+  ASSERT_TRUE(client.ReadLine(kWait));
+  ASSERT_TRUE(client.ReadBlock(kWait));
+  std::vector<std::string> received = simulator_->ReceivedMessages();
+  ASSERT_EQ(received.size(), 3u);
+  EXPECT_EQ(received[1], ":STOP");
+  std::vector<TrafficEntry> traffic = simulator_->Traffic();
+  ASSERT_EQ(traffic.size(), 5u);
+  EXPECT_EQ(traffic.back().direction, TrafficEntry::Direction::kSent);
+  EXPECT_EQ(traffic.back().text, "#800385078 (385078 bytes)");
+  EXPECT_LE(traffic.front().seconds, traffic.back().seconds);
+  simulator_->ClearTraffic();
+  EXPECT_TRUE(simulator_->Traffic().empty());
+}
+
+TEST_F(SocketTransportTest, DelayHoldsEveryReplyBack) {
+  LoopbackClient client(simulator_->socket_port());
+  client.Send(":SIMulate:DELay 400\n*IDN?\n");
+  EXPECT_FALSE(client.ReadLine(kShort));  // not yet
+  EXPECT_TRUE(client.ReadLine(kWait));
+  client.Send(":SIMulate:DELay 0;:SIMulate:DELay?\n");
+  EXPECT_EQ(client.ReadLine(kWait), "+0\n");
+}
+
+TEST_F(SocketTransportTest, DropClosesTheConnectionAfterTheMessagesServed) {
+  {
+    LoopbackClient client(simulator_->socket_port());
+    client.Send(":SIMulate:DROP 1\n*IDN?\n");
+    EXPECT_TRUE(client.ReadLine(kWait));  // the one message still served
+    client.Send("*IDN?\n");
+    EXPECT_TRUE(client.PeerClosed(kWait));
+    EXPECT_EQ(client.buffered(), 0u);
+  }
+  LoopbackClient next(simulator_->socket_port());  // the next client is served as usual
+  next.Send("*OPC?\n");
+  EXPECT_EQ(next.ReadLine(kWait), "1\n");
+}
+
+TEST_F(SocketTransportTest, GarbageSilenceAndCutBlocksAreOneShot) {
+  LoopbackClient client(simulator_->socket_port());
+  client.Send(":SIMulate:GARBage\n*IDN?\n");
+  std::optional<std::string> garbage = client.ReadLine(kWait);
+  ASSERT_TRUE(garbage);
+  EXPECT_NE(garbage->substr(0, 8), "KEYSIGHT");
+  client.Send(":SIMulate:SILent\n*IDN?\n");
+  EXPECT_FALSE(client.ReadLine(kShort));
+  client.Send("*OPC?\n");
+  EXPECT_EQ(client.ReadLine(kWait), "1\n");
+  client.Send(":SIMulate:CUT 100\n:WAVeform:DATA?\n");
+  std::optional<std::string> header = client.ReadExact(10, kWait);
+  ASSERT_TRUE(header);
+  EXPECT_EQ(*header, "#800001000");
+  EXPECT_TRUE(client.ReadExact(100, kWait));
+  EXPECT_FALSE(client.ReadExact(1, kShort));  // the rest never comes
+  client.Send("*OPC?\n");
+  EXPECT_EQ(client.ReadLine(kWait), "1\n");
+}
+
+TEST_F(SocketTransportTest, BadBytesNeitherCrashNorStopTheServer) {
+  LoopbackClient client(simulator_->socket_port());
+  std::string junk("\x00\xff\x01:CHAN\x80:SC;;;\"unterminated\n", 27);
+  client.Send(junk);
+  client.Send(std::string(200000, 'A') + "\n");
+  client.Send("#9999\n*IDN?\n");
+  std::optional<std::string> reply = client.ReadLine(kWait);
+  ASSERT_TRUE(reply);
+  EXPECT_EQ(reply->substr(0, 8), "KEYSIGHT");
+  client.Send(":SYSTem:ERRor?\n");
+  std::optional<std::string> error = client.ReadLine(kWait);
+  ASSERT_TRUE(error);
+  EXPECT_NE(error->substr(0, 2), "+0");
+}
+
+TEST_F(SocketTransportTest, ServesOneClientAfterAnother) {
+  auto first = std::make_unique<LoopbackClient>(simulator_->socket_port());
+  first->Send("*OPC?\n");
+  ASSERT_EQ(first->ReadLine(kWait), "1\n");
+  LoopbackClient second(simulator_->socket_port());  // queued while the first is served
+  second.Send("*OPC?\n");
+  EXPECT_FALSE(second.ReadLine(kShort));
+  first.reset();
+  EXPECT_EQ(second.ReadLine(kWait), "1\n");
+}
+
+TEST_F(SocketTransportTest, StopClosesConnectionsAndRefusesNewOnes) {
+  LoopbackClient client(simulator_->socket_port());
+  client.Send("*OPC?\n");
+  ASSERT_TRUE(client.ReadLine(kWait));
+  std::uint16_t port = simulator_->socket_port();
+  simulator_->Stop();
+  EXPECT_TRUE(client.PeerClosed(kWait));
+  EXPECT_FALSE(LoopbackClient(port).connected());
+}
+
+}  // namespace
+}  // namespace quarvelo::sim

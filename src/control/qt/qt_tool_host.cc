@@ -35,8 +35,12 @@ QtToolHost::QtToolHost(QMainWindow* window) : QObject(window), window_(window) {
   // Menus first: the channel buttons need the channel menu, and menu tools are actions too.
   CreateMenus();
   CreateActions();
-  for (const MenuDefinition& menu : Menus()) FillMenu(menus_.at(std::string(menu.id)), menu.id);
-  for (std::string_view id : MenuBar()) window_->menuBar()->addMenu(menus_.at(std::string(id)));
+  for (const MenuDefinition& definition : Menus()) {
+    if (QMenu* menu = Menu(definition.id)) FillMenu(menu, definition.id);
+  }
+  for (std::string_view id : MenuBar()) {
+    if (QMenu* menu = Menu(id)) window_->menuBar()->addMenu(menu);
+  }
   CreateToolbars(window);
 }
 

@@ -6,7 +6,6 @@
 #include <vector>
 
 #include "acquisition/capture.h"
-#include "acquisition/reply_fields.h"
 #include "acquisition/waveform_record.h"
 
 namespace quarvelo::acquisition {
@@ -88,21 +87,6 @@ TEST(SampleStorageTest, GrowsKeepingContentsAndNeverShrinks) {
   EXPECT_TRUE(storage.Raw(0).empty());
   EXPECT_TRUE(storage.Raw(5).empty());
   EXPECT_TRUE(storage.Raw(-1).empty());
-}
-
-TEST(ReplyFieldsTest, ReadsPartsOfReplies) {
-  EXPECT_EQ(WithoutQuotes("\"ABC\""), "ABC");
-  EXPECT_EQ(WithoutQuotes("\""), "");
-  EXPECT_EQ(WithoutQuotes(""), "");
-  EXPECT_EQ(FirstChars("CHAN3", 3), "CHA");
-  EXPECT_EQ(FirstChars("DC", 4), "DC");
-  EXPECT_EQ(DigitAt("CHAN2", 4), 2);
-  EXPECT_EQ(DigitAt("CHAN", 4), 0);
-  EXPECT_EQ(DigitAt("CHANX", 4), 0);
-  EXPECT_EQ(WholeNumber16("+1.0E+00"), 1);
-  EXPECT_EQ(WholeNumber16("2.5"), 2);
-  EXPECT_EQ(WholeNumber16("+9.9E+37"), 32767);
-  EXPECT_EQ(WholeNumber16("abc"), 0);
 }
 
 }  // namespace

@@ -167,11 +167,16 @@ TEST_P(TriggerSourceTest, ReadsSourceChannelAndTool) {
   const SourceCase& c = GetParam();
   OnlineScope s;
   s.simulator->Execute(c.command);
+  // A scale between the V/div steps keeps the previous step index.
+  s.simulator->Execute(":CHANnel1:SCALe 0.3");
+  s.simulator->Execute(":CHANnel3:SCALe 0.3");
   s.h.scope.TriggerChannel = 4;
+  s.h.scope.TriggerScaleIndex = 7;
   s.readback.ReadBackState();
   EXPECT_EQ(s.h.scope.TriggerSource, c.source);
   EXPECT_EQ(s.h.scope.TriggerChannel, c.channel);
   EXPECT_TRUE(s.h.tools.ToolState(c.tool));
+  EXPECT_EQ(s.h.scope.TriggerScaleIndex, 7);
 }
 
 INSTANTIATE_TEST_SUITE_P(

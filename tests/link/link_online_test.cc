@@ -42,15 +42,18 @@ TEST(LinkOnlineTest, EveryWriteAndQueryIsFollowedByTheErrorQuery) {
   EXPECT_TRUE(s.h.ui.status_lines().empty()) << "no error entry leaves the status line alone";
 }
 
-TEST(LinkOnlineTest, NumberListReadsThePreamble) {
+TEST(LinkOnlineTest, OverLongAndGarbledRepliesDoNotShiftLaterExchanges) {
   OnlineScope s;
-  s.simulator->Execute(":DIGitize");
-  const std::int32_t count = s.h.link.QueryNumberList(":WAVeform:PREamble?");
-  EXPECT_EQ(count, 10);
-  const auto values = s.h.link.number_list(count);
-  const std::string reply = s.simulator->Execute(":WAVeform:PREamble?");
-  EXPECT_DOUBLE_EQ(values[0], text::LeadingNumber(reply));
-  EXPECT_GT(values[2], 0) << "points";
+  // Five identifications in one reply: far more than the 256 characters a reply may bring.
+  const std::string compound = "*IDN?;*IDN?;*IDN?;*IDN?;*IDN?";
+  const std::string whole = s.simulator->Execute(compound);
+  ASSERT_GT(whole.size(), 300u);
+  EXPECT_EQ(s.h.link.QueryString(compound), whole.substr(0, 256));
+  s.simulator->Execute(":SIMulate:GARBage 1");
+  const std::string garbage = s.h.link.QueryString(":TIMebase:SCALe?");
+  EXPECT_NE(garbage, s.simulator->Execute(":TIMebase:SCALe?"));
+  EXPECT_EQ(s.h.link.QueryString("*IDN?"), s.simulator->Execute("*IDN?"));
+  EXPECT_TRUE(s.h.session.RemoteOn);
 }
 
 TEST(LinkOnlineTest, TwoErrorEntriesAreDrainedOntoTheStatusLine) {

@@ -110,6 +110,8 @@ class HislipSession {
   std::uint64_t client_max_message_size_ = UINT64_MAX;
   std::string input_;
   bool input_too_large_ = false;
+  // A response went out whole; the client's next message says whether it read it all.
+  bool sent_reply_unconfirmed_ = false;
   PendingReply pending_;
 };
 
@@ -153,6 +155,7 @@ bool HislipSession::SendReply() {
     if (!Send(sync_, stop_, {type, 0, reply.message_id, length}, data.first(length))) return false;
     data = data.subspan(length);
   } while (!data.empty());
+  sent_reply_unconfirmed_ = !reply.drop;
   return !reply.drop;
 }
 
@@ -180,6 +183,12 @@ bool HislipSession::OnSync() {
         return Send(sync_, stop_,
                     {MessageType::kError,
                      static_cast<std::uint8_t>(hislip::ErrorCode::kMessageTooLarge), 0, 0});
+      }
+      if (input_.empty() && sent_reply_unconfirmed_) {
+        // The first piece of a new message without "response fully read": the client left
+        // the last response (or part of it) unread, which the instrument counts as interrupted.
+        sent_reply_unconfirmed_ = false;
+        if ((header.control & hislip::kRmtDelivered) == 0) handler_.ReplyInterrupted();
       }
       if (ReadPayload(sync_, header.payload_length, stop_, &input_) != FrameResult::kOk) {
         return false;
@@ -255,6 +264,7 @@ bool HislipSession::OnAsync() {
     case MessageType::kAsyncDeviceClear:
       input_.clear();
       input_too_large_ = false;
+      sent_reply_unconfirmed_ = false;
       pending_ = PendingReply{};
       handler_.DeviceClear();
       return Send(async_, stop_, {MessageType::kAsyncDeviceClearAcknowledge, 0, 0, 0});

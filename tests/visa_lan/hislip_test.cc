@@ -105,8 +105,9 @@ TEST_F(HislipTest, TimeOutThenAGoodExchangeDropsTheStaleResponse) {
   StartServer();
   auto transport = Open();
   ASSERT_NE(transport, nullptr);
-  // The slow reply is already queued when the next query goes out, so the server cannot
-  // interrupt it: only its message id tells the client to drop it.
+  // The slow reply is already on its way when the next query goes out, so only its message
+  // id tells the client to drop it; the client's "response fully read" bit, left clear,
+  // tells the instrument the reply was never read.
   ASSERT_EQ(WriteMessage(*transport, "SLOW?\n", In(2000)), VI_SUCCESS);
   const auto start = Clock::now();
   std::string reply;
@@ -115,7 +116,12 @@ TEST_F(HislipTest, TimeOutThenAGoodExchangeDropsTheStaleResponse) {
   std::this_thread::sleep_for(std::chrono::milliseconds(500));
   ASSERT_EQ(Query(*transport, "*IDN?", &reply), VI_SUCCESS);
   EXPECT_EQ(reply, kIdn);
-  EXPECT_EQ(handler_.interrupted.load(), 0);
+  EXPECT_EQ(handler_.interrupted.load(), 1);
+  // A response read whole is confirmed with the next message: no interruption.
+  ASSERT_EQ(Query(*transport, "ECHO next", &reply), VI_SUCCESS);
+  ASSERT_EQ(Query(*transport, "ECHO again", &reply), VI_SUCCESS);
+  EXPECT_EQ(reply, "again\n");
+  EXPECT_EQ(handler_.interrupted.load(), 1);
 }
 
 TEST_F(HislipTest, NewMessageInterruptsAReplyNotYetSent) {

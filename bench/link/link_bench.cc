@@ -287,7 +287,7 @@ void PrintScriptComparison() {
               readback_lines.size(), readback_ms, readback_ms * 1e3 / readback_lines.size());
   std::printf("  pyvisa   readback: %s", RunScript(resource, readback_lines, kRepeats).c_str());
   std::printf("  program  capture : exchanges=%zu total_ms=%.3f points=%d\n", capture_lines.size(),
-              capture_ms, scope.records.Records[1].ByteCount);
+              capture_ms, points);
   std::printf("  pyvisa   capture : %s", RunScript(resource, capture_lines, kRepeats).c_str());
 }
 

@@ -177,6 +177,7 @@ sim::HandlerResponse CannedInstrument::HandleMessage(std::string_view message) {
     return {"#6524288" + data + "\n"};
   }
   if (message == "SLOW?") return {"LATE\n", std::chrono::milliseconds(300)};
+  if (message == "LONG?") return {std::string(1000, 'L') + "\n"};
   if (message == "GONE?") return {"#6524288" + CannedBlockData(1000), {}, true};
   return {};
 }

@@ -77,7 +77,9 @@ class SimulatedUsbtmcDevice : public UsbDevice {
   bool short_packet_owed_ = false;
 };
 
-// Answers like a tiny instrument: "*IDN?", a 524,288-byte block, a slow and a silent query.
+// Answers like a tiny instrument: "*IDN?", a 524,288-byte block (":WAVeform:DATA?"), a
+// 1000-character reply ("LONG?"), a reply 300 ms late ("SLOW?"), a block cut off by the
+// instrument going away ("GONE?"); anything else gets no reply.
 class CannedInstrument : public sim::MessageHandler {
  public:
   sim::HandlerResponse HandleMessage(std::string_view message) override;

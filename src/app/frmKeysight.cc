@@ -17,12 +17,12 @@
 
 #include "app/startup.h"
 #include "app/twips.h"
+#include "control/qt/qt_tool_host.h"
 #include "control/set_toolbar.h"
 #include "dialogs/frmSettings.h"
 #include "platform/qt/activity_indicator.h"
 #include "platform/qt/picture_box.h"
 #include "platform/qt/qt_ui_services.h"
-#include "platform/ui/recording_ui.h"
 
 namespace quarvelo::app {
 namespace {
@@ -51,7 +51,12 @@ frmKeysight::frmKeysight(settings::SettingsStore& store, StartupPlatform& platfo
   BuildWidgets();
   ui_ = std::make_unique<qt::QtUiServices>(
       qt::QtUiWidgets{this, lbl_screen_, sha_activity_, tmr_refresh_, tmr_single_});
-  tools_ = std::make_unique<ui::RecordingToolHost>();
+  tools_ = std::make_unique<control::QtToolHost>(this);
+  link_ = std::make_unique<link::InstrumentLink>(
+      session_, status_flags_,
+      link::ScopeFields{scope_.ChannelCount, scope_.HasDvm, scope_.HasWgen,
+                        scope_.ToolUpdateInProgress},
+      *ui_, *tools_, store_, static_cast<link::LinkHooks&>(*this));
 }
 
 frmKeysight::~frmKeysight() {
@@ -221,7 +226,7 @@ QWidget* frmKeysight::BuildAveragingBox() {
 
 bool frmKeysight::Form_Load() {
   const StartupServices services{store_, *tools_, *this, platform_};
-  const StartupRecords records{settings_, scope_, data_folder_};
+  const StartupRecords records{settings_, scope_, session_.Address, data_folder_};
   const StartupResult result = RunStartup(
       services, records,
       WindowCaption(QUARVELO_VERSION_MAJOR, QUARVELO_VERSION_MINOR, QUARVELO_VERSION_PATCH));
@@ -234,7 +239,7 @@ void frmKeysight::ShowSettingsDialog() {
   {
     dialogs::frmSettings dialog(
         store_,
-        dialogs::SettingsDialogRecords{settings_.Address, settings_.Algorithm,
+        dialogs::SettingsDialogRecords{session_.Address, settings_.Algorithm,
                                        settings_.AutoAlgorithm, scope_},
         this);
     dialog.exec();
@@ -245,7 +250,7 @@ void frmKeysight::ShowSettingsDialog() {
 void frmKeysight::Form_Unload() {
   unloaded_ = true;
   const StartupServices services{store_, *tools_, *this, platform_};
-  const StartupRecords records{settings_, scope_, data_folder_};
+  const StartupRecords records{settings_, scope_, session_.Address, data_folder_};
   RunShutdown(services, records);
 }
 
@@ -295,9 +300,17 @@ void frmKeysight::StartDisplay() {
 
 void frmKeysight::RebuildToolbar() {
   const control::ToolbarSelections selections{8, settings_.SpectrumUnit, settings_.WindowIndex};
-  control::SetToolbar(*tools_, store_, false, selections, scope_);
+  control::SetToolbar(*tools_, store_, session_.RemoteOn, selections, scope_);
 }
 
-void frmKeysight::CloseInstrument() {}
+void frmKeysight::CloseInstrument() { link_->CloseInstrument(); }
+
+// The sweep arrives with the sweep cycle; until then a request has nothing to run.
+void frmKeysight::RequestSweep(bool) {}
+
+// No generator dialog exists yet, so none can be open.
+void frmKeysight::CloseWgenDialog() {}
+
+void frmKeysight::EndProgram() { close(); }
 
 }  // namespace quarvelo::app

@@ -14,6 +14,10 @@
 #include "acquisition/scope_state.h"
 #include "app/app_settings.h"
 #include "app/main_window_view.h"
+#include "link/instrument_link.h"
+#include "link/instrument_session.h"
+#include "link/link_hooks.h"
+#include "link/status_flags.h"
 #include "platform/settings/settings_store.h"
 #include "platform/ui/tool_host.h"
 #include "platform/ui/ui_services.h"
@@ -27,6 +31,10 @@ class QTabWidget;
 class QTimer;
 class QToolButton;
 
+namespace quarvelo::control {
+class QtToolHost;
+}  // namespace quarvelo::control
+
 namespace quarvelo::qt {
 class ActivityIndicator;
 class PictureBox;
@@ -37,7 +45,7 @@ namespace quarvelo::app {
 
 inline constexpr int kTimerIntervalMs = 1000;
 
-class frmKeysight : public QMainWindow, private MainWindowView {
+class frmKeysight : public QMainWindow, private MainWindowView, private link::LinkHooks {
   Q_OBJECT
 
  public:
@@ -53,6 +61,9 @@ class frmKeysight : public QMainWindow, private MainWindowView {
 
   ui::UiServices& Ui();
   ui::ToolHost& Tools();
+  control::QtToolHost& Toolbar() { return *tools_; }
+  link::InstrumentLink& Link() { return *link_; }
+  link::InstrumentSession& Session() { return session_; }
   settings::SettingsStore& Store() { return store_; }
   AppSettings& Settings() { return settings_; }
   acquisition::ScopeState& Scope() { return scope_; }
@@ -92,6 +103,11 @@ class frmKeysight : public QMainWindow, private MainWindowView {
   void RebuildToolbar() override;
   void CloseInstrument() override;
 
+  // LinkHooks.
+  void RequestSweep(bool restart) override;
+  void CloseWgenDialog() override;
+  void EndProgram() override;
+
   void BuildWidgets();
   QWidget* BuildScopeTab();
   QGroupBox* BuildFftFrame();
@@ -105,6 +121,8 @@ class frmKeysight : public QMainWindow, private MainWindowView {
   // Records owned for the whole run.
   AppSettings settings_;
   acquisition::ScopeState scope_;
+  link::InstrumentSession session_;
+  link::StatusFlags status_flags_;
   std::string data_folder_;
   QImage pic_temp_;
 
@@ -132,8 +150,10 @@ class frmKeysight : public QMainWindow, private MainWindowView {
   QTimer* tmr_refresh_ = nullptr;
   QTimer* tmr_single_ = nullptr;
 
+  // In this order: the link uses the UI services and the tools.
   std::unique_ptr<qt::QtUiServices> ui_;
-  std::unique_ptr<ui::ToolHost> tools_;
+  std::unique_ptr<control::QtToolHost> tools_;
+  std::unique_ptr<link::InstrumentLink> link_;
 };
 
 }  // namespace quarvelo::app

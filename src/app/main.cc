@@ -4,6 +4,7 @@
 #include "app/frmKeysight.h"
 #include "app/program_icon.h"
 #include "app/qt_startup_platform.h"
+#include "app/quit_signals.h"
 #include "platform/qt/qsettings_store.h"
 
 int main(int argc, char* argv[]) {
@@ -17,6 +18,7 @@ int main(int argc, char* argv[]) {
   quarvelo::app::QtStartupPlatform platform;
   quarvelo::app::frmKeysight window(store, platform);
   if (!window.Form_Load()) return 0;  // another instance is running
+  quarvelo::app::QuitSignals quit_signals(&window);
   window.show();
   return QApplication::exec();
 }

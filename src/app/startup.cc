@@ -43,6 +43,7 @@ StartupResult RunStartup(const StartupServices& services, const StartupRecords& 
 
   AppSettings& s = records.settings;
   s = LoadAppSettings(services.store);
+  records.address = s.Address;
   window.Move(s.Top, s.Left);
   window.Resize(s.Height != 0 ? std::optional<int>(s.Height) : std::nullopt,
                 s.Width != 0 ? std::optional<int>(s.Width) : std::nullopt);

@@ -16,6 +16,7 @@ namespace quarvelo::app {
 struct StartupRecords {
   AppSettings& settings;
   acquisition::ScopeState& scope;
+  std::string& address;  // the instrument session's VISA resource string
   std::string& data_folder;
 };
 

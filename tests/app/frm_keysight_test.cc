@@ -16,10 +16,12 @@
 #include <QTemporaryDir>
 #include <QTimer>
 #include <QToolButton>
+#include <csignal>
 #include <memory>
 
 #include "app/frmKeysight.h"
 #include "app/qt_startup_platform.h"
+#include "app/quit_signals.h"
 #include "app/set_top_most.h"
 #include "platform/qt/picture_box.h"
 #include "platform/qt/qsettings_store.h"
@@ -255,10 +257,29 @@ TEST_F(FrmKeysightTest, SettingsDialogOkRebuildsTheToolbarForTheNewConfiguration
   window->ShowSettingsDialog();
   EXPECT_EQ(Stored("Setup/Channels"), "4");
   EXPECT_EQ(Stored("Setup/VISA"), "TCPIP0::127.0.0.1::5025::SOCKET");
-  EXPECT_EQ(window->Settings().Address, "TCPIP0::127.0.0.1::5025::SOCKET");
+  EXPECT_EQ(window->Session().Address, "TCPIP0::127.0.0.1::5025::SOCKET");
   // The rebuild read the new model: X3000 numbers its math functions.
   EXPECT_EQ(window->Scope().Model, 1);
   EXPECT_EQ(window->Scope().MathPrefix, ":FUNC1");
+}
+
+}  // namespace
+}  // namespace quarvelo::app
+
+namespace quarvelo::app {
+namespace {
+
+TEST_F(FrmKeysightTest, TerminationSignalClosesTheWindowAndSaves) {
+  auto window = NewWindow();
+  ASSERT_TRUE(window->Form_Load());
+  window->show();
+  QuitSignals quit_signals(window.get());
+  std::raise(SIGTERM);
+  for (int i = 0; i < 100 && window->isVisible(); ++i) {
+    QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+  }
+  EXPECT_FALSE(window->isVisible());
+  EXPECT_EQ(Stored("Setup/Width"), "14580");
 }
 
 }  // namespace

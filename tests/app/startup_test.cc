@@ -89,7 +89,7 @@ class StartupTest : public testing::Test {
   StartupResult Start() { return RunStartup(Services(), Records(), "QUARVELO 1.2.3"); }
   void Stop() { RunShutdown(Services(), Records()); }
   StartupServices Services() { return {store_, tools_, window_, platform_}; }
-  StartupRecords Records() { return {settings_, scope_, data_folder_}; }
+  StartupRecords Records() { return {settings_, scope_, address_, data_folder_}; }
 
   settings::MemorySettingsStore store_;
   ui::RecordingToolHost tools_;
@@ -97,6 +97,7 @@ class StartupTest : public testing::Test {
   FakePlatform platform_;
   AppSettings settings_;
   acquisition::ScopeState scope_;
+  std::string address_;
   std::string data_folder_;
 };
 
@@ -137,7 +138,9 @@ TEST_F(StartupTest, StoredValuesReachTheWindowTheToolbarAndTheRecords) {
   store_.Set("FFT", "BW", "1");
   store_.Set("FFT", "BWL", "5");
   store_.Set("Macros", "Caption4", "Reset");
+  store_.Set("Setup", "VISA", "USB0::0x0957::0x1797::MY123::0::INSTR");
   Start();
+  EXPECT_EQ(address_, "USB0::0x0957::0x1797::MY123::0::INSTR");
   EXPECT_EQ(window_.geometry, (TwipsGeometry{1500, 3000, 3000, 9000}));
   EXPECT_TRUE(scope_.HasDvm);
   EXPECT_TRUE(scope_.HasWgen);

@@ -112,6 +112,9 @@ class HislipSession {
   bool input_too_large_ = false;
   // A response went out whole; the client's next message says whether it read it all.
   bool sent_reply_unconfirmed_ = false;
+  // Between AsyncDeviceClear and DeviceClearComplete: what arrives on the synchronous channel
+  // belongs to the cleared exchange and is dropped.
+  bool clearing_ = false;
   PendingReply pending_;
 };
 
@@ -175,6 +178,7 @@ bool HislipSession::OnSync() {
         SendFatal(sync_, stop_, hislip::FatalErrorCode::kPoorlyFormedHeader);
         return false;
       }
+      if (clearing_) return DiscardPayload(sync_, header.payload_length, stop_) == FrameResult::kOk;
       if (header.payload_length > options_.max_message_size ||
           input_.size() + header.payload_length > kMaxProgramMessage) {
         if (DiscardPayload(sync_, header.payload_length, stop_) != FrameResult::kOk) return false;
@@ -220,6 +224,9 @@ bool HislipSession::OnSync() {
     }
     case MessageType::kDeviceClearComplete:
       if (DiscardPayload(sync_, header.payload_length, stop_) != FrameResult::kOk) return false;
+      clearing_ = false;
+      input_.clear();
+      input_too_large_ = false;
       return Send(sync_, stop_, {MessageType::kDeviceClearAcknowledge, header.control, 0, 0});
     case MessageType::kTrigger:
       return DiscardPayload(sync_, header.payload_length, stop_) == FrameResult::kOk;
@@ -265,6 +272,7 @@ bool HislipSession::OnAsync() {
       input_.clear();
       input_too_large_ = false;
       sent_reply_unconfirmed_ = false;
+      clearing_ = true;
       pending_ = PendingReply{};
       handler_.DeviceClear();
       return Send(async_, stop_, {MessageType::kAsyncDeviceClearAcknowledge, 0, 0, 0});

@@ -124,6 +124,25 @@ TEST_F(HislipTest, TimeOutThenAGoodExchangeDropsTheStaleResponse) {
   EXPECT_EQ(handler_.interrupted.load(), 1);
 }
 
+TEST_F(HislipTest, WriteTimeOutMidMessageThenAGoodExchange) {
+  StartServer();
+  auto transport = Open();
+  ASSERT_NE(transport, nullptr);
+  // While the instrument is busy, a message far larger than the socket buffers cannot go out
+  // before the deadline; part of it has, part waits in the client.
+  ASSERT_EQ(WriteMessage(*transport, "STALL\n", In(1000)), VI_SUCCESS);
+  const std::string huge = "IGNORE " + std::string(32 * 1024 * 1024, 'i') + "\n";
+  const auto start = Clock::now();
+  EXPECT_EQ(WriteMessage(*transport, huge, In(200)), VI_ERROR_TMO);
+  EXPECT_LT(Clock::now() - start, std::chrono::milliseconds(450));
+  std::string reply;
+  ASSERT_EQ(Query(*transport, "*IDN?", &reply, 5000), VI_SUCCESS);
+  EXPECT_EQ(reply, kIdn);
+  // Neither the cut message nor a message glued to its start reached the instrument.
+  EXPECT_EQ(handler_.messages(), (std::vector<std::string>{"STALL", "*IDN?"}));
+  EXPECT_EQ(handler_.cleared.load(), 1);
+}
+
 TEST_F(HislipTest, NewMessageInterruptsAReplyNotYetSent) {
   StartServer();
   auto transport = Open();

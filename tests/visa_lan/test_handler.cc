@@ -1,5 +1,7 @@
 #include "test_handler.h"
 
+#include <thread>
+
 namespace quarvelo::testing {
 
 const std::string& BlockReply() {
@@ -29,6 +31,8 @@ sim::HandlerResponse CannedHandler::HandleMessage(std::string_view message) {
   } else if (message == "DROP?") {
     response.reply = BlockReply().substr(0, 100000);
     response.drop_connection = true;
+  } else if (message == "STALL") {
+    std::this_thread::sleep_for(std::chrono::milliseconds(500));
   } else if (message == "BYE") {
     response.drop_connection = true;
   }

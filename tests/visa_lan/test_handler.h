@@ -19,7 +19,8 @@ inline constexpr std::size_t kBlockSize = 524288;
 // "*IDN?" -> kIdn; "ECHO <text>" -> "<text>\n"; "BLOCK?" -> a definite block of kBlockSize
 // bytes (every byte value, LF included) and LF; "SLOW?" -> "SLOW\n" after 600 ms;
 // "DROP?" -> the first 100,000 bytes of the block, then the connection closes; "BYE" -> no
-// reply, the connection closes; anything else -> no reply.
+// reply, the connection closes; "STALL" -> busy for 500 ms, no reply; anything else -> no
+// reply.
 class CannedHandler : public sim::MessageHandler {
  public:
   sim::HandlerResponse HandleMessage(std::string_view message) override;

@@ -112,12 +112,28 @@ TEST_F(Vxi11Test, TimeOutThenAGoodExchange) {
   const auto start = Clock::now();
   std::string reply;
   EXPECT_EQ(ReadMessage(*transport, In(200), &reply), VI_ERROR_TMO);
+  // The instrument waited for the same time (io_timeout), no less.
+  EXPECT_GE(Clock::now() - start, std::chrono::milliseconds(190));
   EXPECT_LT(Clock::now() - start, std::chrono::milliseconds(450));
   EXPECT_TRUE(reply.empty());
   // The late reply must not answer the next query; the instrument hears of it instead.
   ASSERT_EQ(Query(*transport, "*IDN?", &reply), VI_SUCCESS);
   EXPECT_EQ(reply, kIdn);
   EXPECT_EQ(handler_.interrupted.load(), 1);
+}
+
+TEST_F(Vxi11Test, WriteTimeOutThenAGoodExchange) {
+  StartServers();
+  auto transport = Open();
+  ASSERT_NE(transport, nullptr);
+  // The instrument is busy with the message and answers the device_write late.
+  const auto start = Clock::now();
+  EXPECT_EQ(WriteMessage(*transport, "STALL\n", In(200)), VI_ERROR_TMO);
+  EXPECT_LT(Clock::now() - start, std::chrono::milliseconds(450));
+  std::string reply;
+  ASSERT_EQ(Query(*transport, "*IDN?", &reply), VI_SUCCESS);
+  EXPECT_EQ(reply, kIdn);
+  EXPECT_EQ(handler_.cleared.load(), 1) << "the next write clears what may be left over";
 }
 
 TEST_F(Vxi11Test, ReadWithNothingAskedTimesOutAndLeavesTheLinkUsable) {

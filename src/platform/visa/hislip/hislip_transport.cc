@@ -46,13 +46,10 @@ ViStatus HislipChannel::Send(const Header& header, std::span<const std::byte> pa
   frame.reserve(head.size() + payload.size());
   frame.insert(frame.end(), head.begin(), head.end());
   frame.insert(frame.end(), payload.begin(), payload.end());
-  std::size_t sent = 0;
-  const ViStatus status = stream_->SendAll(frame, deadline, &sent);
-  if (status != VI_SUCCESS && (sent != 0 || status != VI_ERROR_TMO)) {
-    // Half a message cannot be taken back: the channel is out of step for good.
-    broken_ = true;
-    return status == VI_ERROR_TMO ? VI_ERROR_IO : status;
-  }
+  // A message cut by the deadline is finished by the next send (see TcpStream::SendAll); the
+  // response to it then carries an old message id and is dropped.
+  const ViStatus status = stream_->SendAll(frame, deadline);
+  if (status != VI_SUCCESS && status != VI_ERROR_TMO) broken_ = true;
   return status;
 }
 
@@ -171,6 +168,13 @@ ViStatus HislipTransport::Open(const std::string& host, const std::string& sub_a
 }
 
 ViStatus HislipTransport::Write(std::span<const std::byte> data, bool end, Deadline deadline) {
+  if (write_timed_out_) {
+    // The instrument may hold the start of the timed-out message: clear it rather than let
+    // this message be appended to it.
+    const ViStatus status = Clear(deadline);
+    if (status != VI_SUCCESS) return status;
+    write_timed_out_ = false;
+  }
   std::size_t offset = 0;
   for (;;) {
     const std::size_t length = static_cast<std::size_t>(
@@ -182,10 +186,16 @@ ViStatus HislipTransport::Write(std::span<const std::byte> data, bool end, Deadl
                         static_cast<std::uint8_t>(response_read_ ? hislip::kRmtDelivered : 0),
                         message_id_, length};
     const ViStatus status = sync_->Send(header, data.subspan(offset, length), deadline);
-    if (status != VI_SUCCESS) return status;
-    response_read_ = false;
-    if (ends) awaited_id_ = message_id_;
+    const std::uint32_t used_id = message_id_;
+    // An id whose message was cut by the deadline is not used again: the late response to it
+    // must stay recognisably stale.
     message_id_ = hislip::NextMessageId(message_id_);
+    if (status != VI_SUCCESS) {
+      write_timed_out_ = status == VI_ERROR_TMO;
+      return status;
+    }
+    response_read_ = false;
+    if (ends) awaited_id_ = used_id;
     offset += length;
     if (last) return VI_SUCCESS;
   }

@@ -79,7 +79,8 @@ class HislipTransport final : public Transport {
   std::uint32_t message_id_ = hislip::kFirstMessageId;
   // The id of the last DataEnd sent: responses carrying another id are stale.
   std::uint32_t awaited_id_ = hislip::kFirstMessageId - 2;
-  bool response_read_ = false;  // a whole response arrived since our last message
+  bool response_read_ = false;    // a whole response arrived since our last message
+  bool write_timed_out_ = false;  // the instrument may hold part of a message
   // The message whose payload is being handed out.
   bool in_message_ = false;
   bool message_is_end_ = false;

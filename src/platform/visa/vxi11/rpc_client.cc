@@ -40,15 +40,11 @@ ViStatus RpcClient::Call(std::uint32_t procedure, const xdr::Bytes& arguments, D
   xdr::Bytes framed;
   framed.reserve(message.size() + 8);
   rpc::AppendRecord(message, &framed);
-  std::size_t sent = 0;
-  ViStatus status = stream_->SendAll(framed, deadline, &sent);
-  if (status != VI_SUCCESS) {
-    // Half a record on the wire cannot be taken back: the conversation is over.
-    if (sent != 0 || status != VI_ERROR_TMO) {
-      return Fail(status == VI_ERROR_TMO ? VI_ERROR_IO : status);
-    }
-    return status;
-  }
+  // A send cut by the deadline finishes with the next call; the reply to it then carries an
+  // old xid and is dropped below.
+  ViStatus status = stream_->SendAll(framed, deadline);
+  if (status == VI_ERROR_TMO) return status;
+  if (status != VI_SUCCESS) return Fail(status);
   for (;;) {
     while (!assembler_.HasRecord()) {
       std::size_t count = 0;

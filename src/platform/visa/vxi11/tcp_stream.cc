@@ -115,7 +115,19 @@ ViStatus TcpStream::Wait(short events, Deadline deadline) {
   }
 }
 
-ViStatus TcpStream::SendAll(std::span<const std::byte> data, Deadline deadline, std::size_t* sent) {
+ViStatus TcpStream::SendAll(std::span<const std::byte> data, Deadline deadline) {
+  std::size_t sent = 0;
+  if (!unsent_.empty()) {
+    const ViStatus status = SendNow(unsent_, deadline, &sent);
+    unsent_.erase(unsent_.begin(), unsent_.begin() + static_cast<std::ptrdiff_t>(sent));
+    if (status != VI_SUCCESS) return status;
+  }
+  const ViStatus status = SendNow(data, deadline, &sent);
+  if (status == VI_ERROR_TMO && sent != 0) unsent_.assign(data.begin() + sent, data.end());
+  return status;
+}
+
+ViStatus TcpStream::SendNow(std::span<const std::byte> data, Deadline deadline, std::size_t* sent) {
   std::size_t done = 0;
   ViStatus status = VI_SUCCESS;
   while (done < data.size()) {
@@ -133,7 +145,7 @@ ViStatus TcpStream::SendAll(std::span<const std::byte> data, Deadline deadline, 
     status = StatusFromErrno(errno);
     break;
   }
-  if (sent != nullptr) *sent = done;
+  *sent = done;
   return status;
 }
 

@@ -9,6 +9,7 @@
 #include <memory>
 #include <span>
 #include <string>
+#include <vector>
 
 #include "platform/visa/transport.h"
 #include "platform/visa/visa.h"
@@ -26,17 +27,21 @@ class TcpStream {
   TcpStream(const TcpStream&) = delete;
   TcpStream& operator=(const TcpStream&) = delete;
 
-  // Sends everything or fails. `*sent` (optional) tells how much went out, so a caller can
-  // tell a clean time-out (nothing sent) from a stream left in the middle of a message.
-  ViStatus SendAll(std::span<const std::byte> data, Deadline deadline, std::size_t* sent = nullptr);
+  // Sends everything before the deadline. When the deadline cuts a send short, the unsent rest
+  // is kept and goes out first with the next send: a framed message (an RPC record, a HiSLIP
+  // message) is never left half written, so a write time-out leaves the stream usable. The
+  // peer then receives the timed-out message late, which is what a time-out allows.
+  ViStatus SendAll(std::span<const std::byte> data, Deadline deadline);
   // Waits for data, then returns what one receive gives (at least one byte).
   ViStatus ReceiveSome(std::span<std::byte> buffer, Deadline deadline, std::size_t* count);
 
  private:
   explicit TcpStream(int fd) : fd_(fd) {}
   ViStatus Wait(short events, Deadline deadline);
+  ViStatus SendNow(std::span<const std::byte> data, Deadline deadline, std::size_t* sent);
 
   int fd_;
+  std::vector<std::byte> unsent_;
 };
 
 // Milliseconds from now to the deadline, at least 0, at most `cap`; for a deadline at

@@ -125,6 +125,13 @@ Vxi11Transport::~Vxi11Transport() {
 }
 
 ViStatus Vxi11Transport::Write(std::span<const std::byte> data, bool end, Deadline deadline) {
+  if (write_timed_out_) {
+    // The device may hold the start of the timed-out message: clear it rather than let this
+    // message be appended to it.
+    const ViStatus status = Clear(deadline);
+    if (status != VI_SUCCESS) return status;
+    write_timed_out_ = false;
+  }
   std::size_t offset = 0;
   for (;;) {
     const std::size_t length = std::min<std::size_t>(max_recv_size_, data.size() - offset);
@@ -141,11 +148,17 @@ ViStatus Vxi11Transport::Write(std::span<const std::byte> data, bool end, Deadli
     std::size_t results_offset = 0;
     const ViStatus status =
         rpc_->Call(vxi11::kDeviceWrite, arguments.bytes(), deadline, &results, &results_offset);
-    if (status != VI_SUCCESS) return status;
+    if (status != VI_SUCCESS) {
+      write_timed_out_ = status == VI_ERROR_TMO;
+      return status;
+    }
     xdr::Reader reader(std::span<const std::byte>(results).subspan(results_offset));
     vxi11::DeviceWriteResp response;
     if (!vxi11::Get(reader, &response)) return VI_ERROR_IO;
-    if (response.error != vxi11::kNoError) return vxi11::StatusFromDeviceError(response.error);
+    if (response.error != vxi11::kNoError) {
+      write_timed_out_ = response.error == vxi11::kIoTimeout;
+      return vxi11::StatusFromDeviceError(response.error);
+    }
     // A device may take less than offered; the rest goes in the next call. Taking nothing
     // of a non-empty piece would loop for ever.
     if (response.size > length || (response.size == 0 && length != 0)) return VI_ERROR_IO;

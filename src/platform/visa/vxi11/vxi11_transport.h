@@ -55,6 +55,7 @@ class Vxi11Transport final : public Transport {
   std::vector<std::byte> pending_record_;
   std::span<const std::byte> pending_;
   bool pending_end_ = false;
+  bool write_timed_out_ = false;  // the device may hold part of a message
 };
 
 }  // namespace quarvelo::visa

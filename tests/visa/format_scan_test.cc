@@ -229,6 +229,23 @@ TEST_P(FormatScanTest, BlockCutShortIsAnError) {
   EXPECT_LT(count, 50);
 }
 
+TEST_P(FormatScanTest, HeaderAnnouncingLessThanFollowsLeavesTheRestForTheFlush) {
+  FakeTransport transport(socket());
+  transport.Add("#15abcdefgh\n", !socket());
+  transport.Add("NEXT\n", !socket());
+  MessageReader reader(&transport);
+  char area[16] = {};
+  ViInt32 count = 16;
+  ASSERT_EQ(Scan(&reader, "%#b", &count, area), VI_SUCCESS);
+  EXPECT_EQ(count, 5);
+  EXPECT_EQ(std::string(area, 5), "abcde");
+  EXPECT_TRUE(reader.HasUnreadResponse());
+  ASSERT_EQ(reader.DiscardResponse(), VI_SUCCESS);
+  char next[16] = {};
+  ASSERT_EQ(Scan(&reader, "%t", next), VI_SUCCESS);
+  EXPECT_STREQ(next, "NEXT\n");
+}
+
 TEST_P(FormatScanTest, MalformedBlockHeaders) {
   struct HeaderCase {
     std::string stream;

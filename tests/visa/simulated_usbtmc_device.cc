@@ -171,6 +171,7 @@ std::string CannedBlockData(std::size_t size) {
 }
 
 sim::HandlerResponse CannedInstrument::HandleMessage(std::string_view message) {
+  last_message = message;
   if (message == "*IDN?") return {kCannedIdn};
   if (message == ":WAVeform:DATA?") {
     const std::string data = CannedBlockData(524288);

@@ -87,6 +87,7 @@ class CannedInstrument : public sim::MessageHandler {
   void DeviceClear() override { ++cleared; }
   int interrupted = 0;
   int cleared = 0;
+  std::string last_message;
 };
 
 inline constexpr const char* kCannedIdn =

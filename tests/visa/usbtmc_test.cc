@@ -156,6 +156,17 @@ TEST_P(UsbtmcSessionTest, HalfMegabyteBlock) {
   ExpectHostFollowedTheProtocol();
 }
 
+TEST_P(UsbtmcSessionTest, LongMessageGoesOutInTransfersWithEomOnlyOnTheLast) {
+  const std::string command = ":DISPlay:ANNotation:TEXT \"" + std::string(150000, 'a') + "\"";
+  ASSERT_EQ(Printf(session_.get(), "%s\n", command.c_str()), VI_SUCCESS);
+  ASSERT_GE(log_.out_end_of_message.size(), 3u);
+  EXPECT_TRUE(log_.out_end_of_message.back());
+  EXPECT_EQ(std::count(log_.out_end_of_message.begin(), log_.out_end_of_message.end(), true), 1);
+  EXPECT_EQ(instrument_.last_message, command);
+  ExpectHostFollowedTheProtocol();
+  EXPECT_EQ(Query("*IDN?"), testing::kCannedIdn);
+}
+
 TEST_P(UsbtmcSessionTest, TagsWrapAfter255Transfers) {
   for (int k = 0; k < 140; ++k) ASSERT_EQ(Query("*IDN?"), testing::kCannedIdn) << k;
   EXPECT_GT(log_.tags.size(), 255u);

@@ -55,13 +55,10 @@ ViStatus MessageReader::Fill() {
   }
   tail_ = std::min(result.count, buffer_.size());
   chunk_ended_ = result.end && tail_ > 0;
-  if (tail_ == 0) {
-    // A transport that reports END on an empty read ends a message with no bytes; treat the
-    // response as complete so that nobody waits for bytes that will not come.
-    if (result.end) {
-      scan_hit_end_ = true;
-      NoteRemoved(true);
-    }
+  if (tail_ == 0 && result.end) {
+    // END on an empty read ends the message with no bytes: nobody may wait for more.
+    scan_hit_end_ = true;
+    NoteRemoved(true);
   }
   return VI_SUCCESS;
 }
@@ -88,16 +85,22 @@ void MessageReader::Consume() {
 
 ViStatus MessageReader::ReadBinary(std::span<std::byte> out, std::size_t* count) {
   *count = 0;
+  // Each wait for data gets the whole time-out; the clock restarts whenever bytes arrive.
+  Deadline deadline = DeadlineAfter(timeout_ms_);
   while (*count < out.size()) {
     const std::size_t wanted = out.size() - *count;
     if (head_ == tail_ && wanted >= buffer_.size() / 2) {
       // Large parts bypass the buffer: one copy from the kernel into the caller's area.
       ReadResult result;
-      const ViStatus status =
-          transport_->Read(out.subspan(*count), DeadlineAfter(timeout_ms_), &result);
+      const ViStatus status = transport_->Read(out.subspan(*count), deadline, &result);
       if (status < VI_SUCCESS) return HandleReadError(status);
       const std::size_t got = std::min(result.count, wanted);
       *count += got;
+      if (got > 0) {
+        deadline = DeadlineAfter(timeout_ms_);
+      } else if (!result.end && Clock::now() >= deadline) {
+        return HandleReadError(VI_ERROR_TMO);  // a transport that keeps returning nothing
+      }
       const bool end = result.end && !ends_on_line_feed_;
       if (got > 0 || end) NoteRemoved(end);
       if (end) {
@@ -116,6 +119,7 @@ ViStatus MessageReader::ReadBinary(std::span<std::byte> out, std::size_t* count)
     std::memcpy(out.data() + *count, buffer_.data() + head_, take);
     head_ += take;
     *count += take;
+    deadline = DeadlineAfter(timeout_ms_);
     const bool end = !ends_on_line_feed_ && chunk_ended_ && head_ == tail_;
     NoteRemoved(end);
     if (end) {

@@ -1,6 +1,7 @@
 #include "sim/server/socket_server.h"
 
 #include <poll.h>
+#include <sys/socket.h>
 
 #include <cstddef>
 #include <string_view>
@@ -44,6 +45,10 @@ void SocketServer::Run() {
 }
 
 void SocketServer::Serve(Socket connection) {
+  // Room for a whole waveform block in the kernel, so that sending one does not wait on the
+  // client being scheduled again and again on a busy machine.
+  const int send_buffer = 4 * 1024 * 1024;
+  setsockopt(connection.fd(), SOL_SOCKET, SO_SNDBUF, &send_buffer, sizeof send_buffer);
   std::string pending;
   std::vector<std::byte> buffer(64 * 1024);
   while (true) {

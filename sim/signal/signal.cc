@@ -195,7 +195,7 @@ void Signal::Sample(double t0, double dt, size_t count, std::uint64_t seed, doub
   }
   if (rms > 0) {
     NoiseSource noise(seed);
-    for (size_t i = 0; i < count; ++i) out[i] += rms * noise.Gaussian();
+    for (size_t i = 0; i < count; ++i) out[i] += rms * noise.Normal();
   }
 }
 

@@ -30,7 +30,11 @@ class LoopbackClient {
       fd_ = -1;
     }
     int one = 1;
-    if (fd_ >= 0) setsockopt(fd_, IPPROTO_TCP, TCP_NODELAY, &one, sizeof one);
+    int receive_buffer = 8 * 1024 * 1024;
+    if (fd_ >= 0) {
+      setsockopt(fd_, IPPROTO_TCP, TCP_NODELAY, &one, sizeof one);
+      setsockopt(fd_, SOL_SOCKET, SO_RCVBUF, &receive_buffer, sizeof receive_buffer);
+    }
   }
   ~LoopbackClient() {
     if (fd_ >= 0) close(fd_);
@@ -102,19 +106,20 @@ class LoopbackClient {
     if (left.count() <= 0) return false;
     pollfd waiter{fd_, POLLIN, 0};
     if (poll(&waiter, 1, static_cast<int>(left.count())) <= 0) return false;
-    char chunk[65536];
-    ssize_t n = recv(fd_, chunk, sizeof chunk, 0);
+    chunk_.resize(1 << 20);
+    ssize_t n = recv(fd_, chunk_.data(), chunk_.size(), 0);
     if (n <= 0) {
       closed_ = true;
       return false;
     }
-    buffer_.append(chunk, static_cast<size_t>(n));
+    buffer_.append(chunk_.data(), static_cast<size_t>(n));
     return true;
   }
 
   int fd_ = -1;
   bool closed_ = false;
   std::string buffer_;
+  std::string chunk_;
 };
 
 }  // namespace quarvelo::sim

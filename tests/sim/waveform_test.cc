@@ -222,3 +222,38 @@ TEST(MeasurementTest, AutoscaleFindsTheSignals) {
 
 }  // namespace
 }  // namespace quarvelo::sim
+
+namespace quarvelo::sim {
+namespace {
+
+// The same acquisition in WORD and ASCii format gives the volts the BYTE codes give.
+TEST_F(WaveformTest, WordAndAsciiFormatsAgreeWithByteCodes) {
+  instrument_.Execute(":WAVeform:POINts 1000");
+  Preamble byte_preamble = ParsePreamble(instrument_.Execute(":WAVeform:PREamble?"));
+  std::string bytes = BlockData(instrument_.Execute(":WAVeform:DATA?"));
+  instrument_.Execute(":WAVeform:FORMat WORD");
+  Preamble word_preamble = ParsePreamble(instrument_.Execute(":WAVeform:PREamble?"));
+  EXPECT_EQ(word_preamble.format, 1);
+  EXPECT_EQ(word_preamble.y_reference, 32768);
+  std::string words = BlockData(instrument_.Execute(":WAVeform:DATA?"));
+  instrument_.Execute(":WAVeform:FORMat ASCii");
+  std::string text = BlockData(instrument_.Execute(":WAVeform:DATA?"));
+  ASSERT_EQ(words.size(), 2 * bytes.size());
+  std::stringstream ascii(text);
+  for (size_t i = 0; i < bytes.size(); ++i) {
+    double from_byte = (static_cast<unsigned char>(bytes[i]) - byte_preamble.y_reference) *
+                           byte_preamble.y_increment +
+                       byte_preamble.y_origin;
+    int code = static_cast<unsigned char>(words[2 * i]) * 256 +
+               static_cast<unsigned char>(words[2 * i + 1]);
+    double from_word =
+        (code - word_preamble.y_reference) * word_preamble.y_increment + word_preamble.y_origin;
+    std::string field;
+    ASSERT_TRUE(std::getline(ascii, field, ','));
+    ASSERT_NEAR(from_word, from_byte, 1e-9) << i;
+    ASSERT_NEAR(std::stod(field), from_byte, 1e-6) << i;
+  }
+}
+
+}  // namespace
+}  // namespace quarvelo::sim

@@ -257,3 +257,51 @@ TEST_F(WaveformTest, WordAndAsciiFormatsAgreeWithByteCodes) {
 
 }  // namespace
 }  // namespace quarvelo::sim
+
+namespace quarvelo::sim {
+namespace {
+
+TEST(ChannelPathTest, BandwidthLimitAttenuatesFastSignals) {
+  Instrument instrument{InstrumentConfig{}};
+  instrument.Execute(":SIMulate:CHANnel1:SIGNal SIN,100MHz,1;:TIMebase:SCALe 5ns;:STOP");
+  double open = std::stod(instrument.Execute(":MEASure:VPP? CHAN1"));
+  instrument.Execute(":CHANnel1:BWLimit 1");
+  double limited = std::stod(instrument.Execute(":MEASure:VPP? CHAN1"));
+  EXPECT_NEAR(open, 1.0, 0.02);
+  EXPECT_LT(limited, 0.4 * open);
+  // A slow signal passes untouched.
+  instrument.Execute(":SIMulate:CHANnel1:SIGNal SIN,1MHz,1;:TIMebase:SCALe 200ns");
+  EXPECT_NEAR(std::stod(instrument.Execute(":MEASure:VPP? CHAN1")), 1.0, 0.02);
+}
+
+TEST(ChannelPathTest, NoiseHasTheRequestedRms) {
+  Instrument instrument{InstrumentConfig{}};
+  instrument.Execute(":SIMulate:CHANnel1:SIGNal NOISe,0.1;:CHANnel1:SCALe 0.2;:STOP");
+  instrument.Execute(":MEASure:SOURce CHAN1");
+  EXPECT_NEAR(std::stod(instrument.Execute(":MEASure:VRMS? DISP,AC")), 0.1, 0.005);
+  EXPECT_NEAR(std::stod(instrument.Execute(":MEASure:VAVerage?")), 0.0, 0.005);
+}
+
+TEST(ChannelPathTest, AmplitudeModulationShapesTheEnvelope) {
+  Instrument instrument{InstrumentConfig{}};
+  instrument.Execute(
+      ":WGEN1:FREQuency 100kHz;:WGEN1:VOLTage 2;:WGEN1:OUTPut 1;"
+      ":WGEN1:MODulation:TYPE AM;:WGEN1:MODulation:AM:FREQuency 1kHz;"
+      ":WGEN1:MODulation:AM:DEPTh 50;:WGEN1:MODulation:STATe 1");
+  // One modulation period on screen: the peaks reach the set amplitude, the quietest part
+  // of the envelope a third of it (depth 50 %: (1 - 0.5) / (1 + 0.5)).
+  instrument.Execute(":TIMebase:SCALe 100us;:STOP");
+  EXPECT_NEAR(std::stod(instrument.Execute(":MEASure:VMAX? CHAN1")), 1.0, 0.02);
+  std::vector<double> envelope = instrument.WithState(
+      [](InstrumentState& state) { return ChannelVolts(state, 1, 0, 1e-7, 10000); });
+  double quietest = 10;
+  for (size_t start = 0; start + 100 <= envelope.size(); start += 100) {
+    double peak = 0;
+    for (size_t i = start; i < start + 100; ++i) peak = std::max(peak, std::abs(envelope[i]));
+    quietest = std::min(quietest, peak);
+  }
+  EXPECT_NEAR(quietest, 1.0 / 3.0, 0.02);
+}
+
+}  // namespace
+}  // namespace quarvelo::sim

@@ -52,6 +52,11 @@ class Vxi11Session {
   // results. Returns false when the connection must close (after the reply).
   bool HandleRecord(std::span<const std::byte> record, xdr::Writer* reply, xdr::Writer* results,
                     bool* has_reply);
+  // Response bytes that follow the results on the wire, written from where they lie instead
+  // of being copied into the results (device_read's data, then its XDR padding). Valid until
+  // the next HandleRecord.
+  std::span<const std::byte> tail() const { return tail_; }
+  std::size_t tail_padding() const { return tail_padding_; }
 
  private:
   struct PendingReply {
@@ -79,12 +84,17 @@ class Vxi11Session {
   std::set<std::int32_t> links_;
   std::string input_;
   PendingReply pending_;
+  std::string retired_reply_;  // a reply fully handed to the last device_read
+  std::span<const std::byte> tail_;
+  std::size_t tail_padding_ = 0;
   bool drop_after_reply_ = false;
 };
 
 bool Vxi11Session::HandleRecord(std::span<const std::byte> record, xdr::Writer* reply,
                                 xdr::Writer* results, bool* has_reply) {
   *has_reply = false;
+  tail_ = {};
+  tail_padding_ = 0;
   xdr::Reader in(record);
   rpc::CallHeader call;
   bool rpc_version_ok = true;
@@ -323,18 +333,26 @@ bool Vxi11Session::DeviceRead(const vxi11::DeviceReadParms& parms, xdr::Writer& 
       term_char_seen = true;
     }
   }
-  response.data = std::as_bytes(std::span(start, count));
+  const std::size_t offset = pending_.offset;
   pending_.offset += count;
   const bool all_sent = pending_.offset == pending_.data.size();
   // A reply cut short before a dropped connection carries no END unless it is complete.
   const bool end = all_sent && (!pending_.drop || pending_.data.back() == '\n');
   response.reason = (end ? vxi11::kReasonEnd : 0) | (term_char_seen ? vxi11::kReasonChr : 0);
   if (response.reason == 0) response.reason = vxi11::kReasonRequestCount;
-  vxi11::Put(out, response);
+  // Device_ReadResp with the data's length only; the data itself goes out as the tail.
+  out.PutInt32(response.error);
+  out.PutUint32(response.reason);
+  out.PutUint32(static_cast<std::uint32_t>(count));
+  const std::string* source = &pending_.data;
   if (all_sent) {
     drop_after_reply_ = pending_.drop;
+    retired_reply_ = std::move(pending_.data);
+    source = &retired_reply_;
     pending_ = PendingReply{};
   }
+  tail_ = std::as_bytes(std::span(source->data() + offset, count));
+  tail_padding_ = (4 - count % 4) % 4;
   return true;
 }
 
@@ -397,11 +415,15 @@ void Vxi11Server::Serve(Socket connection) {
     if (has_reply) {
       // One fragment: the record mark, the RPC header, then the results straight from
       // where they were encoded.
-      const std::size_t length = reply.bytes().size() + results.bytes().size();
+      static constexpr std::byte kPadding[4] = {};
+      const std::size_t length = reply.bytes().size() + results.bytes().size() +
+                                 session.tail().size() + session.tail_padding();
       xdr::Writer mark;
       mark.PutUint32(rpc::kLastFragment | static_cast<std::uint32_t>(length));
       mark.PutRaw(reply.bytes());
-      const std::span<const std::byte> parts[] = {mark.bytes(), results.bytes()};
+      const std::span<const std::byte> parts[] = {
+          mark.bytes(), results.bytes(), session.tail(),
+          std::span(kPadding).first(session.tail_padding())};
       if (WriteAllParts(connection.fd(), parts, stop_, ServerClock::now() + kWriteTimeout) !=
           IoResult::kOk) {
         return;

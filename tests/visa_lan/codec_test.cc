@@ -173,6 +173,34 @@ TEST(RecordMarkingTest, RecordsSurviveEverySplitOfTheStream) {
   }
 }
 
+TEST(RecordMarkingTest, FragmentDataReceivedInPlaceJoinsFedData) {
+  const xdr::Bytes record = Pattern(100);
+  xdr::Bytes stream;
+  rpc::AppendRecord(record, &stream, 60);  // fragments of 60 and 40
+  rpc::RecordAssembler assembler(1024);
+  ASSERT_TRUE(assembler.Feed(std::span(stream).first(14)));  // mark and 10 bytes
+  EXPECT_EQ(assembler.FragmentLeft(), 50u);
+  std::size_t offset = 14;
+  // Room for 30 of the 50, of which only 20 arrive.
+  auto space = assembler.FragmentSpace(30);
+  ASSERT_EQ(space.size(), 30u);
+  std::copy_n(stream.begin() + offset, 20, space.begin());
+  assembler.CommitFragment(20);
+  offset += 20;
+  EXPECT_EQ(assembler.FragmentLeft(), 30u);
+  // The rest of this fragment in place, then the next one fed.
+  space = assembler.FragmentSpace(SIZE_MAX);
+  ASSERT_EQ(space.size(), 30u);
+  std::copy_n(stream.begin() + offset, 30, space.begin());
+  assembler.CommitFragment(30);
+  offset += 30;
+  EXPECT_EQ(assembler.FragmentLeft(), 0u);
+  EXPECT_FALSE(assembler.HasRecord());
+  ASSERT_TRUE(assembler.Feed(std::span(stream).subspan(offset)));
+  ASSERT_TRUE(assembler.HasRecord());
+  EXPECT_EQ(assembler.PopRecord(), record);
+}
+
 TEST(RecordMarkingTest, RecordBeyondTheLimitPoisonsTheAssembler) {
   const struct {
     const char* what;

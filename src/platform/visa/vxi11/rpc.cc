@@ -141,15 +141,32 @@ bool RecordAssembler::Feed(std::span<const std::byte> data) {
     current_.insert(current_.end(), data.begin(), data.begin() + take);
     fragment_left_ -= take;
     data = data.subspan(take);
-    if (fragment_left_ == 0) {
-      in_fragment_ = false;
-      if (last_fragment_) {
-        records_.push_back(std::move(current_));
-        current_.clear();
-      }
-    }
+    EndFragmentIfComplete();
   }
   return !failed_;
+}
+
+void RecordAssembler::EndFragmentIfComplete() {
+  if (!in_fragment_ || fragment_left_ != 0) return;
+  in_fragment_ = false;
+  if (last_fragment_) {
+    records_.push_back(std::move(current_));
+    current_.clear();
+  }
+}
+
+std::span<std::byte> RecordAssembler::FragmentSpace(std::size_t max) {
+  const std::size_t size = std::min(max, FragmentLeft());
+  space_offset_ = current_.size();
+  current_.resize(space_offset_ + size);
+  return std::span(current_).subspan(space_offset_);
+}
+
+void RecordAssembler::CommitFragment(std::size_t count) {
+  count = std::min(count, current_.size() - space_offset_);
+  current_.resize(space_offset_ + count);
+  fragment_left_ -= count;
+  EndFragmentIfComplete();
 }
 
 xdr::Bytes RecordAssembler::PopRecord() {

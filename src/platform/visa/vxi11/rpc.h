@@ -73,6 +73,12 @@ class RecordAssembler {
   void set_max_record(std::size_t max_record) { max_record_ = max_record; }
   bool HasRecord() const { return !records_.empty(); }
   xdr::Bytes PopRecord();
+  // Inside a fragment's data, how much of it is still to come (0 elsewhere), and room for up
+  // to `max` of those bytes at the end of the record, so that a large fragment can be
+  // received in place instead of through Feed. CommitFragment tells how much arrived there.
+  std::size_t FragmentLeft() const { return in_fragment_ ? fragment_left_ : 0; }
+  std::span<std::byte> FragmentSpace(std::size_t max);
+  void CommitFragment(std::size_t count);
   // True while a record is partly received (the stream is between records otherwise).
   bool InsideRecord() const { return header_filled_ != 0 || !current_.empty() || in_fragment_; }
 
@@ -86,6 +92,9 @@ class RecordAssembler {
   bool last_fragment_ = false;
   std::size_t fragment_left_ = 0;
   bool failed_ = false;
+  std::size_t space_offset_ = 0;  // where FragmentSpace's room starts in current_
+
+  void EndFragmentIfComplete();
 };
 
 }  // namespace quarvelo::visa::rpc

@@ -5,7 +5,7 @@
 namespace quarvelo::visa {
 namespace {
 
-constexpr std::size_t kScratchSize = 256 * 1024;
+constexpr std::size_t kScratchSize = 64 * 1024;
 constexpr std::size_t kRecordOverhead = 1024;
 
 }  // namespace
@@ -48,10 +48,18 @@ ViStatus RpcClient::Call(std::uint32_t procedure, const xdr::Bytes& arguments, D
   for (;;) {
     while (!assembler_.HasRecord()) {
       std::size_t count = 0;
-      status = stream_->ReceiveSome(scratch_, deadline, &count);
+      if (assembler_.FragmentLeft() >= kScratchSize) {
+        // A large fragment (a block being read) goes straight into its record.
+        status = stream_->ReceiveSome(assembler_.FragmentSpace(SIZE_MAX), deadline, &count);
+        assembler_.CommitFragment(count);
+      } else {
+        status = stream_->ReceiveSome(scratch_, deadline, &count);
+        if (status == VI_SUCCESS && !assembler_.Feed(std::span(scratch_).first(count))) {
+          return Fail(VI_ERROR_IO);
+        }
+      }
       if (status == VI_ERROR_TMO) return status;
       if (status != VI_SUCCESS) return Fail(status);
-      if (!assembler_.Feed(std::span(scratch_).first(count))) return Fail(VI_ERROR_IO);
     }
     xdr::Bytes record = assembler_.PopRecord();
     xdr::Reader reader(record);

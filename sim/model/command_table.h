@@ -35,6 +35,7 @@ void AddDisplayCommands(std::vector<CommandEntry>& table);
 void AddMeasureCommands(std::vector<CommandEntry>& table);
 void AddGeneratorCommands(std::vector<CommandEntry>& table);
 void AddSimulateCommands(std::vector<CommandEntry>& table);
+void AddRangeCommands(std::vector<CommandEntry>& table);
 
 }  // namespace quarvelo::sim
 

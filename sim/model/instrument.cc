@@ -60,6 +60,7 @@ Instrument::Instrument(const InstrumentConfig& config) : state_(config) {
   AddMeasureCommands(commands_);
   AddGeneratorCommands(commands_);
   AddSimulateCommands(commands_);
+  AddRangeCommands(commands_);
   Preset(state_);
   ConnectDefaultSignals(state_);
 }

@@ -20,7 +20,7 @@ void PutLe32(std::string& out, std::uint32_t value) {
 
 // BITMAPFILEHEADER + BITMAPINFOHEADER; rows are stored bottom-up, padded to 4 bytes.
 std::string Bmp(const IndexedImage& image, bool gray, int bits) {
-  const std::array<Rgb, 256> palette = ScreenPalette(gray);
+  const std::array<Rgb, 256> palette = ScreenPalette(gray, image.ink_saver);
   const int bytes_per_pixel = bits / 8;
   const std::uint32_t row_bytes = (image.width * bytes_per_pixel + 3) & ~3u;
   const std::uint32_t palette_bytes = bits == 8 ? 256 * 4 : 0;
@@ -70,7 +70,7 @@ std::string Bmp(const IndexedImage& image, bool gray, int bits) {
 }
 
 std::string Png(const IndexedImage& image, bool gray) {
-  const std::array<Rgb, 256> palette = ScreenPalette(gray);
+  const std::array<Rgb, 256> palette = ScreenPalette(gray, image.ink_saver);
   QImage picture(image.width, image.height, QImage::Format_Indexed8);
   QList<QRgb> table;
   for (const Rgb& colour : palette) table.push_back(qRgb(colour.red, colour.green, colour.blue));

@@ -64,7 +64,7 @@ void DrawTrace(IndexedImage& image, const ScreenTrace& trace) {
 
 }  // namespace
 
-std::array<Rgb, 256> ScreenPalette(bool gray) {
+std::array<Rgb, 256> ScreenPalette(bool gray, bool ink_saver) {
   std::array<Rgb, 256> palette{};
   palette[kBackground] = {0, 0, 0};
   palette[kGrid] = {96, 96, 96};
@@ -75,6 +75,16 @@ std::array<Rgb, 256> ScreenPalette(bool gray) {
   palette[kText] = {255, 255, 255};
   palette[kBand] = {40, 40, 64};
   palette[kMarker] = {255, 128, 0};
+  if (ink_saver) {
+    palette[kBackground] = {255, 255, 255};
+    palette[kGrid] = {160, 160, 160};
+    palette[kChannel1] = {200, 150, 0};
+    palette[kChannel1 + 1] = {0, 150, 0};
+    palette[kChannel1 + 2] = {0, 70, 200};
+    palette[kChannel1 + 3] = {200, 0, 0};
+    palette[kText] = {0, 0, 0};
+    palette[kBand] = {220, 220, 230};
+  }
   for (int i = kMarker + 1; i < 256; ++i) {
     auto level = static_cast<std::uint8_t>(i);
     palette[i] = {level, level, level};
@@ -92,6 +102,7 @@ std::array<Rgb, 256> ScreenPalette(bool gray) {
 IndexedImage DrawScreen(const ScreenContent& content) {
   using G = Graticule;
   IndexedImage image;
+  image.ink_saver = content.ink_saver;
   image.pixels.assign(static_cast<size_t>(image.width) * image.height, kBackground);
   FillRect(image, 0, 0, image.width, 28, kBand);
   // Run/stop lamp in the band: green-ish channel colour while running, red when stopped.

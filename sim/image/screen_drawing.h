@@ -39,16 +39,19 @@ struct ScreenContent {
   double trigger_divisions = 0;  // trigger level marker, divisions above the centre
   int trigger_channel = 1;
   double reference_divisions = 5;  // time reference from the left edge
+  bool ink_saver = false;          // white background, as for printing
 };
 
 struct IndexedImage {
   int width = kScreenWidth;
   int height = kScreenHeight;
   std::vector<std::uint8_t> pixels;  // row-major, top row first
+  bool ink_saver = false;            // drawn for the ink saver palette
 };
 
-// The 256-entry palette; `gray` maps every colour to its luminance.
-std::array<Rgb, 256> ScreenPalette(bool gray);
+// The 256-entry palette; `gray` maps every colour to its luminance, `ink_saver` puts the
+// traces on white with darker colours.
+std::array<Rgb, 256> ScreenPalette(bool gray, bool ink_saver = false);
 
 IndexedImage DrawScreen(const ScreenContent& content);
 

@@ -33,6 +33,7 @@ ScreenContent CurrentScreen(const InstrumentState& state) {
     content.traces.push_back(std::move(trace));
   }
   content.running = state.run_state != RunState::kStopped;
+  content.ink_saver = settings.Flag(":HARDcopy:INKSaver");
   int trigger_channel = ChannelOf(settings.Text(":TRIGger[:EDGE]:SOURce"));
   if (trigger_channel > 0) {
     content.trigger_channel = trigger_channel;

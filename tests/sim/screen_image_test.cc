@@ -23,6 +23,7 @@ class ScreenImageTest : public testing::TestWithParam<ImageCase> {};
 TEST_P(ScreenImageTest, OpensAndShowsTheTraceAtItsLevel) {
   const ImageCase& c = GetParam();
   Instrument instrument{InstrumentConfig{}};
+  instrument.Execute(":HARDcopy:INKSaver OFF");
   // Channel 1 at a steady +1 division, channel 2 at -2 divisions.
   instrument.Execute(":SIMulate:CHANnel1:SIGNal DC,0.5;:CHANnel1:SCALe 0.5;:CHANnel1:OFFSet 0");
   instrument.Execute(":SIMulate:CHANnel2:SIGNal DC,-2;:CHANnel2:SCALe 1;:CHANnel2:DISPlay 1");
@@ -62,6 +63,20 @@ INSTANTIATE_TEST_SUITE_P(
                     ImageCase{":DISPlay:DATA?", "BMP", 1152054, false},
                     ImageCase{":DISPlay:DATA? PNG,GRAY", "PNG", 0, true},
                     ImageCase{":DISP:DATA? png", "PNG", 0, false}));
+
+TEST(ScreenImageTest, InkSaverDrawsOnWhite) {
+  Instrument instrument{InstrumentConfig{}};
+  std::string reply = instrument.Execute(":DISPlay:DATA? BMP8bit,COLor");  // ink saver is on
+  QImage image;
+  ASSERT_TRUE(
+      image.loadFromData(QByteArray(reply.data() + 10, static_cast<qsizetype>(reply.size() - 10))));
+  EXPECT_EQ(image.pixel(Graticule::kLeft + 3, Graticule::RowOf(3.3)), qRgb(255, 255, 255));
+  instrument.Execute(":HARDcopy:INKSaver OFF");
+  reply = instrument.Execute(":DISPlay:DATA? BMP8bit,COLor");
+  ASSERT_TRUE(
+      image.loadFromData(QByteArray(reply.data() + 10, static_cast<qsizetype>(reply.size() - 10))));
+  EXPECT_EQ(image.pixel(Graticule::kLeft + 3, Graticule::RowOf(3.3)), qRgb(0, 0, 0));
+}
 
 TEST(ScreenImageTest, UnknownFormatIsRefused) {
   Instrument instrument{InstrumentConfig{}};

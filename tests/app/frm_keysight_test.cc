@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <QAbstractButton>
+#include <QAction>
 #include <QApplication>
 #include <QComboBox>
 #include <QDir>
@@ -8,6 +9,7 @@
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMenuBar>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QSettings>
@@ -129,6 +131,11 @@ TEST_F(FrmKeysightTest, FirstStartLoadsDefaultsAndCreatesTheDataFolder) {
   EXPECT_EQ(window->findChildren<QLineEdit*>("txtMHz")[2]->text(), "200");
   EXPECT_FALSE(window->findChild<QToolButton*>("ssrBW")->isChecked());
   EXPECT_EQ(window->picTemp().size(), window->picScreen()->Image().size());
+  // The full menu bar, and the link closed.
+  EXPECT_GE(window->menuBar()->actions().size(), 11);
+  EXPECT_NE(window->findChild<QAction*>("ID_Remote"), nullptr);
+  EXPECT_FALSE(window->Session().RemoteOn);
+  EXPECT_FALSE(window->Tools().ToolState("ID_Remote"));
 }
 
 TEST_F(FrmKeysightTest, StoredGeometryAndMacroCaptionsAreApplied) {
@@ -137,6 +144,7 @@ TEST_F(FrmKeysightTest, StoredGeometryAndMacroCaptionsAreApplied) {
   store_->Set("Setup", "Width", "abc");  // reads 0: the width is left alone
   store_->Set("Macros", "Caption2", "Autoscale");
   store_->Set("FFT", "BW", "1");
+  store_->Set("FFT", "AVG", "3");
   auto window = NewWindow();
   const int width_before = window->width();
   ASSERT_TRUE(window->Form_Load());
@@ -145,6 +153,10 @@ TEST_F(FrmKeysightTest, StoredGeometryAndMacroCaptionsAreApplied) {
   EXPECT_EQ(window->height(), 784);
   EXPECT_EQ(window->findChildren<QPushButton*>("cmdMac")[1]->text(), "Autoscale");
   EXPECT_TRUE(window->findChild<QToolButton*>("ssrBW")->isChecked());
+  // The averaging list shows the stored entry after the toolbar rebuild.
+  EXPECT_EQ(window->Tools().ComboIndex("ID_AVG"), 3);
+  EXPECT_EQ(window->Tools().ComboText("ID_AVG"), "8");
+  EXPECT_EQ(window->Settings().AverageCount, 8);
 }
 
 TEST_F(FrmKeysightTest, ClosingStoresSettingsAsTextThatTheNextRunReads) {
@@ -166,8 +178,7 @@ TEST_F(FrmKeysightTest, ClosingStoresSettingsAsTextThatTheNextRunReads) {
   EXPECT_EQ(Stored("FFT/Window"), "6");
   EXPECT_EQ(Stored("Setup/DVM"), "0");
 
-  // The lock went with the first window's platform? No: the same platform keeps it, so the
-  // next run in this process reuses it.
+  // The next run (the same platform object still holds the lock) reads it all back.
   auto again = NewWindow();
   ASSERT_TRUE(again->Form_Load());
   EXPECT_EQ(again->pos(), QPoint(30, 40));

@@ -20,7 +20,7 @@ const char* Usage() {
          "         [--portmapper-port N] [--hislip-port N] [--model 2000X|3000X]\n"
          "         [--channels 2|4] [--options wgen,dvm|none] [--log FILE]\n"
          "A port of 0 takes a free one, -1 leaves that transport off. The first line printed\n"
-         "lists the ports bound.\n";
+         "lists the ports bound. --log - logs the traffic on standard output.\n";
 }
 
 CommandLine ParseCommandLine(const std::vector<std::string>& arguments) {

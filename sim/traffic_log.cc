@@ -1,5 +1,7 @@
 #include "sim/traffic_log.h"
 
+#include <unistd.h>
+
 #include <cctype>
 #include <ctime>
 
@@ -7,7 +9,8 @@ namespace quarvelo::sim {
 
 bool TrafficLog::Open(const std::string& path, std::string* error) {
   if (path.empty()) return true;
-  std::FILE* file = std::fopen(path.c_str(), "a");
+  // "-" is standard output: the log then follows the port line of the program.
+  std::FILE* file = path == "-" ? fdopen(dup(fileno(stdout)), "a") : std::fopen(path.c_str(), "a");
   if (file == nullptr) {
     *error = "cannot open log file " + path;
     return false;

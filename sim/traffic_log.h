@@ -18,7 +18,7 @@ namespace quarvelo::sim {
 
 class TrafficLog {
  public:
-  // `path` empty: memory only. False from Open when the file cannot be created.
+  // `path` empty: memory only; "-": standard output. False when the file cannot be created.
   bool Open(const std::string& path, std::string* error);
 
   void Add(TrafficEntry::Direction direction, std::string_view text);

@@ -2,6 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
+
+#include "sim/image/glyphs.h"
 
 namespace quarvelo::sim {
 namespace {
@@ -15,6 +18,23 @@ void FillRect(IndexedImage& image, int x0, int y0, int x1, int y1, std::uint8_t 
   for (int y = std::max(0, y0); y < std::min(image.height, y1); ++y) {
     for (int x = std::max(0, x0); x < std::min(image.width, x1); ++x) Put(image, x, y, colour);
   }
+}
+
+// Text twice the font's size, top-left corner at (x, y); returns the x after it.
+int DrawText(IndexedImage& image, int x, int y, const std::string& text, std::uint8_t colour) {
+  constexpr int kScale = 2;
+  for (char c : text) {
+    const Glyph& glyph = GlyphOf(c);
+    for (int row = 0; row < 7; ++row) {
+      for (int column = 0; column < 5; ++column) {
+        if ((glyph[row] >> (4 - column) & 1) == 0) continue;
+        FillRect(image, x + column * kScale, y + row * kScale, x + (column + 1) * kScale,
+                 y + (row + 1) * kScale, colour);
+      }
+    }
+    x += 6 * kScale;
+  }
+  return x;
 }
 
 void DrawGraticule(IndexedImage& image) {
@@ -64,6 +84,19 @@ void DrawTrace(IndexedImage& image, const ScreenTrace& trace) {
 
 }  // namespace
 
+std::string EngineeringText(double value, const char* unit) {
+  static constexpr const char* kPrefixes[] = {"p", "n", "u", "m", "", "k", "M", "G"};
+  int index = 4;
+  double magnitude = std::abs(value);
+  if (magnitude > 0) {
+    index = std::clamp(static_cast<int>(std::floor(std::log10(magnitude) / 3.0)) + 4, 0, 7);
+  }
+  char text[32];
+  std::snprintf(text, sizeof text, "%.3g%s%s", value / std::pow(1000.0, index - 4),
+                kPrefixes[index], unit);
+  return text;
+}
+
 std::array<Rgb, 256> ScreenPalette(bool gray, bool ink_saver) {
   std::array<Rgb, 256> palette{};
   palette[kBackground] = {0, 0, 0};
@@ -105,12 +138,18 @@ IndexedImage DrawScreen(const ScreenContent& content) {
   image.ink_saver = content.ink_saver;
   image.pixels.assign(static_cast<size_t>(image.width) * image.height, kBackground);
   FillRect(image, 0, 0, image.width, 28, kBand);
-  // Run/stop lamp in the band: green-ish channel colour while running, red when stopped.
-  FillRect(image, 8, 6, 60, 22, content.running ? kChannel1 + 1 : kChannel1 + 3);
+  // Run/stop lamp: green while running, red when stopped, with its word.
+  FillRect(image, 4, 4, 64, 25, content.running ? kChannel1 + 1 : kChannel1 + 3);
+  DrawText(image, content.running ? 16 : 10, 7, content.running ? "RUN" : "STOP", kBackground);
   for (const ScreenTrace& trace : content.traces) {
     auto colour = static_cast<std::uint8_t>(kChannel1 + std::clamp(trace.channel, 1, 4) - 1);
-    FillRect(image, 100 + 60 * (trace.channel - 1), 6, 150 + 60 * (trace.channel - 1), 22, colour);
+    int left = 72 + 110 * (std::clamp(trace.channel, 1, 4) - 1);
+    FillRect(image, left, 4, left + 104, 25, colour);
+    DrawText(image, left + 4, 7, std::to_string(trace.channel) + " " + trace.scale_text,
+             kBackground);
   }
+  int x = DrawText(image, 516, 7, "H " + content.timebase_text, kText);
+  DrawText(image, std::max(x + 12, 640), 7, "T " + content.trigger_text, kText);
   DrawGraticule(image);
   for (const ScreenTrace& trace : content.traces) DrawTrace(image, trace);
   // Trigger level at the right edge, time reference at the top of the graticule.

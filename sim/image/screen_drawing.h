@@ -5,6 +5,7 @@
 
 #include <array>
 #include <cstdint>
+#include <string>
 #include <vector>
 
 namespace quarvelo::sim {
@@ -31,6 +32,7 @@ struct ScreenTrace {
   // Vertical position in divisions above the centre line, samples spread evenly across the
   // ten divisions.
   std::vector<double> divisions;
+  std::string scale_text;  // "500mV/"
 };
 
 struct ScreenContent {
@@ -40,7 +42,12 @@ struct ScreenContent {
   int trigger_channel = 1;
   double reference_divisions = 5;  // time reference from the left edge
   bool ink_saver = false;          // white background, as for printing
+  std::string timebase_text;       // "100us/"
+  std::string trigger_text;        // "1.20V"
 };
+
+// "500m", "1.25k", "100u": three significant digits with an SI prefix, then `unit`.
+std::string EngineeringText(double value, const char* unit);
 
 struct IndexedImage {
   int width = kScreenWidth;

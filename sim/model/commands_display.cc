@@ -30,10 +30,13 @@ ScreenContent CurrentScreen(const InstrumentState& state) {
     trace.divisions = ChannelVolts(state, channel, geometry.screen_left,
                                    10 * timebase / kTracePoints, kTracePoints);
     for (double& value : trace.divisions) value = (value - offset) / scale;
+    trace.scale_text = EngineeringText(scale, "V/");
     content.traces.push_back(std::move(trace));
   }
   content.running = state.run_state != RunState::kStopped;
   content.ink_saver = settings.Flag(":HARDcopy:INKSaver");
+  content.timebase_text = EngineeringText(timebase, "s/");
+  content.trigger_text = EngineeringText(settings.Number(":TRIGger[:EDGE]:LEVel"), "V");
   int trigger_channel = ChannelOf(settings.Text(":TRIGger[:EDGE]:SOURce"));
   if (trigger_channel > 0) {
     content.trigger_channel = trigger_channel;

@@ -78,6 +78,16 @@ TEST(ScreenImageTest, InkSaverDrawsOnWhite) {
   EXPECT_EQ(image.pixel(Graticule::kLeft + 3, Graticule::RowOf(3.3)), qRgb(0, 0, 0));
 }
 
+TEST(ScreenImageTest, ReadoutsUseEngineeringUnits) {
+  EXPECT_EQ(EngineeringText(0.5, "V/"), "500mV/");
+  EXPECT_EQ(EngineeringText(1.0, "V/"), "1V/");
+  EXPECT_EQ(EngineeringText(100e-6, "s/"), "100us/");
+  EXPECT_EQ(EngineeringText(2.5e-9, "s/"), "2.5ns/");
+  EXPECT_EQ(EngineeringText(-1.2, "V"), "-1.2V");
+  EXPECT_EQ(EngineeringText(0, "V"), "0V");
+  EXPECT_EQ(EngineeringText(50, "s/"), "50s/");
+}
+
 TEST(ScreenImageTest, UnknownFormatIsRefused) {
   Instrument instrument{InstrumentConfig{}};
   EXPECT_EQ(instrument.Execute(":DISPlay:DATA? JPEG"), "");

@@ -1,6 +1,6 @@
-// Window tests run without a display and never see the user's own settings or data: the
-// platform plugin is "offscreen" and the per-user folders point into a temporary folder that
-// lives as long as the test program.
+// The main of the Qt test programs (window, dialogs, Qt platform): they run without a display
+// and never see the user's own settings or data. The platform plugin is "offscreen" and the
+// per-user folders point into a temporary folder that lives as long as the test program.
 #include <gtest/gtest.h>
 
 #include <QApplication>

@@ -5,21 +5,6 @@
 namespace quarvelo::ui {
 namespace {
 
-TEST(RecordingToolHostTest, OpenHostCreatesToolsOnFirstUseWithBuildDefaults) {
-  RecordingToolHost host;
-  EXPECT_FALSE(host.ToolState("ID_Run"));
-  EXPECT_TRUE(host.ToolVisible("ID_Run"));
-  EXPECT_TRUE(host.ToolEnabled("ID_Run"));
-  EXPECT_EQ(host.ComboIndex("ID_AVG"), -1);
-  host.SetToolState("ID_Run", true);
-  host.SetToolVisible("ID_CH3", false);
-  host.SetToolCaption("ID_EDGE", "Edge: CH1");
-  EXPECT_TRUE(host.ToolState("ID_Run"));
-  EXPECT_FALSE(host.ToolVisible("ID_CH3"));
-  EXPECT_EQ(host.ToolCaption("ID_EDGE"), "Edge: CH1");
-  EXPECT_TRUE(host.unknown_ids().empty());
-}
-
 TEST(RecordingToolHostTest, RestrictedHostIgnoresAndCollectsUnknownIds) {
   RecordingToolHost host({"ID_Run", "ID_AVG"});
   host.SetToolState("ID_Rnu", true);

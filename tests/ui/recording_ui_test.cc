@@ -98,26 +98,6 @@ TEST(RecordingUiTest, PausesAreFreeButRecordedAndRunTheEventHook) {
   EXPECT_EQ(ui.total_pause_ms(), 1010);
 }
 
-TEST(RecordingUiTest, IndicatorTimersAndPointerKeepCurrentValueAndHistory) {
-  RecordingUi ui;
-  EXPECT_FALSE(ui.activity_colour().has_value());
-  ui.SetActivityColour(MakeRgb(0, 255, 0));
-  ui.SetActivityColour(MakeRgb(192, 192, 192));
-  ui.SetRefreshTimerEnabled(true);
-  ui.SetSingleTimerEnabled(true);
-  ui.SetRefreshTimerEnabled(false);
-  ui.SetPointer(PointerShape::kHourglass);
-  ui.SetPointer(PointerShape::kDefault);
-  EXPECT_EQ(ui.activity_colour(), MakeRgb(192, 192, 192));
-  EXPECT_EQ(ui.activity_history().front(), 0x00FF00u);
-  EXPECT_FALSE(ui.refresh_timer_enabled());
-  EXPECT_TRUE(ui.single_timer_enabled());
-  EXPECT_EQ(ui.refresh_timer_history(), (std::vector<bool>{true, false}));
-  EXPECT_EQ(ui.pointer(), PointerShape::kDefault);
-  EXPECT_EQ(ui.pointer_history().size(), 2u);
-  EXPECT_EQ(ui.calls().front(), "SetActivityColour 0,255,0");
-}
-
 TEST(RecordingUiTest, CallLogKeepsOrderAndClearRecordsKeepsTheScript) {
   RecordingUi ui;
   ui.QueueMessageAnswer(MessageResult::kCancel);

@@ -154,6 +154,40 @@ TEST(PeerClientTest, PyvisaOverVxi11) {
   ExpectPyvisaSession("TCPIP0::127.0.0.1::inst0::INSTR", simulator.port("portmapper"));
 }
 
+// A query left unread when the next message arrives is discarded with -410.
+constexpr const char* kInterruptedScript = R"(
+import sys, pyvisa
+import pyvisa_py.protocols.rpc as rpc
+rpc.PMAP_PORT = int(sys.argv[2])
+rm = pyvisa.ResourceManager('@py')
+inst = rm.open_resource(sys.argv[1])
+inst.read_termination = '\n'
+inst.write_termination = '\n'
+inst.timeout = 5000
+inst.write('*CLS')
+inst.write('*IDN?')
+inst.write(':CHANnel1:SCALe 0.5')
+print(inst.query(':SYSTem:ERRor?'))
+print(inst.query(':SYSTem:ERRor?'))
+inst.close()
+)";
+
+TEST(PeerClientTest, PyvisaOverVxi11UnreadReplyIsInterrupted) {
+  if (!PyvisaAvailable()) GTEST_SKIP() << "pyvisa-py is not installed";
+  SimulatorProcess simulator({"--socket-port", "-1", "--vxi11-port", "0", "--portmapper-port", "0",
+                              "--hislip-port", "-1"});
+  ASSERT_NE(simulator.port("portmapper"), 0);
+  setenv("QUARVELO_PEER_SCRIPT", kInterruptedScript, 1);
+  CommandResult result =
+      RunCommand("/usr/bin/python3 -c \"$QUARVELO_PEER_SCRIPT\" TCPIP0::127.0.0.1::inst0::INSTR " +
+                 std::to_string(simulator.port("portmapper")) + " 2>&1");
+  ASSERT_EQ(result.status, 0) << result.output;
+  std::vector<std::string> lines = Lines(result.output);
+  ASSERT_EQ(lines.size(), 2u) << result.output;
+  EXPECT_EQ(lines[0], "-410,\"Query INTERRUPTED\"");
+  EXPECT_EQ(lines[1], "+0,\"No error\"");
+}
+
 bool LxiAvailable() { return RunCommand("command -v lxi >/dev/null").status == 0; }
 
 // `lxi scpi` against the given port, one command per call; raw selects TCP instead of VXI-11.

@@ -267,6 +267,117 @@ TEST(ReadbackTest, SilentInstrumentCostsOneIdentification) {
   EXPECT_FALSE(s.h.scope.ToolUpdateInProgress);
 }
 
+// The whole math readback of one function: the instrument's settings changed first, every
+// field read back, the exact queries sent (g(t) only on the single-function family) and the
+// function's tools checked.
+struct MathCase {
+  const char* name;
+  const char* model;
+  const char* prefix;
+  std::vector<std::string> settings;
+  bool display;
+  const char* operation;
+  const char* source1;
+  const char* source2;
+  std::int16_t vertical_type;
+  std::int16_t window;
+  std::int16_t scale;
+  const char* goft_operation;  // expected g(t) fields; "unread" when they must not be asked
+  const char* goft_source1;
+  const char* goft_source2;
+  const char* operation_tool;
+  const char* function_tool;
+};
+
+class MathReadbackTest : public testing::TestWithParam<MathCase> {};
+
+TEST_P(MathReadbackTest, ReadsEveryFieldOfTheNamedFunction) {
+  const MathCase& c = GetParam();
+  OnlineScope s({.model = c.model});
+  s.h.scope.MathPrefix = c.prefix;
+  for (const auto& setting : c.settings) s.simulator->Execute(setting);
+  s.simulator->Execute("*CLS");
+  s.h.scope.GoftOperation = s.h.scope.GoftSource1 = s.h.scope.GoftSource2 = "unread";
+  s.readback.ReadBackMath(true);
+
+  const ScopeState& st = s.h.scope;
+  EXPECT_EQ(st.MathDisplay, c.display);
+  EXPECT_EQ(st.MathOperation, c.operation);
+  EXPECT_DOUBLE_EQ(st.FftCenter, 2e6);
+  EXPECT_DOUBLE_EQ(st.FftSpan, 4e6);
+  EXPECT_EQ(st.FftVerticalType, c.vertical_type);
+  EXPECT_EQ(st.FftWindow, c.window);
+  EXPECT_DOUBLE_EQ(st.MathOffset, 0.5);
+  EXPECT_DOUBLE_EQ(st.MathRange, 16);
+  EXPECT_DOUBLE_EQ(st.MathReference, -20);
+  EXPECT_EQ(st.MathScale, c.scale);
+  EXPECT_EQ(st.MathSource1, c.source1);
+  EXPECT_EQ(st.MathSource2, c.source2);
+  EXPECT_EQ(st.GoftOperation, c.goft_operation);
+  EXPECT_EQ(st.GoftSource1, c.goft_source1);
+  EXPECT_EQ(st.GoftSource2, c.goft_source2);
+
+  const std::string p = c.prefix;
+  std::vector<std::string> queries = {p + ":DISPlay?",  p + ":OPERation?", p + ":FFT:CENTer?",
+                                      p + ":FFT:SPAN?", p + ":FFT:VTYPe?", p + ":FFT:WINDow?",
+                                      p + ":OFFSet?",   p + ":RANGe?",     p + ":REFerence?",
+                                      p + ":SCALe?",    p + ":SOURce1?",   p + ":SOURce2?"};
+  if (std::string(c.model) == "2000X") {
+    for (const char* q : {":GOFT:OPERation?", ":GOFT:SOURce1?", ":GOFT:SOURce2?"}) {
+      queries.push_back(p + q);
+    }
+  }
+  EXPECT_EQ(s.Sent(), testing_support::WithErrorQuery(queries));
+  EXPECT_TRUE(s.h.ui.status_lines().empty()) << s.h.ui.status();
+  EXPECT_TRUE(s.h.session.RemoteOn);
+
+  EXPECT_EQ(s.h.tools.ToolState("ID_MATHDISP"), c.display);
+  EXPECT_TRUE(s.h.tools.ToolState(c.function_tool)) << c.function_tool;
+  if (*c.operation_tool != '\0') {
+    EXPECT_TRUE(s.h.tools.ToolState(c.operation_tool)) << c.operation_tool;
+  }
+  EXPECT_TRUE(s.h.tools.unguarded.empty()) << s.h.tools.unguarded.front();
+  EXPECT_FALSE(st.ToolUpdateInProgress);
+}
+
+// Settings shared by every case; each case adds its own after them.
+std::vector<std::string> MathSettings(const std::string& p, std::vector<std::string> own) {
+  std::vector<std::string> all = {p + ":FFT:CENTer 2E6", p + ":FFT:SPAN 4E6", p + ":OFFSet 0.5",
+                                  p + ":RANGe 16", p + ":REFerence -20"};
+  all.insert(all.end(), own.begin(), own.end());
+  return all;
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Functions, MathReadbackTest,
+    testing::Values(
+        MathCase{
+            "SingleFunction", "2000X", ":FUNC",
+            MathSettings(":FUNC",
+                         {":FUNC:DISPlay 1", ":FUNC:OPERation SUBTract", ":FUNC:SOURce1 GOFT",
+                          ":FUNC:SOURce2 CHANnel3", ":FUNC:GOFT:OPERation MULTiply",
+                          ":FUNC:GOFT:SOURce1 CHANnel3", ":FUNC:GOFT:SOURce2 CHANnel4",
+                          ":FUNC:FFT:VTYPe VRMS", ":FUNC:FFT:WINDow FLATtop", ":FUNC:SCALe 2.6"}),
+            true, "SUBT", "GOFT", "CHAN3", 1, 2, 3, "MULT", "CHAN3", "CHAN4", "ID_MATHSUBT",
+            "ID_MATHFUNC"},
+        MathCase{"FirstOfTwo", "3000X", ":FUNC1",
+                 MathSettings(":FUNC1", {":FUNC1:DISPlay 1", ":FUNC1:OPERation FFT",
+                                         ":FUNC1:SOURce1 CHANnel2", ":FUNC1:SOURce2 CHANnel4",
+                                         ":FUNC1:FFT:WINDow BHARris", ":FUNC1:SCALe 7",
+                                         ":FUNC2:OPERation MULTiply"}),
+                 true, "FFT", "CHAN2", "CHAN4", 0, 3, 7, "unread", "unread", "unread", "ID_MATHFFT",
+                 "ID_MATHFUNC1"},
+        // The second function differs from the first in every field, so a wrong prefix shows.
+        MathCase{
+            "SecondOfTwo", "3000X", ":FUNC2",
+            MathSettings(":FUNC2", {":FUNC1:DISPlay 1", ":FUNC1:OPERation FFT", ":FUNC2:DISPlay 0",
+                                    ":FUNC2:OPERation INTegrate", ":FUNC2:SOURce1 FUNCtion1",
+                                    ":FUNC2:SOURce2 CHANnel1", ":FUNC2:FFT:VTYPe VRMS",
+                                    ":FUNC2:FFT:WINDow RECTangular", ":FUNC2:SCALe 0.4"}),
+            false, "INT", "FUNC1", "CHAN1", 1, 0, 0, "unread", "unread", "unread", "",
+            "ID_MATHFUNC2"}),
+    [](const testing::TestParamInfo<MathCase>& info) { return std::string(info.param.name); });
+
 TEST(ReadbackTest, OffLineReadsNothing) {
   testing_support::LinkHarness h;
   WaveformRecords records;

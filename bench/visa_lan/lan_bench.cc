@@ -13,7 +13,7 @@
 #include <vector>
 
 #include "platform/visa/transport_factory.h"
-#include "platform/visa/vxi11/tcp_stream.h"
+#include "platform/visa/tcp_connection.h"
 #include "sim/server/hislip_server.h"
 #include "sim/server/message_handler.h"
 #include "sim/server/tcp_listener.h"
@@ -120,8 +120,8 @@ void BM_RawLoopbackTcp(benchmark::State& state) {
                sim::IoResult::kOk) {
     }
   });
-  std::unique_ptr<visa::TcpStream> stream;
-  if (visa::TcpStream::Connect("127.0.0.1", sim::LocalPort(listener.fd()), Soon(), &stream) !=
+  std::unique_ptr<visa::TcpConnection> stream;
+  if (visa::TcpConnection::Connect("127.0.0.1", sim::LocalPort(listener.fd()), Soon(), &stream) !=
       VI_SUCCESS) {
     state.SkipWithError("cannot connect");
   } else {

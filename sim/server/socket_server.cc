@@ -26,12 +26,21 @@ bool SocketServer::Start(std::string* error) {
   if (!listener_.valid()) return false;
   port_ = LocalPort(listener_.fd());
   stop_.Reset();
+  {
+    std::lock_guard lock(serving_mutex_);
+    stopping_ = false;
+  }
   thread_ = std::thread([this] { Run(); });
   return true;
 }
 
 void SocketServer::Stop() {
   stop_.Raise();
+  {
+    std::lock_guard lock(serving_mutex_);
+    stopping_ = true;
+    if (serving_fd_ >= 0) shutdown(serving_fd_, SHUT_RDWR);
+  }
   if (thread_.joinable()) thread_.join();
   listener_ = Socket();
 }
@@ -45,6 +54,19 @@ void SocketServer::Run() {
 }
 
 void SocketServer::Serve(Socket connection) {
+  {
+    std::lock_guard lock(serving_mutex_);
+    if (stopping_ || !MakeBlocking(connection.fd())) return;
+    serving_fd_ = connection.fd();
+  }
+  // Forgotten before the descriptor closes, so Stop never shuts down a reused number.
+  struct Forget {
+    SocketServer* server;
+    ~Forget() {
+      std::lock_guard lock(server->serving_mutex_);
+      server->serving_fd_ = -1;
+    }
+  } forget{this};
   // Room for a whole waveform block in the kernel, so that sending one does not wait on the
   // client being scheduled again and again on a busy machine.
   const int send_buffer = 4 * 1024 * 1024;
@@ -53,9 +75,7 @@ void SocketServer::Serve(Socket connection) {
   std::vector<std::byte> buffer(64 * 1024);
   while (true) {
     std::size_t count = 0;
-    if (ReadSome(connection.fd(), buffer, stop_, ServerDeadline::max(), &count) != IoResult::kOk) {
-      return;
-    }
+    if (ReadSomeBlocking(connection.fd(), buffer, &count) != IoResult::kOk) return;
     pending.append(reinterpret_cast<const char*>(buffer.data()), count);
     std::size_t start = 0;
     for (std::size_t end = pending.find('\n'); end != std::string::npos;

@@ -4,6 +4,7 @@
 #define QUARVELO_SIM_SERVER_SOCKET_SERVER_H_
 
 #include <cstdint>
+#include <mutex>
 #include <string>
 #include <thread>
 
@@ -35,6 +36,11 @@ class SocketServer {
   std::uint16_t port_ = 0;
   Socket listener_;
   StopSignal stop_;
+  // The connection being served, read with plain blocking receives (one system call per
+  // message): Stop shuts it down to wake that read. Once stopping, no new one is served.
+  std::mutex serving_mutex_;
+  int serving_fd_ = -1;
+  bool stopping_ = false;
   std::thread thread_;
 };
 

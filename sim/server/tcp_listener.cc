@@ -1,6 +1,7 @@
 #include "sim/server/tcp_listener.h"
 
 #include <arpa/inet.h>
+#include <fcntl.h>
 #include <netdb.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
@@ -120,7 +121,7 @@ IoResult ReadSome(int fd, std::span<std::byte> buffer, const StopSignal& stop,
                   ServerDeadline deadline, std::size_t* count) {
   *count = 0;
   for (;;) {
-    const ssize_t n = recv(fd, buffer.data(), buffer.size(), 0);
+    const ssize_t n = recv(fd, buffer.data(), buffer.size(), MSG_DONTWAIT);
     if (n > 0) {
       *count = static_cast<std::size_t>(n);
       return IoResult::kOk;
@@ -131,6 +132,24 @@ IoResult ReadSome(int fd, std::span<std::byte> buffer, const StopSignal& stop,
     const IoResult waited = WaitFor(fd, POLLIN, stop, deadline);
     if (waited != IoResult::kOk) return waited;
   }
+}
+
+IoResult ReadSomeBlocking(int fd, std::span<std::byte> buffer, std::size_t* count) {
+  *count = 0;
+  for (;;) {
+    const ssize_t n = recv(fd, buffer.data(), buffer.size(), 0);
+    if (n > 0) {
+      *count = static_cast<std::size_t>(n);
+      return IoResult::kOk;
+    }
+    if (n < 0 && errno == EINTR) continue;
+    return IoResult::kClosed;
+  }
+}
+
+bool MakeBlocking(int fd) {
+  const int flags = fcntl(fd, F_GETFL);
+  return flags >= 0 && fcntl(fd, F_SETFL, flags & ~O_NONBLOCK) == 0;
 }
 
 IoResult ReadExact(int fd, std::span<std::byte> buffer, const StopSignal& stop,
@@ -149,7 +168,7 @@ IoResult WriteAll(int fd, std::span<const std::byte> data, const StopSignal& sto
                   ServerDeadline deadline) {
   std::size_t done = 0;
   while (done < data.size()) {
-    const ssize_t n = send(fd, data.data() + done, data.size() - done, MSG_NOSIGNAL);
+    const ssize_t n = send(fd, data.data() + done, data.size() - done, MSG_NOSIGNAL | MSG_DONTWAIT);
     if (n > 0) {
       done += static_cast<std::size_t>(n);
       continue;
@@ -182,7 +201,7 @@ IoResult WriteAllParts(int fd, std::span<const std::span<const std::byte>> parts
     msghdr message{};
     message.msg_iov = vectors;
     message.msg_iovlen = used;
-    const ssize_t n = sendmsg(fd, &message, MSG_NOSIGNAL);
+    const ssize_t n = sendmsg(fd, &message, MSG_NOSIGNAL | MSG_DONTWAIT);
     if (n < 0 && errno == EINTR) continue;
     if (n < 0 && (errno == EAGAIN || errno == EWOULDBLOCK)) {
       const IoResult waited = WaitFor(fd, POLLOUT, stop, deadline);

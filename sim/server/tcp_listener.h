@@ -54,9 +54,15 @@ enum class IoResult { kOk, kClosed, kStopped, kTimedOut };
 // Waits until `fd` is ready for `events` (POLLIN/POLLOUT). kClosed is never returned here.
 IoResult WaitFor(int fd, short events, const StopSignal& stop, ServerDeadline deadline);
 
-// Connected-socket I/O with a stop signal; the socket is non-blocking.
+// Connected-socket I/O with a stop signal; blocking or not, no call here waits past it.
 IoResult ReadSome(int fd, std::span<std::byte> buffer, const StopSignal& stop,
                   ServerDeadline deadline, std::size_t* count);
+// Reads what has arrived, waiting in the kernel until something has, with neither deadline nor
+// stop signal: for a blocking socket whose server wakes the read at stop by shutting the
+// connection down. One system call when a message is on its way.
+IoResult ReadSomeBlocking(int fd, std::span<std::byte> buffer, std::size_t* count);
+// Makes a connected socket blocking; every send here still says MSG_DONTWAIT itself.
+bool MakeBlocking(int fd);
 IoResult ReadExact(int fd, std::span<std::byte> buffer, const StopSignal& stop,
                    ServerDeadline deadline);
 IoResult WriteAll(int fd, std::span<const std::byte> data, const StopSignal& stop,

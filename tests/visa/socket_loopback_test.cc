@@ -175,6 +175,36 @@ TEST_F(SocketLoopbackTest, RawWriteAndRead) {
   EXPECT_EQ(std::string(reinterpret_cast<char*>(rest.data()), got), std::string(kIdn).substr(16));
 }
 
+// Short time-outs wait with poll(); longer ones block in the receive under the socket's own
+// time-out, fitted to the session's time-out when that changes. Whichever way, a read that
+// gets no answer ends at its time-out, also right after reads that waited much longer.
+struct TimeoutCase {
+  ViUInt32 earlier_ms;  // time-out of a good exchange just before
+  ViUInt32 timeout_ms;
+};
+
+class SocketTimeoutTest : public SocketLoopbackTest,
+                          public ::testing::WithParamInterface<TimeoutCase> {};
+
+TEST_P(SocketTimeoutTest, UnansweredQueryEndsAtItsTimeout) {
+  ASSERT_EQ(viSetAttribute(vi_, VI_ATTR_TMO_VALUE, GetParam().earlier_ms), VI_SUCCESS);
+  ASSERT_EQ(Query("*IDN?"), kIdn);
+  ASSERT_EQ(viSetAttribute(vi_, VI_ATTR_TMO_VALUE, GetParam().timeout_ms), VI_SUCCESS);
+  const auto start = std::chrono::steady_clock::now();
+  Query("SILENT?");
+  const auto elapsed =
+      std::chrono::duration_cast<milliseconds>(std::chrono::steady_clock::now() - start);
+  EXPECT_EQ(last_status_, VI_ERROR_TMO);
+  EXPECT_GE(elapsed.count(), GetParam().timeout_ms);
+  // Generous for a loaded machine, yet far below any stale longer time-out.
+  EXPECT_LT(elapsed.count(), GetParam().timeout_ms + 250);
+}
+
+INSTANTIATE_TEST_SUITE_P(Timeouts, SocketTimeoutTest,
+                         ::testing::Values(TimeoutCase{2000, 60}, TimeoutCase{2000, 150},
+                                           TimeoutCase{2000, 400}, TimeoutCase{60, 400},
+                                           TimeoutCase{400, 120}));
+
 TEST(SocketOpen, RefusedPortIsNotFound) {
   ViSession rm = VI_NULL;
   ASSERT_EQ(viOpenDefaultRM(&rm), VI_SUCCESS);

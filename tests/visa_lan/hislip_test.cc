@@ -8,7 +8,7 @@
 #include "platform/visa/hislip/hislip_transport.h"
 #include "platform/visa/hislip/message.h"
 #include "platform/visa/transport_factory.h"
-#include "platform/visa/vxi11/tcp_stream.h"
+#include "platform/visa/tcp_connection.h"
 #include "sim/server/hislip_server.h"
 #include "test_handler.h"
 
@@ -204,7 +204,7 @@ TEST_F(HislipTest, OpenFailures) {
 class RawHislip {
  public:
   explicit RawHislip(std::uint16_t port) {
-    EXPECT_EQ(visa::TcpStream::Connect("127.0.0.1", port, In(1000), &stream_), VI_SUCCESS);
+    EXPECT_EQ(visa::TcpConnection::Connect("127.0.0.1", port, In(1000), &stream_), VI_SUCCESS);
   }
   void Send(const hislip::Header& header, std::string_view payload = {}) {
     const auto head = hislip::EncodeHeader(header);
@@ -234,7 +234,7 @@ class RawHislip {
     }
     return true;
   }
-  std::unique_ptr<visa::TcpStream> stream_;
+  std::unique_ptr<visa::TcpConnection> stream_;
 };
 
 TEST_F(HislipTest, ServerAnswersWithTheIdOfTheMessageItAnswersAndRejectsBadSequences) {

@@ -15,7 +15,7 @@
 #include "platform/visa/vxi11/core_channel.h"
 #include "platform/visa/vxi11/portmapper.h"
 #include "platform/visa/vxi11/rpc.h"
-#include "platform/visa/vxi11/tcp_stream.h"
+#include "platform/visa/tcp_connection.h"
 #include "sim/server/hislip_server.h"
 #include "sim/server/portmapper_server.h"
 #include "sim/server/tcp_listener.h"
@@ -63,8 +63,8 @@ std::string Header(hislip::MessageType type, std::uint64_t length, std::uint8_t 
 
 // Sends raw bytes and collects whatever comes back until the server goes quiet or closes.
 std::string Exchange(std::uint16_t port, const std::string& bytes, int quiet_ms = 150) {
-  std::unique_ptr<visa::TcpStream> stream;
-  EXPECT_EQ(visa::TcpStream::Connect("127.0.0.1", port, In(1000), &stream), VI_SUCCESS);
+  std::unique_ptr<visa::TcpConnection> stream;
+  EXPECT_EQ(visa::TcpConnection::Connect("127.0.0.1", port, In(1000), &stream), VI_SUCCESS);
   if (!stream) return {};
   stream->SendAll(xdr::AsBytes(bytes), In(1000));
   std::string received;

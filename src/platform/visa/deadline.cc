@@ -18,4 +18,12 @@ int PollMillisecondsUntil(Deadline deadline) {
   return static_cast<int>(std::min<long long>(ms, std::numeric_limits<int>::max()));
 }
 
+std::uint32_t MillisecondsUntil(Deadline deadline, std::uint32_t cap) {
+  if (deadline == Deadline::max()) return cap;
+  const auto left = deadline - Clock::now();
+  if (left <= Clock::duration::zero()) return 0;
+  const auto ms = std::chrono::ceil<std::chrono::milliseconds>(left).count();
+  return static_cast<std::uint32_t>(std::min<long long>(ms, cap));
+}
+
 }  // namespace quarvelo::visa

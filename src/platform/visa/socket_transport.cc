@@ -11,12 +11,12 @@ class SocketTransport : public Transport {
       : connection_(std::move(connection)) {}
 
   ViStatus Write(std::span<const std::byte> data, bool /*end*/, Deadline deadline) override {
-    return connection_->Send(data, deadline);
+    return connection_->SendAll(data, deadline);
   }
 
   ViStatus Read(std::span<std::byte> buffer, Deadline deadline, ReadResult* result) override {
     *result = ReadResult{};
-    return connection_->Receive(buffer, deadline, &result->count);
+    return connection_->ReceiveSome(buffer, deadline, &result->count);
   }
 
   bool EndsOnLineFeed() const override { return true; }

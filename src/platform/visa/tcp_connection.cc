@@ -1,10 +1,12 @@
 #include "platform/visa/tcp_connection.h"
 
+#include <fcntl.h>
 #include <netdb.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <poll.h>
 #include <sys/socket.h>
+#include <sys/time.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -104,6 +106,13 @@ int ConnectOne(const addrinfo& address, Deadline deadline) {
   const int on = 1;
   setsockopt(fd, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
   setsockopt(fd, SOL_SOCKET, SO_KEEPALIVE, &on, sizeof on);
+  // Receives block (bounded by the socket's receive time-out), so that a reply on its way
+  // costs one system call; sends and short waits say MSG_DONTWAIT themselves.
+  const int flags = fcntl(fd, F_GETFL);
+  if (flags < 0 || fcntl(fd, F_SETFL, flags & ~O_NONBLOCK) != 0) {
+    close(fd);
+    return -1;
+  }
   return fd;
 }
 
@@ -112,6 +121,7 @@ ViStatus StatusOfErrno(int error) {
     case ECONNRESET:
     case EPIPE:
     case ENOTCONN:
+    case ECONNABORTED:
     case ETIMEDOUT:
     case EHOSTUNREACH:
     case ENETUNREACH:
@@ -150,47 +160,93 @@ ViStatus TcpConnection::Lost(ViStatus status) {
   return status;
 }
 
-ViStatus TcpConnection::Send(std::span<const std::byte> data, Deadline deadline) {
+ViStatus TcpConnection::SendAll(std::span<const std::byte> data, Deadline deadline) {
   if (lost_ != VI_SUCCESS) return lost_;
   std::size_t sent = 0;
-  while (sent < data.size()) {
-    const ssize_t n = send(fd_, data.data() + sent, data.size() - sent, MSG_NOSIGNAL);
+  if (!unsent_.empty()) {
+    const ViStatus status = SendNow(unsent_, deadline, &sent);
+    unsent_.erase(unsent_.begin(), unsent_.begin() + static_cast<std::ptrdiff_t>(sent));
+    if (status != VI_SUCCESS) return Lost(status);
+  }
+  const ViStatus status = SendNow(data, deadline, &sent);
+  if (status == VI_ERROR_TMO && sent != 0) unsent_.assign(data.begin() + sent, data.end());
+  return Lost(status);
+}
+
+ViStatus TcpConnection::SendNow(std::span<const std::byte> data, Deadline deadline,
+                                std::size_t* sent) {
+  std::size_t done = 0;
+  ViStatus status = VI_SUCCESS;
+  while (done < data.size()) {
+    // The socket blocks (for the receive side); each send must not.
+    const ssize_t n =
+        send(fd_, data.data() + done, data.size() - done, MSG_NOSIGNAL | MSG_DONTWAIT);
     if (n > 0) {
-      sent += static_cast<std::size_t>(n);
+      done += static_cast<std::size_t>(n);
       continue;
     }
     if (n < 0 && errno == EINTR) continue;
     if (n < 0 && (errno == EAGAIN || errno == EWOULDBLOCK)) {
-      const ViStatus status = WaitFor(fd_, POLLOUT, deadline);
-      if (status != VI_SUCCESS) return Lost(status);
+      status = WaitFor(fd_, POLLOUT, deadline);
+      if (status != VI_SUCCESS) break;
       continue;
     }
-    return Lost(StatusOfErrno(errno));
+    status = StatusOfErrno(errno);
+    break;
   }
-  return VI_SUCCESS;
+  *sent = done;
+  return status;
 }
 
-ViStatus TcpConnection::Receive(std::span<std::byte> buffer, Deadline deadline,
-                                std::size_t* count) {
+bool TcpConnection::ReceiveMayBlock(Deadline deadline) {
+  using std::chrono::milliseconds;
+  // The socket's time-out runs on the scheduler tick and may end a tick or two late, so it is
+  // set this much short of the deadline, and the last stretch is waited for with poll().
+  constexpr milliseconds kTickSlack{30};
+  milliseconds wanted{0};  // no time-out: the deadline never comes
+  if (deadline != Deadline::max()) {
+    const auto left = std::chrono::duration_cast<milliseconds>(deadline - Clock::now());
+    if (left < 3 * kTickSlack) return false;
+    // A time-out already set serves every deadline of about its size: a session's reads all
+    // wait about as long, so the socket option is set once, not per message.
+    if (receive_timeout_ > milliseconds::zero() && receive_timeout_ + kTickSlack <= left &&
+        2 * receive_timeout_ >= left) {
+      return true;
+    }
+    wanted = std::chrono::floor<std::chrono::duration<long long, std::centi>>(left - kTickSlack);
+  }
+  if (wanted == receive_timeout_) return true;
+  timeval value{};
+  value.tv_sec = static_cast<time_t>(wanted.count() / 1000);
+  value.tv_usec = static_cast<suseconds_t>(wanted.count() % 1000 * 1000);
+  if (setsockopt(fd_, SOL_SOCKET, SO_RCVTIMEO, &value, sizeof value) != 0) {
+    receive_timeout_ = milliseconds{-1};
+    return false;
+  }
+  receive_timeout_ = wanted;
+  return true;
+}
+
+ViStatus TcpConnection::ReceiveSome(std::span<std::byte> buffer, Deadline deadline,
+                                    std::size_t* count) {
   *count = 0;
   if (lost_ != VI_SUCCESS) return lost_;
   if (buffer.empty()) return VI_SUCCESS;
-  bool try_first = expect_more_;
   for (;;) {
-    if (!try_first) {
-      const ViStatus status = WaitFor(fd_, POLLIN, deadline);
-      if (status != VI_SUCCESS) return Lost(status);
-    }
-    try_first = false;
-    const ssize_t n = recv(fd_, buffer.data(), buffer.size(), MSG_DONTWAIT);
+    // One blocking receive when the deadline is far enough for the socket's own time-out;
+    // otherwise a receive that does not wait, and poll() when nothing is there.
+    const bool block = ReceiveMayBlock(deadline);
+    const ssize_t n = recv(fd_, buffer.data(), buffer.size(), block ? 0 : MSG_DONTWAIT);
     if (n > 0) {
       *count = static_cast<std::size_t>(n);
-      expect_more_ = *count == buffer.size();
       return VI_SUCCESS;
     }
     if (n == 0) return Lost(VI_ERROR_CONN_LOST);
-    if (errno == EINTR || errno == EAGAIN || errno == EWOULDBLOCK) continue;
-    return Lost(StatusOfErrno(errno));
+    if (errno == EINTR) continue;
+    if (errno != EAGAIN && errno != EWOULDBLOCK) return Lost(StatusOfErrno(errno));
+    if (block) continue;  // the socket's time-out ran out, short of the deadline
+    const ViStatus status = WaitFor(fd_, POLLIN, deadline);
+    if (status != VI_SUCCESS) return Lost(status);
   }
 }
 

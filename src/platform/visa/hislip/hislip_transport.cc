@@ -34,7 +34,7 @@ ViStatus ReceiveControl(HislipChannel& channel, Deadline deadline, Header* heade
 
 }  // namespace
 
-HislipChannel::HislipChannel(std::unique_ptr<TcpStream> stream)
+HislipChannel::HislipChannel(std::unique_ptr<TcpConnection> stream)
     : stream_(std::move(stream)), buffer_(kChannelBuffer) {}
 
 ViStatus HislipChannel::Send(const Header& header, std::span<const std::byte> payload,
@@ -46,7 +46,7 @@ ViStatus HislipChannel::Send(const Header& header, std::span<const std::byte> pa
   frame.reserve(head.size() + payload.size());
   frame.insert(frame.end(), head.begin(), head.end());
   frame.insert(frame.end(), payload.begin(), payload.end());
-  // A message cut by the deadline is finished by the next send (see TcpStream::SendAll); the
+  // A message cut by the deadline is finished by the next send (see TcpConnection::SendAll); the
   // response to it then carries an old message id and is dropped.
   const ViStatus status = stream_->SendAll(frame, deadline);
   if (status != VI_SUCCESS && status != VI_ERROR_TMO) broken_ = true;
@@ -124,8 +124,8 @@ ViStatus HislipTransport::Open(const std::string& host, const std::string& sub_a
                                std::uint16_t port, Deadline deadline, const HislipOptions& options,
                                std::unique_ptr<HislipTransport>* out) {
   if (port == 0) port = hislip::kStandardPort;
-  std::unique_ptr<TcpStream> stream;
-  if (TcpStream::Connect(host, port, deadline, &stream) != VI_SUCCESS) {
+  std::unique_ptr<TcpConnection> stream;
+  if (TcpConnection::Connect(host, port, deadline, &stream) != VI_SUCCESS) {
     return VI_ERROR_RSRC_NFOUND;
   }
   auto sync = std::make_unique<HislipChannel>(std::move(stream));
@@ -142,7 +142,7 @@ ViStatus HislipTransport::Open(const std::string& host, const std::string& sub_a
   }
   const std::uint16_t session_id = hislip::SessionIdOf(header.parameter);
 
-  if (TcpStream::Connect(host, port, deadline, &stream) != VI_SUCCESS) {
+  if (TcpConnection::Connect(host, port, deadline, &stream) != VI_SUCCESS) {
     return VI_ERROR_RSRC_NFOUND;
   }
   auto async = std::make_unique<HislipChannel>(std::move(stream));

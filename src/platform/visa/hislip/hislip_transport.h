@@ -13,7 +13,7 @@
 #include "platform/visa/hislip/message.h"
 #include "platform/visa/transport.h"
 #include "platform/visa/visa.h"
-#include "platform/visa/vxi11/tcp_stream.h"
+#include "platform/visa/tcp_connection.h"
 
 namespace quarvelo::visa {
 
@@ -21,7 +21,7 @@ namespace quarvelo::visa {
 // while large payloads still go straight to the caller.
 class HislipChannel {
  public:
-  explicit HislipChannel(std::unique_ptr<TcpStream> stream);
+  explicit HislipChannel(std::unique_ptr<TcpConnection> stream);
 
   ViStatus Send(const hislip::Header& header, std::span<const std::byte> payload,
                 Deadline deadline);
@@ -36,7 +36,7 @@ class HislipChannel {
  private:
   ViStatus Fill(Deadline deadline);
 
-  std::unique_ptr<TcpStream> stream_;
+  std::unique_ptr<TcpConnection> stream_;
   std::vector<std::byte> buffer_;
   std::size_t begin_ = 0;
   std::size_t end_ = 0;

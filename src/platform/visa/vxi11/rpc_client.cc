@@ -10,7 +10,7 @@ constexpr std::size_t kRecordOverhead = 1024;
 
 }  // namespace
 
-RpcClient::RpcClient(std::unique_ptr<TcpStream> stream, std::uint32_t program,
+RpcClient::RpcClient(std::unique_ptr<TcpConnection> stream, std::uint32_t program,
                      std::uint32_t version, std::size_t max_reply)
     : stream_(std::move(stream)),
       program_(program),

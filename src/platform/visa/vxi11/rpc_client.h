@@ -11,7 +11,7 @@
 #include "platform/visa/transport.h"
 #include "platform/visa/visa.h"
 #include "platform/visa/vxi11/rpc.h"
-#include "platform/visa/vxi11/tcp_stream.h"
+#include "platform/visa/tcp_connection.h"
 #include "platform/visa/vxi11/xdr.h"
 
 namespace quarvelo::visa {
@@ -19,7 +19,7 @@ namespace quarvelo::visa {
 class RpcClient {
  public:
   // `max_reply` bounds one reply record; a larger one means the peer is not a sane server.
-  RpcClient(std::unique_ptr<TcpStream> stream, std::uint32_t program, std::uint32_t version,
+  RpcClient(std::unique_ptr<TcpConnection> stream, std::uint32_t program, std::uint32_t version,
             std::size_t max_reply);
 
   // Sends the call and waits for its reply. On success `results` holds the reply record and
@@ -35,7 +35,7 @@ class RpcClient {
  private:
   ViStatus Fail(ViStatus status);
 
-  std::unique_ptr<TcpStream> stream_;
+  std::unique_ptr<TcpConnection> stream_;
   std::uint32_t program_;
   std::uint32_t version_;
   std::uint32_t xid_;

@@ -4,6 +4,7 @@
 #include <charconv>
 #include <cstring>
 
+#include "platform/visa/deadline.h"
 #include "platform/visa/transport_factory.h"
 #include "platform/visa/vxi11/core_channel.h"
 #include "platform/visa/vxi11/portmapper.h"
@@ -30,8 +31,8 @@ std::optional<std::uint16_t> ParsePort(std::string_view text) {
 }
 
 ViStatus LookUpCorePort(const Vxi11Endpoint& endpoint, Deadline deadline, std::uint16_t* port) {
-  std::unique_ptr<TcpStream> stream;
-  if (TcpStream::Connect(endpoint.host, endpoint.port, deadline, &stream) != VI_SUCCESS) {
+  std::unique_ptr<TcpConnection> stream;
+  if (TcpConnection::Connect(endpoint.host, endpoint.port, deadline, &stream) != VI_SUCCESS) {
     return VI_ERROR_RSRC_NFOUND;
   }
   RpcClient portmapper(std::move(stream), portmapper::kProgram, portmapper::kVersion, kSmallReply);
@@ -86,8 +87,8 @@ ViStatus Vxi11Transport::Open(const Vxi11Endpoint& endpoint, const std::string& 
     const ViStatus status = LookUpCorePort(endpoint, deadline, &core_port);
     if (status != VI_SUCCESS) return status;
   }
-  std::unique_ptr<TcpStream> stream;
-  if (TcpStream::Connect(endpoint.host, core_port, deadline, &stream) != VI_SUCCESS) {
+  std::unique_ptr<TcpConnection> stream;
+  if (TcpConnection::Connect(endpoint.host, core_port, deadline, &stream) != VI_SUCCESS) {
     return VI_ERROR_RSRC_NFOUND;
   }
   auto rpc = std::make_unique<RpcClient>(std::move(stream), vxi11::kCoreProgram,

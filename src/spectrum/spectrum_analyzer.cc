@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <span>
 
 #include "display/format.h"
 #include "platform/text/number_parse.h"
@@ -124,8 +125,9 @@ void SpectrumAnalyzer::BuildWindow(int channel, const FftSettings& settings) {
   const std::int64_t last = std::min<std::int64_t>(m, n);
   // Weights outside the window's span are zero.
   std::fill(weights.begin() + std::max<std::int64_t>(last + 1, 0), weights.end(), 0.0);
-  for (std::int64_t i = 0; i <= last; ++i) {
-    weights[i] = WindowWeight(settings.WindowIndex, i, m, two_pi_).value_or(0.0);
+  if (last >= 0) {
+    FillWindowWeights(settings.WindowIndex, m, two_pi_,
+                      std::span<double>(weights).first(static_cast<std::size_t>(last) + 1));
   }
 }
 

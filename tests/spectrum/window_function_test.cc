@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+#include <vector>
+
 #include "spectrum/fft_orlen.h"
 
 namespace quarvelo::spectrum {
@@ -47,6 +50,40 @@ TEST(WindowFunctionTest, ASpanOfOneSampleDefinesOnlyTheRectangularWindow) {
   EXPECT_FALSE(WindowWeight(6, 0, 1, kProgramTwoPi).has_value());
   EXPECT_FALSE(WindowWeight(5, 1, 1, kProgramTwoPi).has_value());
 }
+
+// The fast fill against the definition, sample by sample: spans that stay on the direct path,
+// spans of one row and a bit, several rows with a short last one, a window cut short by the
+// transform (fewer weights than the span), a window longer than its span, the largest record
+// and spans too short for the cosines.
+struct FillCase {
+  std::int64_t m;
+  std::size_t weights;
+};
+
+class FillWindowWeightsTest : public testing::TestWithParam<FillCase> {};
+
+TEST_P(FillWindowWeightsTest, MatchesTheDefinitionForEveryWindow) {
+  const FillCase& c = GetParam();
+  for (int window = -1; window <= kWindowCount; ++window) {
+    std::vector<double> weights(c.weights, -7.0);
+    FillWindowWeights(window, c.m, kProgramTwoPi, weights);
+    for (std::size_t i = 0; i < c.weights; ++i) {
+      const double expected =
+          WindowWeight(window, static_cast<std::int64_t>(i), c.m, kProgramTwoPi).value_or(0.0);
+      // A few units in the last place of a weight that reaches 4.64 (flat-top).
+      ASSERT_NEAR(weights[i], expected, 2e-14) << "window " << window << " sample " << i;
+    }
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Spans, FillWindowWeightsTest,
+    testing::Values(FillCase{2, 3}, FillCase{999, 1000}, FillCase{1024, 1025}, FillCase{1025, 1026},
+                    FillCase{5000, 5001}, FillCase{5000, 3000}, FillCase{3000, 5000},
+                    FillCase{524288, 524289}, FillCase{1, 2}, FillCase{1, 3000}, FillCase{0, 1}),
+    [](const testing::TestParamInfo<FillCase>& info) {
+      return "Span" + std::to_string(info.param.m) + "Weights" + std::to_string(info.param.weights);
+    });
 
 TEST(WindowFunctionTest, NamesInToolOrder) {
   EXPECT_EQ(kWindowNames[0], "None");

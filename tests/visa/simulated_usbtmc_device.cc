@@ -164,23 +164,4 @@ ViStatus SimulatedUsbtmcDevice::ControlIn(std::uint8_t, std::uint8_t request, st
   return VI_SUCCESS;
 }
 
-std::string CannedBlockData(std::size_t size) {
-  std::string data(size, '\0');
-  for (std::size_t k = 0; k < size; ++k) data[k] = static_cast<char>((k * 31 + 10) & 0xFF);
-  return data;
-}
-
-sim::HandlerResponse CannedInstrument::HandleMessage(std::string_view message) {
-  last_message = message;
-  if (message == "*IDN?") return {kCannedIdn};
-  if (message == ":WAVeform:DATA?") {
-    const std::string data = CannedBlockData(524288);
-    return {"#6524288" + data + "\n"};
-  }
-  if (message == "SLOW?") return {"LATE\n", std::chrono::milliseconds(300)};
-  if (message == "LONG?") return {std::string(1000, 'L') + "\n"};
-  if (message == "GONE?") return {"#6524288" + CannedBlockData(1000), {}, true};
-  return {};
-}
-
 }  // namespace quarvelo::visa::testing

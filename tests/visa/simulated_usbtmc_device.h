@@ -77,23 +77,6 @@ class SimulatedUsbtmcDevice : public UsbDevice {
   bool short_packet_owed_ = false;
 };
 
-// Answers like a tiny instrument: "*IDN?", a 524,288-byte block (":WAVeform:DATA?"), a
-// 1000-character reply ("LONG?"), a reply 300 ms late ("SLOW?"), a block cut off by the
-// instrument going away ("GONE?"); anything else gets no reply.
-class CannedInstrument : public sim::MessageHandler {
- public:
-  sim::HandlerResponse HandleMessage(std::string_view message) override;
-  void ReplyInterrupted() override { ++interrupted; }
-  void DeviceClear() override { ++cleared; }
-  int interrupted = 0;
-  int cleared = 0;
-  std::string last_message;
-};
-
-inline constexpr const char* kCannedIdn =
-    "KEYSIGHT TECHNOLOGIES,DSO-X 2024A,MY57233636,02.42.2017032900\n";
-std::string CannedBlockData(std::size_t size);
-
 }  // namespace quarvelo::visa::testing
 
 #endif  // QUARVELO_TESTS_VISA_SIMULATED_USBTMC_DEVICE_H_

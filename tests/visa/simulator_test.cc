@@ -1,5 +1,6 @@
-// The VISA layer against the in-process simulated oscilloscope: the raw socket and HiSLIP over
-// loopback TCP, and USB-TMC through the simulated device answering from the same model.
+// The VISA layer against the in-process simulated oscilloscope: the raw socket, VXI-11 and
+// HiSLIP over loopback TCP, and USB-TMC through the simulated device answering from the same
+// model.
 #include "sim/simulator.h"
 
 #include <gtest/gtest.h>
@@ -17,13 +18,94 @@
 namespace quarvelo::visa {
 namespace {
 
-std::unique_ptr<sim::Simulator> StartSimulator() {
-  sim::SimulatorOptions options;
-  options.portmapper_port = -1;
-  std::string error;
-  auto simulator = sim::Simulator::Start(options, &error);
-  EXPECT_NE(simulator, nullptr) << error;
-  return simulator;
+enum class Lan { kSocket, kVxi11, kHislip };
+
+class SimulatorTest : public ::testing::TestWithParam<Lan> {
+ protected:
+  void SetUp() override {
+    std::string error;
+    simulator_ = sim::Simulator::Start(sim::SimulatorOptions{}, &error);
+    ASSERT_NE(simulator_, nullptr) << error;
+    std::string resource;
+    switch (GetParam()) {
+      case Lan::kSocket:
+        resource = simulator_->SocketResource();
+        break;
+      case Lan::kVxi11:
+        resource =
+            "TCPIP0::127.0.0.1:" + std::to_string(simulator_->portmapper_port()) + "::inst0::INSTR";
+        break;
+      case Lan::kHislip:
+        resource = simulator_->HislipResource();
+        break;
+    }
+    ASSERT_EQ(viOpenDefaultRM(&rm_), VI_SUCCESS);
+    ASSERT_EQ(viOpen(rm_, resource.c_str(), VI_NO_LOCK, 5000, &vi_), VI_SUCCESS) << resource;
+    ASSERT_EQ(viSetAttribute(vi_, VI_ATTR_TMO_VALUE, 10000), VI_SUCCESS);
+  }
+  void TearDown() override {
+    if (rm_ != VI_NULL) viClose(rm_);
+  }
+
+  std::unique_ptr<sim::Simulator> simulator_;
+  ViSession rm_ = VI_NULL;
+  ViSession vi_ = VI_NULL;
+};
+
+std::string LanName(const ::testing::TestParamInfo<Lan>& info) {
+  const char* const names[] = {"Socket", "Vxi11", "Hislip"};
+  return names[static_cast<int>(info.param)];
+}
+
+INSTANTIATE_TEST_SUITE_P(Transports, SimulatorTest,
+                         ::testing::Values(Lan::kSocket, Lan::kVxi11, Lan::kHislip), LanName);
+
+TEST_P(SimulatorTest, IdentifiesAndSendsItsScreenImage) {
+  char text[256] = {};
+  ASSERT_EQ(viPrintf(vi_, "*IDN?\n"), VI_SUCCESS);
+  ASSERT_EQ(viScanf(vi_, "%t", text), VI_SUCCESS);
+  EXPECT_EQ(std::string(text), simulator_->Execute("*IDN?") + "\n");
+  EXPECT_NE(std::string(text).find(",DSO-X "), std::string::npos) << text;
+
+  std::vector<unsigned char> image(2'000'000);
+  ViUInt32 count = static_cast<ViUInt32>(image.size());
+  ASSERT_EQ(viPrintf(vi_, ":DISPlay:DATA? BMP8bit,COLor\n"), VI_SUCCESS);
+  ASSERT_EQ(viScanf(vi_, "%#b", &count, image.data()), VI_SUCCESS);
+  ASSERT_GT(count, 54u);
+  EXPECT_EQ(image[0], 'B');
+  EXPECT_EQ(image[1], 'M');
+  // The BMP's own file size field matches what the block carried.
+  const ViUInt32 file_size = image[2] | (image[3] << 8) | (image[4] << 16) | (image[5] << 24);
+  EXPECT_EQ(file_size, count);
+  EXPECT_EQ(viFlush(vi_, VI_READ_BUF), VI_SUCCESS);
+  EXPECT_EQ(simulator_->ReceivedMessages(),
+            (std::vector<std::string>{"*IDN?", ":DISPlay:DATA? BMP8bit,COLor"}));
+}
+
+TEST_P(SimulatorTest, ReadsBackASettingAndAWaveformOfItsAnnouncedLength) {
+  ASSERT_EQ(viPrintf(vi_, ":CHANnel1:SCALe 0.2\n"), VI_SUCCESS);
+  ASSERT_EQ(viPrintf(vi_, ":CHANnel1:SCALe?\n"), VI_SUCCESS);
+  double scale[20] = {};
+  ViInt32 count = 20;
+  ASSERT_EQ(viScanf(vi_, "%,#lf\n", &count, scale), VI_SUCCESS);
+  ASSERT_EQ(count, 1);
+  EXPECT_DOUBLE_EQ(scale[0], 0.2);
+
+  for (const char* command :
+       {":WAVeform:SOURce CHANnel1\n", ":WAVeform:FORMat BYTE\n", ":DIGitize CHANnel1\n"}) {
+    ASSERT_EQ(viPrintf(vi_, command), VI_SUCCESS);
+  }
+  ASSERT_EQ(viPrintf(vi_, ":WAVeform:POINts?\n"), VI_SUCCESS);
+  double points[1] = {};
+  count = 1;
+  ASSERT_EQ(viScanf(vi_, "%,#lf\n", &count, points), VI_SUCCESS);
+  ASSERT_EQ(count, 1);
+  std::vector<unsigned char> area(5000001);
+  ViInt32 bytes = 5000000;
+  ASSERT_EQ(viPrintf(vi_, ":WAVeform:DATA?\n"), VI_SUCCESS);
+  ASSERT_EQ(viScanf(vi_, "%#b", &bytes, area.data()), VI_SUCCESS);
+  EXPECT_EQ(bytes, static_cast<ViInt32>(points[0]));
+  EXPECT_EQ(viFlush(vi_, VI_READ_BUF), VI_SUCCESS);
 }
 
 // Lets the simulated USB device answer from the simulator's instrument model.
@@ -41,94 +123,29 @@ class ModelHandler : public sim::MessageHandler {
   sim::Simulator* simulator_;
 };
 
-class SimulatorTest : public ::testing::TestWithParam<bool> {};
-
-INSTANTIATE_TEST_SUITE_P(Transports, SimulatorTest, ::testing::Values(false, true),
-                         [](const auto& info) { return info.param ? "HiSLIP" : "Socket"; });
-
-TEST_P(SimulatorTest, IdentifyAndReadBackASetting) {
-  auto simulator = StartSimulator();
-  ASSERT_NE(simulator, nullptr);
-  const std::string resource =
-      GetParam() ? simulator->HislipResource() : simulator->SocketResource();
-  ViSession rm = VI_NULL, vi = VI_NULL;
-  ASSERT_EQ(viOpenDefaultRM(&rm), VI_SUCCESS);
-  ASSERT_EQ(viOpen(rm, resource.c_str(), VI_NO_LOCK, 5000, &vi), VI_SUCCESS) << resource;
-  ASSERT_EQ(viSetAttribute(vi, VI_ATTR_TMO_VALUE, 5000), VI_SUCCESS);
-
-  char reply[256] = {};
-  ViInt32 size = sizeof reply;
-  ASSERT_EQ(viPrintf(vi, "*IDN?\n"), VI_SUCCESS);
-  ASSERT_EQ(viScanf(vi, "%#t", &size, reply), VI_SUCCESS);
-  EXPECT_NE(std::string(reply).find(",DSO-X "), std::string::npos) << reply;
-  EXPECT_EQ(std::string(reply).back(), '\n');
-
-  ASSERT_EQ(viPrintf(vi, ":CHANnel1:SCALe 0.2\n"), VI_SUCCESS);
-  ASSERT_EQ(viPrintf(vi, ":CHANnel1:SCALe?\n"), VI_SUCCESS);
-  double scale[20] = {};
-  ViInt32 count = 20;
-  ASSERT_EQ(viScanf(vi, "%,#lf\n", &count, scale), VI_SUCCESS);
-  ASSERT_EQ(count, 1);
-  EXPECT_DOUBLE_EQ(scale[0], 0.2);
-  viClose(rm);
-}
-
-TEST_P(SimulatorTest, WaveformBlockHasItsAnnouncedLength) {
-  auto simulator = StartSimulator();
-  ASSERT_NE(simulator, nullptr);
-  const std::string resource =
-      GetParam() ? simulator->HislipResource() : simulator->SocketResource();
-  ViSession rm = VI_NULL, vi = VI_NULL;
-  ASSERT_EQ(viOpenDefaultRM(&rm), VI_SUCCESS);
-  ASSERT_EQ(viOpen(rm, resource.c_str(), VI_NO_LOCK, 5000, &vi), VI_SUCCESS);
-  ASSERT_EQ(viSetAttribute(vi, VI_ATTR_TMO_VALUE, 10000), VI_SUCCESS);
-  for (const char* command :
-       {":WAVeform:SOURce CHANnel1\n", ":WAVeform:FORMat BYTE\n", ":DIGitize CHANnel1\n"}) {
-    ASSERT_EQ(viPrintf(vi, command), VI_SUCCESS);
-  }
-  ASSERT_EQ(viPrintf(vi, ":WAVeform:POINts?\n"), VI_SUCCESS);
-  double points[1] = {};
-  ViInt32 count = 1;
-  ASSERT_EQ(viScanf(vi, "%,#lf\n", &count, points), VI_SUCCESS);
-  ASSERT_EQ(count, 1);
-  std::vector<unsigned char> area(5000001);
-  ViInt32 bytes = 5000000;
-  ASSERT_EQ(viPrintf(vi, ":WAVeform:DATA?\n"), VI_SUCCESS);
-  ASSERT_EQ(viScanf(vi, "%#b", &bytes, area.data()), VI_SUCCESS);
-  EXPECT_EQ(bytes, static_cast<ViInt32>(points[0]));
-  EXPECT_EQ(viFlush(vi, VI_READ_BUF), VI_SUCCESS);
-  viClose(rm);
-}
-
-ViStatus Printf(Session* session, const char* format, ...) {
-  VaArgs args;
-  va_start(args.list, format);
-  const ViStatus status = session->Printf(format, &args);
-  va_end(args.list);
-  return status;
-}
-
-ViStatus Scanf(Session* session, const char* format, ...) {
-  VaArgs args;
-  va_start(args.list, format);
-  const ViStatus status = session->Scanf(format, &args);
-  va_end(args.list);
-  return status;
-}
-
 TEST(SimulatorUsbtmc, IdentifyThroughTheSimulatedDevice) {
-  auto simulator = StartSimulator();
-  ASSERT_NE(simulator, nullptr);
+  sim::SimulatorOptions options;
+  options.socket_port = options.vxi11_port = options.portmapper_port = options.hislip_port = -1;
+  std::string error;
+  auto simulator = sim::Simulator::Start(options, &error);
+  ASSERT_NE(simulator, nullptr) << error;
   ModelHandler handler(simulator.get());
   testing::UsbDeviceLog log;
   Session session(
       std::make_unique<UsbtmcTransport>(std::make_unique<testing::SimulatedUsbtmcDevice>(
           &handler, testing::UsbDeviceOptions{}, &log)));
+  const auto call = [&session](bool print, const char* format, ...) {
+    VaArgs args;
+    va_start(args.list, format);
+    const ViStatus status = print ? session.Printf(format, &args) : session.Scanf(format, &args);
+    va_end(args.list);
+    return status;
+  };
   char reply[256] = {};
   ViInt32 size = sizeof reply;
-  ASSERT_EQ(Printf(&session, "*IDN?\n"), VI_SUCCESS);
-  ASSERT_EQ(Scanf(&session, "%#t", &size, reply), VI_SUCCESS);
-  EXPECT_NE(std::string(reply).find(",DSO-X "), std::string::npos) << reply;
+  ASSERT_EQ(call(true, "*IDN?\n"), VI_SUCCESS);
+  ASSERT_EQ(call(false, "%#t", &size, reply), VI_SUCCESS);
+  EXPECT_EQ(std::string(reply), simulator->Execute("*IDN?") + "\n");
   EXPECT_EQ(log.bad_headers, 0);
 }
 

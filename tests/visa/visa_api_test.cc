@@ -4,22 +4,38 @@
 #include <string>
 
 #include "platform/visa/visa.h"
-#include "tests/visa/loopback_server.h"
+#include "sim/server/socket_server.h"
+#include "sim/server/tcp_listener.h"
+#include "tests/visa/test_instrument.h"
 
 namespace quarvelo::visa {
 namespace {
 
-sim::HandlerResponse Echo(std::string_view message) { return {std::string(message) + "\n"}; }
+// The test instrument behind the simulator's raw socket server on a loopback port.
+class SocketInstrument {
+ public:
+  SocketInstrument() {
+    std::string error;
+    EXPECT_TRUE(server_.Start(&error)) << error;
+  }
+  std::string Resource() const {
+    return "TCPIP0::127.0.0.1::" + std::to_string(server_.port()) + "::SOCKET";
+  }
+
+ private:
+  quarvelo::testing::CannedHandler instrument_;
+  sim::SocketServer server_{instrument_, "127.0.0.1", 0};
+};
 
 TEST(VisaApi, ClosingTheManagerClosesWhatItOpened) {
-  testing::LoopbackServer server(Echo);
+  SocketInstrument server;
   ViSession rm = VI_NULL;
   ViSession other_rm = VI_NULL;
   ASSERT_EQ(viOpenDefaultRM(&rm), VI_SUCCESS);
   ASSERT_EQ(viOpenDefaultRM(&other_rm), VI_SUCCESS);
   EXPECT_NE(rm, other_rm);
   ViSession first = VI_NULL, second = VI_NULL, kept = VI_NULL;
-  const std::string name = server.SocketResource();
+  const std::string name = server.Resource();
   ASSERT_EQ(viOpen(rm, name.c_str(), VI_NO_LOCK, 2000, &first), VI_SUCCESS);
   ASSERT_EQ(viOpen(rm, name.c_str(), VI_NO_LOCK, 2000, &second), VI_SUCCESS);
   ASSERT_EQ(viOpen(other_rm, name.c_str(), VI_NO_LOCK, 2000, &kept), VI_SUCCESS);
@@ -42,6 +58,19 @@ TEST(VisaApi, OpenArgumentErrors) {
   EXPECT_EQ(viOpen(rm, nullptr, VI_NO_LOCK, 100, &vi), VI_ERROR_INV_RSRC_NAME);
   EXPECT_EQ(viOpen(rm, "TCPIP::h::1::SOCKET", 0x100, 100, &vi), VI_ERROR_INV_ACC_MODE);
   EXPECT_EQ(viOpen(rm + 1000, "TCPIP::h::1::SOCKET", VI_NO_LOCK, 100, &vi), VI_ERROR_INV_OBJECT);
+  // A port nobody listens on (bound once, then released) and a host that does not resolve.
+  std::string unused = "TCPIP0::127.0.0.1::";
+  {
+    std::string error;
+    const sim::Socket listener = sim::OpenTcpListener("127.0.0.1", 0, &error);
+    ASSERT_TRUE(listener.valid()) << error;
+    unused += std::to_string(sim::LocalPort(listener.fd())) + "::SOCKET";
+  }
+  vi = 123;
+  EXPECT_EQ(viOpen(rm, unused.c_str(), VI_NO_LOCK, 2000, &vi), VI_ERROR_RSRC_NFOUND);
+  EXPECT_EQ(vi, VI_NULL);
+  EXPECT_EQ(viOpen(rm, "TCPIP0::no-such-host.invalid::5025::SOCKET", VI_NO_LOCK, 2000, &vi),
+            VI_ERROR_RSRC_NFOUND);
   // Enumerates the USB bus for real; no instrument has this serial number.
   EXPECT_EQ(viOpen(rm, "USB0::0x0957::0x1797::NO-SUCH-SERIAL::0::INSTR", VI_NO_LOCK, 100, &vi),
             VI_ERROR_RSRC_NFOUND);
@@ -49,10 +78,10 @@ TEST(VisaApi, OpenArgumentErrors) {
 }
 
 TEST(VisaApi, TimeoutAttributeAndMasks) {
-  testing::LoopbackServer server(Echo);
+  SocketInstrument server;
   ViSession rm = VI_NULL, vi = VI_NULL;
   ASSERT_EQ(viOpenDefaultRM(&rm), VI_SUCCESS);
-  ASSERT_EQ(viOpen(rm, server.SocketResource().c_str(), VI_NO_LOCK, 2000, &vi), VI_SUCCESS);
+  ASSERT_EQ(viOpen(rm, server.Resource().c_str(), VI_NO_LOCK, 2000, &vi), VI_SUCCESS);
   ViUInt32 timeout = 0;
   ASSERT_EQ(viGetAttribute(vi, VI_ATTR_TMO_VALUE, &timeout), VI_SUCCESS);
   EXPECT_EQ(timeout, 2000u);
@@ -71,7 +100,7 @@ TEST(VisaApi, TimeoutAttributeAndMasks) {
   EXPECT_EQ(viFlush(0xFFFF, VI_READ_BUF), VI_ERROR_INV_OBJECT);
 
   // Formatted write with arguments reaches the instrument as text.
-  ASSERT_EQ(viPrintf(vi, ":CHANnel%d:SCALe %g\n", 1, 0.5), VI_SUCCESS);
+  ASSERT_EQ(viPrintf(vi, "ECHO :CHANnel%d:SCALe %g\n", 1, 0.5), VI_SUCCESS);
   char echo[64] = {};
   ASSERT_EQ(viScanf(vi, "%t", echo), VI_SUCCESS);
   EXPECT_STREQ(echo, ":CHANnel1:SCALe 0.5\n");

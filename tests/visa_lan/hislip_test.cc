@@ -1,5 +1,6 @@
-// The HiSLIP client against the simulator's HiSLIP server over loopback TCP, and the server
-// against hand-made message sequences.
+// What only HiSLIP does (message ids, split messages, interrupted replies, write time-outs
+// mid-message) against the simulator's server over loopback TCP, and the server against
+// hand-made message sequences; lan_session_test.cc has what VXI-11 shares.
 #include <gtest/gtest.h>
 
 #include <memory>
@@ -7,10 +8,10 @@
 
 #include "platform/visa/hislip/hislip_transport.h"
 #include "platform/visa/hislip/message.h"
-#include "platform/visa/transport_factory.h"
 #include "platform/visa/tcp_connection.h"
+#include "platform/visa/transport_factory.h"
 #include "sim/server/hislip_server.h"
-#include "test_handler.h"
+#include "tests/visa/test_instrument.h"
 
 namespace quarvelo::testing {
 namespace {
@@ -41,28 +42,6 @@ class HislipTest : public ::testing::Test {
   std::unique_ptr<sim::HislipServer> server_;
 };
 
-TEST_F(HislipTest, QueryRoundTripThroughTheFactory) {
-  StartServer();
-  std::unique_ptr<Transport> transport;
-  ASSERT_EQ(
-      visa::OpenHislipTransport("127.0.0.1", "hislip0", server_->port(), In(2000), &transport),
-      VI_SUCCESS);
-  std::string reply;
-  ASSERT_EQ(Query(*transport, "*IDN?", &reply), VI_SUCCESS);
-  EXPECT_EQ(reply, kIdn);
-  ASSERT_EQ(Query(*transport, "ECHO second", &reply), VI_SUCCESS);
-  EXPECT_EQ(reply, "second\n");
-}
-
-TEST_F(HislipTest, BlockOfHalfAMebibyteArrivesIntact) {
-  StartServer();
-  auto transport = Open();
-  ASSERT_NE(transport, nullptr);
-  std::string reply;
-  ASSERT_EQ(Query(*transport, "BLOCK?", &reply), VI_SUCCESS);
-  EXPECT_EQ(reply, BlockReply());
-}
-
 TEST_F(HislipTest, MessageIdsStartAtTheFirstIdAndStepByTwoPerMessage) {
   StartServer({.max_message_size = 16});
   auto transport = Open();
@@ -78,50 +57,6 @@ TEST_F(HislipTest, MessageIdsStartAtTheFirstIdAndStepByTwoPerMessage) {
   EXPECT_EQ(reply, text + "\n");
   EXPECT_EQ(transport->next_message_id(), hislip::kFirstMessageId + 8);
   EXPECT_EQ(handler_.messages().back(), "ECHO " + text);
-}
-
-TEST_F(HislipTest, ServerSplitsRepliesToTheClientsMaximumMessageSize) {
-  StartServer();
-  auto transport = Open({.max_message_size = 1000});
-  ASSERT_NE(transport, nullptr);
-  ASSERT_EQ(WriteMessage(*transport, "BLOCK?\n", In(2000)), VI_SUCCESS);
-  std::string reply;
-  std::vector<std::byte> buffer(64 * 1024);
-  int pieces = 0;
-  for (;;) {
-    ReadResult result;
-    ASSERT_EQ(transport->Read(buffer, In(2000), &result), VI_SUCCESS);
-    ASSERT_LE(result.count, 1000u);
-    reply.append(reinterpret_cast<const char*>(buffer.data()), result.count);
-    ++pieces;
-    if (result.end) break;
-  }
-  EXPECT_EQ(reply, BlockReply());
-  // At least one read per message; a message may also arrive in several reads.
-  EXPECT_GE(pieces, static_cast<int>((BlockReply().size() + 999) / 1000));
-}
-
-TEST_F(HislipTest, TimeOutThenAGoodExchangeDropsTheStaleResponse) {
-  StartServer();
-  auto transport = Open();
-  ASSERT_NE(transport, nullptr);
-  // The slow reply is already on its way when the next query goes out, so only its message
-  // id tells the client to drop it; the client's "response fully read" bit, left clear,
-  // tells the instrument the reply was never read.
-  ASSERT_EQ(WriteMessage(*transport, "SLOW?\n", In(2000)), VI_SUCCESS);
-  const auto start = Clock::now();
-  std::string reply;
-  EXPECT_EQ(ReadMessage(*transport, In(200), &reply), VI_ERROR_TMO);
-  EXPECT_LT(Clock::now() - start, std::chrono::milliseconds(450));
-  std::this_thread::sleep_for(std::chrono::milliseconds(500));
-  ASSERT_EQ(Query(*transport, "*IDN?", &reply), VI_SUCCESS);
-  EXPECT_EQ(reply, kIdn);
-  EXPECT_EQ(handler_.interrupted.load(), 1);
-  // A response read whole is confirmed with the next message: no interruption.
-  ASSERT_EQ(Query(*transport, "ECHO next", &reply), VI_SUCCESS);
-  ASSERT_EQ(Query(*transport, "ECHO again", &reply), VI_SUCCESS);
-  EXPECT_EQ(reply, "again\n");
-  EXPECT_EQ(handler_.interrupted.load(), 1);
 }
 
 TEST_F(HislipTest, WriteTimeOutMidMessageThenAGoodExchange) {
@@ -152,52 +87,6 @@ TEST_F(HislipTest, NewMessageInterruptsAReplyNotYetSent) {
   ASSERT_EQ(Query(*transport, "*IDN?", &reply), VI_SUCCESS);
   EXPECT_EQ(reply, kIdn);
   EXPECT_EQ(handler_.interrupted.load(), 1);
-}
-
-TEST_F(HislipTest, ServerClosingMidBlockIsALostConnection) {
-  StartServer();
-  auto transport = Open();
-  ASSERT_NE(transport, nullptr);
-  ASSERT_EQ(WriteMessage(*transport, "DROP?\n", In(2000)), VI_SUCCESS);
-  std::string reply;
-  const ViStatus status = ReadMessage(*transport, In(2000), &reply);
-  EXPECT_TRUE(status == VI_ERROR_CONN_LOST || status == VI_ERROR_IO) << std::hex << status;
-  EXPECT_EQ(reply, BlockReply().substr(0, 100000));
-  EXPECT_NE(Query(*transport, "*IDN?", &reply, 500), VI_SUCCESS);
-  auto next = Open();
-  ASSERT_NE(next, nullptr);
-  ASSERT_EQ(Query(*next, "*IDN?", &reply), VI_SUCCESS);
-}
-
-TEST_F(HislipTest, DeviceClearDiscardsThePendingReplyAndResetsMessageIds) {
-  StartServer();
-  auto transport = Open();
-  ASSERT_NE(transport, nullptr);
-  ASSERT_EQ(WriteMessage(*transport, "ECHO stale\n", In(2000)), VI_SUCCESS);
-  std::this_thread::sleep_for(std::chrono::milliseconds(50));  // the reply is on its way
-  ASSERT_EQ(transport->Clear(In(2000)), VI_SUCCESS);
-  EXPECT_EQ(handler_.cleared.load(), 1);
-  EXPECT_EQ(transport->next_message_id(), hislip::kFirstMessageId);
-  std::string reply;
-  ASSERT_EQ(Query(*transport, "ECHO fresh", &reply), VI_SUCCESS);
-  EXPECT_EQ(reply, "fresh\n");
-}
-
-TEST_F(HislipTest, OpenFailures) {
-  StartServer();
-  std::unique_ptr<Transport> transport;
-  EXPECT_EQ(visa::OpenHislipTransport("127.0.0.1", "hislip0", 1, In(1000), &transport),
-            VI_ERROR_RSRC_NFOUND);
-  // A server that accepts and never answers Initialize: the open time-out bounds it.
-  std::string error;
-  sim::Socket silent = sim::OpenTcpListener("127.0.0.1", 0, &error);
-  ASSERT_TRUE(silent.valid()) << error;
-  const auto start = Clock::now();
-  EXPECT_EQ(visa::OpenHislipTransport("127.0.0.1", "hislip0", sim::LocalPort(silent.fd()), In(300),
-                                      &transport),
-            VI_ERROR_RSRC_NFOUND);
-  EXPECT_LT(Clock::now() - start, std::chrono::milliseconds(800));
-  EXPECT_EQ(transport, nullptr);
 }
 
 // Raw HiSLIP exchanges with the server, for what a well-behaved client never sends.

@@ -10,7 +10,7 @@
 #include "sim/server/hislip_server.h"
 #include "sim/server/portmapper_server.h"
 #include "sim/server/vxi11_server.h"
-#include "test_handler.h"
+#include "tests/visa/test_instrument.h"
 
 int main(int argc, char** argv) {
   if (argc != 4) {

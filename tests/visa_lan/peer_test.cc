@@ -17,7 +17,7 @@
 
 #include "sim/server/portmapper_server.h"
 #include "sim/server/vxi11_server.h"
-#include "test_handler.h"
+#include "tests/visa/test_instrument.h"
 
 extern char** environ;
 

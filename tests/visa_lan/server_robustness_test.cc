@@ -11,16 +11,16 @@
 
 #include "platform/visa/hislip/hislip_transport.h"
 #include "platform/visa/hislip/message.h"
+#include "platform/visa/tcp_connection.h"
 #include "platform/visa/transport_factory.h"
 #include "platform/visa/vxi11/core_channel.h"
 #include "platform/visa/vxi11/portmapper.h"
 #include "platform/visa/vxi11/rpc.h"
-#include "platform/visa/tcp_connection.h"
 #include "sim/server/hislip_server.h"
 #include "sim/server/portmapper_server.h"
 #include "sim/server/tcp_listener.h"
 #include "sim/server/vxi11_server.h"
-#include "test_handler.h"
+#include "tests/visa/test_instrument.h"
 
 namespace quarvelo::testing {
 namespace {

@@ -1,4 +1,5 @@
-// The VXI-11 client against the simulator's VXI-11 and portmapper servers over loopback TCP.
+// What only the VXI-11 client and servers do (write splitting, write time-outs, the portmapper,
+// open failures, stopping), over loopback TCP; lan_session_test.cc has what HiSLIP shares.
 #include <arpa/inet.h>
 #include <gtest/gtest.h>
 #include <netinet/in.h>
@@ -15,7 +16,7 @@
 #include "platform/visa/vxi11/vxi11_transport.h"
 #include "sim/server/portmapper_server.h"
 #include "sim/server/vxi11_server.h"
-#include "test_handler.h"
+#include "tests/visa/test_instrument.h"
 
 namespace quarvelo::testing {
 namespace {
@@ -46,29 +47,6 @@ class Vxi11Test : public ::testing::Test {
   std::unique_ptr<sim::PortmapperServer> portmapper_;
 };
 
-TEST_F(Vxi11Test, QueryRoundTripThroughThePortmapperAndDirectly) {
-  StartServers();
-  for (const std::string& host : {"127.0.0.1:" + std::to_string(portmapper_->port()),
-                                  "127.0.0.1:core:" + std::to_string(core_->port())}) {
-    std::unique_ptr<Transport> transport;
-    ASSERT_EQ(visa::OpenVxi11Transport(host, "inst0", In(2000), &transport), VI_SUCCESS) << host;
-    std::string reply;
-    ASSERT_EQ(Query(*transport, "*IDN?", &reply), VI_SUCCESS) << host;
-    EXPECT_EQ(reply, kIdn);
-    EXPECT_FALSE(transport->EndsOnLineFeed());
-  }
-  EXPECT_EQ(handler_.messages(), (std::vector<std::string>{"*IDN?", "*IDN?"}));
-}
-
-TEST_F(Vxi11Test, BlockOfHalfAMebibyteArrivesIntact) {
-  StartServers();
-  auto transport = Open();
-  ASSERT_NE(transport, nullptr);
-  std::string reply;
-  ASSERT_EQ(Query(*transport, "BLOCK?", &reply), VI_SUCCESS);
-  EXPECT_EQ(reply, BlockReply());
-}
-
 TEST_F(Vxi11Test, WritesAreSplitToTheLinksMaxRecvSize) {
   // The server refuses any device_write larger than what it announced.
   StartServers({.max_recv_size = 1024, .max_read_size = 0});
@@ -79,54 +57,6 @@ TEST_F(Vxi11Test, WritesAreSplitToTheLinksMaxRecvSize) {
   std::string reply;
   ASSERT_EQ(Query(*transport, "ECHO " + text, &reply), VI_SUCCESS);
   EXPECT_EQ(reply, text + "\n");
-}
-
-TEST_F(Vxi11Test, ReadsLoopUntilEndWhenTheDeviceSendsSmallPieces) {
-  StartServers({.max_recv_size = 64 * 1024, .max_read_size = 100});
-  auto transport = Open();
-  ASSERT_NE(transport, nullptr);
-  ASSERT_EQ(WriteMessage(*transport, "BLOCK?\n", In(2000)), VI_SUCCESS);
-  std::string reply;
-  std::vector<std::byte> buffer(4096);
-  int pieces = 0;
-  for (;;) {
-    ReadResult result;
-    ASSERT_EQ(transport->Read(buffer, In(2000), &result), VI_SUCCESS);
-    ASSERT_LE(result.count, 100u);
-    reply.append(reinterpret_cast<const char*>(buffer.data()), result.count);
-    ++pieces;
-    if (result.end) break;
-  }
-  EXPECT_EQ(reply, BlockReply());
-  EXPECT_EQ(pieces, static_cast<int>((BlockReply().size() + 99) / 100));
-}
-
-TEST_F(Vxi11Test, CallerBufferSmallerThanTheReplyGetsItInPieces) {
-  StartServers();
-  auto transport = Open();
-  ASSERT_NE(transport, nullptr);
-  ASSERT_EQ(WriteMessage(*transport, "*IDN?\n", In(2000)), VI_SUCCESS);
-  std::string reply;
-  ASSERT_EQ(ReadMessage(*transport, In(2000), &reply, 5), VI_SUCCESS);
-  EXPECT_EQ(reply, kIdn);
-}
-
-TEST_F(Vxi11Test, TimeOutThenAGoodExchange) {
-  StartServers();
-  auto transport = Open();
-  ASSERT_NE(transport, nullptr);
-  ASSERT_EQ(WriteMessage(*transport, "SLOW?\n", In(2000)), VI_SUCCESS);
-  const auto start = Clock::now();
-  std::string reply;
-  EXPECT_EQ(ReadMessage(*transport, In(200), &reply), VI_ERROR_TMO);
-  // The instrument waited for the same time (io_timeout), no less.
-  EXPECT_GE(Clock::now() - start, std::chrono::milliseconds(190));
-  EXPECT_LT(Clock::now() - start, std::chrono::milliseconds(450));
-  EXPECT_TRUE(reply.empty());
-  // The late reply must not answer the next query; the instrument hears of it instead.
-  ASSERT_EQ(Query(*transport, "*IDN?", &reply), VI_SUCCESS);
-  EXPECT_EQ(reply, kIdn);
-  EXPECT_EQ(handler_.interrupted.load(), 1);
 }
 
 TEST_F(Vxi11Test, WriteTimeOutThenAGoodExchange) {
@@ -151,36 +81,6 @@ TEST_F(Vxi11Test, ReadWithNothingAskedTimesOutAndLeavesTheLinkUsable) {
   EXPECT_EQ(ReadMessage(*transport, In(150), &reply), VI_ERROR_TMO);
   ASSERT_EQ(Query(*transport, "*IDN?", &reply), VI_SUCCESS);
   EXPECT_EQ(reply, kIdn);
-}
-
-TEST_F(Vxi11Test, ServerClosingMidBlockIsALostConnection) {
-  StartServers();
-  auto transport = Open();
-  ASSERT_NE(transport, nullptr);
-  ASSERT_EQ(WriteMessage(*transport, "DROP?\n", In(2000)), VI_SUCCESS);
-  std::string reply;
-  const ViStatus status = ReadMessage(*transport, In(2000), &reply);
-  EXPECT_TRUE(status == VI_ERROR_CONN_LOST || status == VI_ERROR_IO) << std::hex << status;
-  EXPECT_EQ(reply, BlockReply().substr(0, 100000)) << "what came before the drop, without END";
-  // The session stays an error, promptly, rather than hanging or crashing.
-  EXPECT_NE(Query(*transport, "*IDN?", &reply, 500), VI_SUCCESS);
-  // The server serves the next client.
-  auto next = Open();
-  ASSERT_NE(next, nullptr);
-  ASSERT_EQ(Query(*next, "*IDN?", &reply), VI_SUCCESS);
-}
-
-TEST_F(Vxi11Test, DeviceClearDiscardsThePendingReply) {
-  StartServers();
-  auto transport = Open();
-  ASSERT_NE(transport, nullptr);
-  ASSERT_EQ(WriteMessage(*transport, "ECHO stale\n", In(2000)), VI_SUCCESS);
-  ASSERT_EQ(transport->Clear(In(2000)), VI_SUCCESS);
-  EXPECT_EQ(handler_.cleared.load(), 1);
-  std::string reply;
-  ASSERT_EQ(Query(*transport, "ECHO fresh", &reply), VI_SUCCESS);
-  EXPECT_EQ(reply, "fresh\n");
-  EXPECT_EQ(handler_.interrupted.load(), 0);
 }
 
 TEST_F(Vxi11Test, PortmapperAnswersDatagramsToo) {
@@ -231,22 +131,6 @@ TEST_F(Vxi11Test, OpenFailuresAreResourceNotFound) {
   EXPECT_EQ(visa::OpenVxi11Transport("127.0.0.1:port", "inst0", In(2000), &transport),
             VI_ERROR_INV_RSRC_NAME);
   EXPECT_EQ(transport, nullptr);
-}
-
-TEST_F(Vxi11Test, CoreChannelThatNeverAnswersTimesOutTheOpen) {
-  // A listener that accepts and stays silent: the open time-out bounds the wait.
-  std::string error;
-  sim::Socket silent = sim::OpenTcpListener("127.0.0.1", 0, &error);
-  ASSERT_TRUE(silent.valid()) << error;
-  const auto start = Clock::now();
-  std::unique_ptr<Transport> transport;
-  EXPECT_EQ(
-      visa::OpenVxi11Transport("127.0.0.1:core:" + std::to_string(sim::LocalPort(silent.fd())),
-                               "inst0", In(300), &transport),
-      VI_ERROR_RSRC_NFOUND);
-  const auto elapsed = Clock::now() - start;
-  EXPECT_GE(elapsed, std::chrono::milliseconds(290));
-  EXPECT_LT(elapsed, std::chrono::milliseconds(800));
 }
 
 TEST_F(Vxi11Test, StopEndsAServerWhoseClientStaysConnected) {

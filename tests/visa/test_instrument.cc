@@ -1,4 +1,4 @@
-#include "test_handler.h"
+#include "tests/visa/test_instrument.h"
 
 #include <thread>
 
@@ -23,6 +23,8 @@ sim::HandlerResponse CannedHandler::HandleMessage(std::string_view message) {
     response.reply = kIdn;
   } else if (message.starts_with("ECHO ")) {
     response.reply = std::string(message.substr(5)) + "\n";
+  } else if (message == "LONG?") {
+    response.reply = std::string(1000, 'L') + "\n";
   } else if (message == "BLOCK?") {
     response.reply = BlockReply();
   } else if (message == "SLOW?") {

@@ -1,7 +1,8 @@
-// A small instrument for the LAN protocol tests: fixed replies, an echo, a 524,288-byte block,
-// a reply slower than the tests' time-outs and replies that end the connection.
-#ifndef QUARVELO_TESTS_VISA_LAN_TEST_HANDLER_H_
-#define QUARVELO_TESTS_VISA_LAN_TEST_HANDLER_H_
+// A small instrument for the transport tests of both test folders: fixed replies, an echo, a
+// 524,288-byte block, a reply slower than the tests' time-outs and replies that end the
+// connection; and client helpers that read whole messages over any transport.
+#ifndef QUARVELO_TESTS_VISA_TEST_INSTRUMENT_H_
+#define QUARVELO_TESTS_VISA_TEST_INSTRUMENT_H_
 
 #include <atomic>
 #include <mutex>
@@ -17,7 +18,8 @@ inline constexpr char kIdn[] = "QUARVELO,LAN-TEST,0001,1.0\n";
 inline constexpr std::size_t kBlockSize = 524288;
 
 // "*IDN?" -> kIdn; "ECHO <text>" -> "<text>\n"; "BLOCK?" -> a definite block of kBlockSize
-// bytes (every byte value, LF included) and LF; "SLOW?" -> "SLOW\n" after 600 ms;
+// bytes (every byte value, LF included) and LF; "LONG?" -> 1000 'L' and LF;
+// "SLOW?" -> "SLOW\n" after 600 ms;
 // "DROP?" -> the first 100,000 bytes of the block, then the connection closes; "BYE" -> no
 // reply, the connection closes; "STALL" -> busy for 500 ms, no reply; anything else -> no
 // reply.
@@ -51,4 +53,4 @@ ViStatus Query(visa::Transport& transport, std::string_view message, std::string
 
 }  // namespace quarvelo::testing
 
-#endif  // QUARVELO_TESTS_VISA_LAN_TEST_HANDLER_H_
+#endif  // QUARVELO_TESTS_VISA_TEST_INSTRUMENT_H_

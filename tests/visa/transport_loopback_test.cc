@@ -1,0 +1,302 @@
+// One VISA session scenario over every transport against the same test instrument: the raw
+// socket, VXI-11 (through the portmapper and straight to the core channel) and HiSLIP served by
+// the simulator's servers on loopback TCP, and USB-TMC through the simulated device in several
+// packet and transfer sizes.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdarg>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "platform/visa/session.h"
+#include "platform/visa/usbtmc/usbtmc_protocol.h"
+#include "platform/visa/usbtmc/usbtmc_transport.h"
+#include "platform/visa/visa.h"
+#include "sim/server/hislip_server.h"
+#include "sim/server/portmapper_server.h"
+#include "sim/server/socket_server.h"
+#include "sim/server/vxi11_server.h"
+#include "tests/visa/simulated_usbtmc_device.h"
+#include "tests/visa/test_instrument.h"
+
+namespace quarvelo::testing {
+namespace {
+
+using std::chrono::milliseconds;
+using visa::testing::UsbDeviceOptions;
+
+enum class Kind { kSocket, kVxi11, kVxi11Core, kHislip, kUsbtmc };
+
+struct Link {
+  const char* name;
+  Kind kind;
+  UsbDeviceOptions usb = {};
+};
+
+class TransportTest : public ::testing::TestWithParam<Link> {
+ protected:
+  void SetUp() override {
+    std::string error;
+    std::string resource;
+    switch (GetParam().kind) {
+      case Kind::kSocket:
+        socket_ = std::make_unique<sim::SocketServer>(instrument_, "127.0.0.1", 0);
+        ASSERT_TRUE(socket_->Start(&error)) << error;
+        resource = "TCPIP0::127.0.0.1::" + std::to_string(socket_->port()) + "::SOCKET";
+        break;
+      case Kind::kVxi11:
+      case Kind::kVxi11Core:
+        vxi11_ = std::make_unique<sim::Vxi11Server>(instrument_, "127.0.0.1", 0);
+        ASSERT_TRUE(vxi11_->Start(&error)) << error;
+        portmapper_ = std::make_unique<sim::PortmapperServer>("127.0.0.1", 0, vxi11_->port());
+        ASSERT_TRUE(portmapper_->Start(&error)) << error;
+        resource =
+            GetParam().kind == Kind::kVxi11
+                ? "TCPIP0::127.0.0.1:" + std::to_string(portmapper_->port()) + "::inst0::INSTR"
+                : "TCPIP::127.0.0.1:core:" + std::to_string(vxi11_->port()) + "::INSTR";
+        break;
+      case Kind::kHislip:
+        hislip_ = std::make_unique<sim::HislipServer>(instrument_, "127.0.0.1", 0);
+        ASSERT_TRUE(hislip_->Start(&error)) << error;
+        resource = "TCPIP0::127.0.0.1::hislip0," + std::to_string(hislip_->port()) + "::INSTR";
+        break;
+      case Kind::kUsbtmc: {
+        auto device = std::make_unique<visa::testing::SimulatedUsbtmcDevice>(
+            &instrument_, GetParam().usb, &usb_log_);
+        usb_ = std::make_unique<visa::Session>(
+            std::make_unique<visa::UsbtmcTransport>(std::move(device)));
+        usb_->SetTimeout(2000);
+        return;
+      }
+    }
+    ASSERT_EQ(viOpenDefaultRM(&rm_), VI_SUCCESS);
+    ASSERT_EQ(viOpen(rm_, resource.c_str(), VI_NO_LOCK, 2000, &vi_), VI_SUCCESS) << resource;
+    SetTimeout(2000);
+  }
+  void TearDown() override {
+    if (rm_ != VI_NULL) viClose(rm_);
+  }
+
+  void SetTimeout(ViUInt32 timeout_ms) {
+    if (usb_) {
+      usb_->SetTimeout(timeout_ms);
+    } else {
+      ASSERT_EQ(viSetAttribute(vi_, VI_ATTR_TMO_VALUE, timeout_ms), VI_SUCCESS);
+    }
+  }
+  ViStatus Printf(const char* format, ...) {
+    visa::VaArgs args;
+    va_start(args.list, format);
+    const ViStatus status = usb_ ? usb_->Printf(format, &args) : viVPrintf(vi_, format, args.list);
+    va_end(args.list);
+    return status;
+  }
+  ViStatus Scanf(const char* format, ...) {
+    visa::VaArgs args;
+    va_start(args.list, format);
+    const ViStatus status = usb_ ? usb_->Scanf(format, &args) : viVScanf(vi_, format, args.list);
+    va_end(args.list);
+    return status;
+  }
+  ViStatus Flush(ViUInt16 mask) { return usb_ ? usb_->Flush(mask) : viFlush(vi_, mask); }
+
+  // The reply read with "%#t" into 256 bytes, checking the count and that nothing is written
+  // past them.
+  std::string Query(const char* query) {
+    char reply[257];
+    std::fill(std::begin(reply), std::end(reply), '#');
+    ViInt32 size = 256;
+    status_ = Printf("%s\n", query);
+    if (status_ == VI_SUCCESS) status_ = Scanf("%#t", &size, reply);
+    EXPECT_EQ(reply[256], '#');
+    if (status_ != VI_SUCCESS) return {};
+    EXPECT_EQ(static_cast<std::size_t>(size), std::string(reply).size());
+    return reply;
+  }
+
+  // Every transfer aligned and well formed, every bTag the one after the last.
+  void ExpectHostFollowedTheUsbtmcProtocol() const {
+    if (!usb_) return;
+    EXPECT_EQ(usb_log_.misaligned_transfers, 0);
+    EXPECT_EQ(usb_log_.bad_headers, 0);
+    for (std::size_t k = 1; k < usb_log_.tags.size(); ++k) {
+      EXPECT_EQ(usb_log_.tags[k], visa::usbtmc::NextTag(usb_log_.tags[k - 1])) << k;
+    }
+  }
+
+  void ExpectBlockThenAQuery(std::size_t area_size, const char* format) {
+    std::vector<char> area(area_size + 1, 'X');
+    ViInt32 count = static_cast<ViInt32>(area_size);
+    ASSERT_EQ(Printf("BLOCK?\n"), VI_SUCCESS);
+    ASSERT_EQ(Scanf(format, &count, area.data()), VI_SUCCESS);
+    const std::size_t expected = std::min(area_size, kBlockSize);
+    ASSERT_EQ(count, static_cast<ViInt32>(expected));
+    EXPECT_TRUE(std::equal(area.begin(), area.begin() + expected, BlockReply().begin() + 8));
+    EXPECT_EQ(area[expected], 'X');
+    EXPECT_EQ(Flush(VI_READ_BUF), VI_SUCCESS);
+    EXPECT_EQ(Flush(VI_WRITE_BUF), VI_SUCCESS);
+    EXPECT_EQ(Query("*IDN?"), kIdn);
+    ExpectHostFollowedTheUsbtmcProtocol();
+  }
+
+  CannedHandler instrument_;
+  std::unique_ptr<sim::SocketServer> socket_;
+  std::unique_ptr<sim::Vxi11Server> vxi11_;
+  std::unique_ptr<sim::PortmapperServer> portmapper_;
+  std::unique_ptr<sim::HislipServer> hislip_;
+  visa::testing::UsbDeviceLog usb_log_;
+  std::unique_ptr<visa::Session> usb_;
+  ViSession rm_ = VI_NULL;
+  ViSession vi_ = VI_NULL;
+  ViStatus status_ = VI_SUCCESS;
+};
+
+INSTANTIATE_TEST_SUITE_P(
+    Transports, TransportTest,
+    ::testing::Values(Link{"Socket", Kind::kSocket}, Link{"Vxi11", Kind::kVxi11},
+                      Link{"Vxi11Core", Kind::kVxi11Core}, Link{"Hislip", Kind::kHislip},
+                      Link{"UsbHighSpeed", Kind::kUsbtmc, {512, 1000, 1 << 20}},
+                      Link{"UsbFullSpeed", Kind::kUsbtmc, {64, 1000, 1 << 20}},
+                      // Headers split across bulk-in calls; replies in many small transfers.
+                      Link{"UsbTinyPackets", Kind::kUsbtmc, {8, 1, 1 << 20}},
+                      Link{"UsbShortTransfers", Kind::kUsbtmc, {64, 1000, 10}},
+                      Link{"UsbTinyEverything", Kind::kUsbtmc, {8, 1, 7}}),
+    [](const auto& info) { return std::string(info.param.name); });
+
+TEST_P(TransportTest, QueryRoundTrip) {
+  EXPECT_EQ(Query("*IDN?"), kIdn);
+  EXPECT_EQ(status_, VI_SUCCESS);
+  EXPECT_EQ(instrument_.messages(), std::vector<std::string>{"*IDN?"});
+  if (usb_) {
+    ASSERT_FALSE(usb_log_.out_end_of_message.empty());
+    EXPECT_TRUE(usb_log_.out_end_of_message.back());
+  }
+  ExpectHostFollowedTheUsbtmcProtocol();
+}
+
+TEST_P(TransportTest, HalfMegabyteBlockThenAQuery) { ExpectBlockThenAQuery(5000000, "%#b\n"); }
+
+TEST_P(TransportTest, BlockLargerThanTheAreaThenFlushAndAQuery) {
+  ExpectBlockThenAQuery(4096, "%#b");
+}
+
+TEST_P(TransportTest, ReplyLongerThanTheCallersBufferThenAQuery) {
+  EXPECT_EQ(Query("LONG?"), std::string(255, 'L'));
+  EXPECT_EQ(Query("*IDN?"), kIdn);
+}
+
+TEST_P(TransportTest, TimeoutThenAGoodExchange) {
+  SetTimeout(150);
+  Query("SLOW?");
+  EXPECT_EQ(status_, VI_ERROR_TMO);
+  if (usb_) {
+    EXPECT_NE(std::find(usb_log_.control_requests.begin(), usb_log_.control_requests.end(),
+                        visa::usbtmc::kInitiateAbortBulkIn),
+              usb_log_.control_requests.end());
+  }
+  // The late reply must not be taken for the answer to the next query.
+  SetTimeout(2000);
+  EXPECT_EQ(Query("*IDN?"), kIdn);
+  EXPECT_EQ(status_, VI_SUCCESS);
+}
+
+TEST_P(TransportTest, UnansweredQueryThenFlushAndAGoodExchange) {
+  SetTimeout(100);
+  Query("SILENT?");
+  EXPECT_EQ(status_, VI_ERROR_TMO);
+  EXPECT_EQ(Flush(VI_READ_BUF), VI_SUCCESS);
+  SetTimeout(2000);
+  EXPECT_EQ(Query("*IDN?"), kIdn);
+}
+
+TEST_P(TransportTest, RawWriteAndReadInPieces) {
+  const std::string query = "*IDN?\n";
+  const std::string idn = kIdn;
+  ViUInt32 written = 0;
+  const auto bytes = std::as_bytes(std::span(query));
+  ASSERT_EQ(usb_ ? usb_->Write(bytes, &written)
+                 : viWrite(vi_, reinterpret_cast<ViConstBuf>(query.data()), 6, &written),
+            VI_SUCCESS);
+  EXPECT_EQ(written, 6u);
+  std::vector<std::byte> reply(256);
+  const auto read = [this, &reply](std::size_t size, ViUInt32* got) {
+    return usb_ ? usb_->Read(std::span(reply).first(size), got)
+                : viRead(vi_, reinterpret_cast<ViBuf>(reply.data()), size, got);
+  };
+  ViUInt32 got = 0;
+  EXPECT_EQ(read(16, &got), VI_SUCCESS_MAX_CNT);
+  ASSERT_EQ(got, 16u);
+  EXPECT_EQ(std::string(reinterpret_cast<char*>(reply.data()), got), idn.substr(0, 16));
+  ASSERT_EQ(read(256, &got), VI_SUCCESS);
+  EXPECT_EQ(std::string(reinterpret_cast<char*>(reply.data()), got), idn.substr(16));
+}
+
+TEST_P(TransportTest, InstrumentGoingAwayMidBlock) {
+  std::vector<char> area(600000);
+  ViInt32 count = 600000;
+  ASSERT_EQ(Printf("DROP?\n"), VI_SUCCESS);
+  const ViStatus status = Scanf("%#b", &count, area.data());
+  EXPECT_TRUE(status == VI_ERROR_CONN_LOST || (!usb_ && status == VI_ERROR_IO))
+      << std::hex << status;
+  EXPECT_LT(count, 100000);
+  // The session stays a session: every later call reports the lost link, none hangs.
+  EXPECT_LT(Printf("*IDN?\n"), VI_SUCCESS);
+  char reply[16];
+  EXPECT_LT(Scanf("%t", reply), VI_SUCCESS);
+  if (!usb_) {
+    EXPECT_EQ(viClose(vi_), VI_SUCCESS);
+  }
+}
+
+TEST_P(TransportTest, InstrumentGoingAwayBeforeTheReply) {
+  Query("BYE");
+  EXPECT_TRUE(status_ == VI_ERROR_CONN_LOST || (!usb_ && status_ == VI_ERROR_IO))
+      << std::hex << status_;
+}
+
+// Short time-outs wait with poll(); longer ones block in the receive under the socket's own
+// time-out, fitted to the session's time-out when that changes. Whichever way, a read that
+// gets no answer ends at its time-out, also right after reads that waited much longer.
+struct TimeoutCase {
+  ViUInt32 earlier_ms;  // time-out of a good exchange just before
+  ViUInt32 timeout_ms;
+};
+
+class SocketTimeout : public ::testing::TestWithParam<TimeoutCase> {};
+
+TEST_P(SocketTimeout, UnansweredQueryEndsAtItsTimeout) {
+  CannedHandler instrument;
+  sim::SocketServer server(instrument, "127.0.0.1", 0);
+  std::string error;
+  ASSERT_TRUE(server.Start(&error)) << error;
+  ViSession rm = VI_NULL, vi = VI_NULL;
+  ASSERT_EQ(viOpenDefaultRM(&rm), VI_SUCCESS);
+  const std::string resource = "TCPIP0::127.0.0.1::" + std::to_string(server.port()) + "::SOCKET";
+  ASSERT_EQ(viOpen(rm, resource.c_str(), VI_NO_LOCK, 2000, &vi), VI_SUCCESS);
+  char reply[256] = {};
+  ASSERT_EQ(viSetAttribute(vi, VI_ATTR_TMO_VALUE, GetParam().earlier_ms), VI_SUCCESS);
+  ASSERT_EQ(viPrintf(vi, "*IDN?\n"), VI_SUCCESS);
+  ASSERT_EQ(viScanf(vi, "%t", reply), VI_SUCCESS);
+  ASSERT_STREQ(reply, kIdn);
+  ASSERT_EQ(viSetAttribute(vi, VI_ATTR_TMO_VALUE, GetParam().timeout_ms), VI_SUCCESS);
+  const auto start = std::chrono::steady_clock::now();
+  ASSERT_EQ(viPrintf(vi, "SILENT?\n"), VI_SUCCESS);
+  EXPECT_EQ(viScanf(vi, "%t", reply), VI_ERROR_TMO);
+  const auto elapsed =
+      std::chrono::duration_cast<milliseconds>(std::chrono::steady_clock::now() - start);
+  EXPECT_GE(elapsed.count(), GetParam().timeout_ms);
+  // Generous for a loaded machine, yet far below any stale longer time-out.
+  EXPECT_LT(elapsed.count(), GetParam().timeout_ms + 250);
+  viClose(rm);
+}
+
+INSTANTIATE_TEST_SUITE_P(Timeouts, SocketTimeout,
+                         ::testing::Values(TimeoutCase{2000, 60}, TimeoutCase{2000, 150},
+                                           TimeoutCase{2000, 400}, TimeoutCase{60, 400},
+                                           TimeoutCase{400, 120}));
+
+}  // namespace
+}  // namespace quarvelo::testing

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <numbers>
 #include <span>
 
 #include "display/format.h"
@@ -26,6 +27,11 @@ int PaddingExponent(std::int64_t n) {
 
 // The number of spectrum points of a transform of n samples: round(n/2 + 1).
 std::int32_t PointCount(std::int32_t n) { return RoundToInt(n / 2.0 + 1); }
+
+// log10 x as ln x / ln 10. The library's log10 took twice as long as its natural logarithm,
+// about a millisecond per pass over 2^18 points; the product differs from it by a couple of
+// units in the last place at most.
+double Log10(double x) { return std::log(x) * (1 / std::numbers::ln10); }
 
 // dB steps of the vertical scale: eight divisions of `step` dB above the bottom.
 int DecibelStep(double top, double bottom) {
@@ -235,8 +241,8 @@ void SpectrumAnalyzer::StorePassLevels(const FftSettings& settings, std::int32_t
     if (unit == kUnitVoltsRms) {
       levels[i] = v;
     } else if (v > 0 && std::isfinite(v)) {
-      if (unit == kUnitDbv) levels[i] = 20 * std::log10(v);
-      if (unit == kUnitDbm) levels[i] = 10 * std::log10((v * v / 50) / 0.001);
+      if (unit == kUnitDbv) levels[i] = 20 * Log10(v);
+      if (unit == kUnitDbm) levels[i] = 10 * Log10((v * v / 50) / 0.001);
     }
   };
   if (spectrum_.Algorithm == kObjectFft) {

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <random>
+#include <vector>
 
 #include "platform/ui/recording_ui.h"
 #include "spectrum/averaging.h"
@@ -177,6 +179,32 @@ INSTANTIATE_TEST_SUITE_P(
                     LevelCase{kObjectFft, kUnitDbm, 1.0, 10.0, 0.01},
                     LevelCase{kDft, kUnitDbv, 1.0, 20 * std::log10(1.0 / kRoot2), 0.01},
                     LevelCase{kDft, kUnitVoltsRms, 1.0, 1.0 / kRoot2, 2e-3}));
+
+// Every point's dBV and dBm follow from its RMS volts, to the last few digits: the levels of
+// noise cover many decades, where a wrong logarithm or scale would show at once.
+TEST_F(SpectrumAnalyzerTest, EveryPointsDecibelsFollowFromItsRmsVolts) {
+  const std::int32_t n = 4096;
+  std::mt19937_64 random(7);
+  std::uniform_real_distribution<double> value(-1.0, 1.0);
+  std::vector<double> record(n + 2);
+  for (double& x : record) x = value(random);
+  for (const int algorithm : {kModuleFft, kObjectFft}) {
+    std::vector<double> levels[3];
+    for (const int unit : {kUnitVoltsRms, kUnitDbv, kUnitDbm}) {
+      UseRecord(n, record, algorithm);
+      settings_.SpectrumUnit = static_cast<std::int16_t>(unit);
+      analyzer_.ComputeSpectrum(1, 1, settings_);
+      levels[unit] = spectrum_.SpectrumLevel;
+    }
+    for (std::int32_t i = 1; i <= n / 2 + 1; ++i) {
+      const double volts = levels[kUnitVoltsRms][i];
+      ASSERT_GT(volts, 0) << i;
+      ASSERT_NEAR(levels[kUnitDbv][i], 20 * std::log10(volts), 1e-12) << algorithm << " " << i;
+      ASSERT_NEAR(levels[kUnitDbm][i], 10 * std::log10(volts * volts / 50 / 0.001), 1e-12)
+          << algorithm << " " << i;
+    }
+  }
+}
 
 struct RangeCase {
   int unit;

@@ -1,19 +1,14 @@
 // The VISA layer against the in-process simulated oscilloscope: the raw socket, VXI-11 and
-// HiSLIP over loopback TCP, and USB-TMC through the simulated device answering from the same
-// model.
+// HiSLIP over loopback TCP.
 #include "sim/simulator.h"
 
 #include <gtest/gtest.h>
 
-#include <cstdarg>
 #include <memory>
 #include <string>
 #include <vector>
 
-#include "platform/visa/session.h"
-#include "platform/visa/usbtmc/usbtmc_transport.h"
 #include "platform/visa/visa.h"
-#include "tests/visa/simulated_usbtmc_device.h"
 
 namespace quarvelo::visa {
 namespace {
@@ -106,47 +101,6 @@ TEST_P(SimulatorTest, ReadsBackASettingAndAWaveformOfItsAnnouncedLength) {
   ASSERT_EQ(viScanf(vi_, "%#b", &bytes, area.data()), VI_SUCCESS);
   EXPECT_EQ(bytes, static_cast<ViInt32>(points[0]));
   EXPECT_EQ(viFlush(vi_, VI_READ_BUF), VI_SUCCESS);
-}
-
-// Lets the simulated USB device answer from the simulator's instrument model.
-class ModelHandler : public sim::MessageHandler {
- public:
-  explicit ModelHandler(sim::Simulator* simulator) : simulator_(simulator) {}
-  sim::HandlerResponse HandleMessage(std::string_view message) override {
-    const std::string reply = simulator_->Execute(message);
-    return {reply.empty() ? std::string() : reply + "\n"};
-  }
-  void ReplyInterrupted() override {}
-  void DeviceClear() override {}
-
- private:
-  sim::Simulator* simulator_;
-};
-
-TEST(SimulatorUsbtmc, IdentifyThroughTheSimulatedDevice) {
-  sim::SimulatorOptions options;
-  options.socket_port = options.vxi11_port = options.portmapper_port = options.hislip_port = -1;
-  std::string error;
-  auto simulator = sim::Simulator::Start(options, &error);
-  ASSERT_NE(simulator, nullptr) << error;
-  ModelHandler handler(simulator.get());
-  testing::UsbDeviceLog log;
-  Session session(
-      std::make_unique<UsbtmcTransport>(std::make_unique<testing::SimulatedUsbtmcDevice>(
-          &handler, testing::UsbDeviceOptions{}, &log)));
-  const auto call = [&session](bool print, const char* format, ...) {
-    VaArgs args;
-    va_start(args.list, format);
-    const ViStatus status = print ? session.Printf(format, &args) : session.Scanf(format, &args);
-    va_end(args.list);
-    return status;
-  };
-  char reply[256] = {};
-  ViInt32 size = sizeof reply;
-  ASSERT_EQ(call(true, "*IDN?\n"), VI_SUCCESS);
-  ASSERT_EQ(call(false, "%#t", &size, reply), VI_SUCCESS);
-  EXPECT_EQ(std::string(reply), simulator->Execute("*IDN?") + "\n");
-  EXPECT_EQ(log.bad_headers, 0);
 }
 
 }  // namespace

@@ -66,6 +66,7 @@ class TransportTest : public ::testing::TestWithParam<Link> {
       case Kind::kUsbtmc: {
         auto device = std::make_unique<visa::testing::SimulatedUsbtmcDevice>(
             &instrument_, GetParam().usb, &usb_log_);
+        usb_device_ = device.get();
         usb_ = std::make_unique<visa::Session>(
             std::make_unique<visa::UsbtmcTransport>(std::move(device)));
         usb_->SetTimeout(2000);
@@ -148,23 +149,35 @@ class TransportTest : public ::testing::TestWithParam<Link> {
   std::unique_ptr<sim::PortmapperServer> portmapper_;
   std::unique_ptr<sim::HislipServer> hislip_;
   visa::testing::UsbDeviceLog usb_log_;
+  visa::testing::SimulatedUsbtmcDevice* usb_device_ = nullptr;
   std::unique_ptr<visa::Session> usb_;
   ViSession rm_ = VI_NULL;
   ViSession vi_ = VI_NULL;
   ViStatus status_ = VI_SUCCESS;
 };
 
-INSTANTIATE_TEST_SUITE_P(
-    Transports, TransportTest,
-    ::testing::Values(Link{"Socket", Kind::kSocket}, Link{"Vxi11", Kind::kVxi11},
-                      Link{"Vxi11Core", Kind::kVxi11Core}, Link{"Hislip", Kind::kHislip},
-                      Link{"UsbHighSpeed", Kind::kUsbtmc, {512, 1000, 1 << 20}},
-                      Link{"UsbFullSpeed", Kind::kUsbtmc, {64, 1000, 1 << 20}},
-                      // Headers split across bulk-in calls; replies in many small transfers.
-                      Link{"UsbTinyPackets", Kind::kUsbtmc, {8, 1, 1 << 20}},
-                      Link{"UsbShortTransfers", Kind::kUsbtmc, {64, 1000, 10}},
-                      Link{"UsbTinyEverything", Kind::kUsbtmc, {8, 1, 7}}),
-    [](const auto& info) { return std::string(info.param.name); });
+// USB-TMC at high and full speed, with headers split across bulk-in calls, and with replies
+// in many small transfers.
+const Link kUsbLinks[] = {
+    {"UsbHighSpeed", Kind::kUsbtmc, {512, 1000, 1 << 20}},
+    {"UsbFullSpeed", Kind::kUsbtmc, {64, 1000, 1 << 20}},
+    {"UsbTinyPackets", Kind::kUsbtmc, {8, 1, 1 << 20}},
+    {"UsbShortTransfers", Kind::kUsbtmc, {64, 1000, 10}},
+    {"UsbTinyEverything", Kind::kUsbtmc, {8, 1, 7}},
+};
+
+std::vector<Link> AllLinks() {
+  std::vector<Link> links = {{"Socket", Kind::kSocket},
+                             {"Vxi11", Kind::kVxi11},
+                             {"Vxi11Core", Kind::kVxi11Core},
+                             {"Hislip", Kind::kHislip}};
+  links.insert(links.end(), std::begin(kUsbLinks), std::end(kUsbLinks));
+  return links;
+}
+
+std::string LinkName(const ::testing::TestParamInfo<Link>& info) { return info.param.name; }
+
+INSTANTIATE_TEST_SUITE_P(Transports, TransportTest, ::testing::ValuesIn(AllLinks()), LinkName);
 
 TEST_P(TransportTest, QueryRoundTrip) {
   EXPECT_EQ(Query("*IDN?"), kIdn);
@@ -255,6 +268,54 @@ TEST_P(TransportTest, InstrumentGoingAwayBeforeTheReply) {
   Query("BYE");
   EXPECT_TRUE(status_ == VI_ERROR_CONN_LOST || (!usb_ && status_ == VI_ERROR_IO))
       << std::hex << status_;
+}
+
+// What only USB-TMC does: transfers with EOM, bTags, aborts and its device clear.
+class UsbtmcSessionTest : public TransportTest {};
+
+INSTANTIATE_TEST_SUITE_P(Devices, UsbtmcSessionTest, ::testing::ValuesIn(kUsbLinks), LinkName);
+
+TEST_P(UsbtmcSessionTest, LongMessageGoesOutInTransfersWithEomOnlyOnTheLast) {
+  const std::string command = ":DISPlay:ANNotation:TEXT \"" + std::string(150000, 'a') + "\"";
+  ASSERT_EQ(Printf("%s\n", command.c_str()), VI_SUCCESS);
+  const std::vector<bool>& eom = usb_log_.out_end_of_message;
+  ASSERT_GE(eom.size(), 3u);
+  EXPECT_TRUE(eom.back());
+  EXPECT_EQ(std::count(eom.begin(), eom.end(), true), 1);
+  EXPECT_EQ(instrument_.messages().back(), command);
+  ExpectHostFollowedTheUsbtmcProtocol();
+  EXPECT_EQ(Query("*IDN?"), kIdn);
+}
+
+TEST_P(UsbtmcSessionTest, TagsWrapAfter255Transfers) {
+  for (int k = 0; k < 140; ++k) ASSERT_EQ(Query("*IDN?"), kIdn) << k;
+  EXPECT_GT(usb_log_.tags.size(), 255u);
+  EXPECT_EQ(std::count(usb_log_.tags.begin(), usb_log_.tags.end(), 0), 0);
+  ExpectHostFollowedTheUsbtmcProtocol();
+}
+
+TEST_P(UsbtmcSessionTest, WrongTagInTheResponseIsAnErrorNotData) {
+  usb_device_->options().corrupt_next_tag = true;
+  Query("*IDN?");
+  EXPECT_EQ(status_, VI_ERROR_IO);
+  EXPECT_EQ(Query("*IDN?"), kIdn);
+}
+
+TEST_P(UsbtmcSessionTest, EndlessEmptyTransfersEndInATimeout) {
+  usb_device_->options().empty_transfers_only = true;
+  SetTimeout(50);
+  Query("*IDN?");
+  EXPECT_EQ(status_, VI_ERROR_TMO);
+}
+
+TEST_P(UsbtmcSessionTest, DeviceClear) {
+  visa::UsbtmcTransport transport(std::make_unique<visa::testing::SimulatedUsbtmcDevice>(
+      &instrument_, GetParam().usb, &usb_log_));
+  EXPECT_EQ(transport.Clear(visa::Clock::now() + std::chrono::seconds(1)), VI_SUCCESS);
+  EXPECT_EQ(instrument_.cleared.load(), 1);
+  EXPECT_EQ(
+      usb_log_.control_requests,
+      (std::vector<std::uint8_t>{visa::usbtmc::kInitiateClear, visa::usbtmc::kCheckClearStatus}));
 }
 
 // Short time-outs wait with poll(); longer ones block in the receive under the socket's own

@@ -1,26 +1,15 @@
-// USB-TMC: header encoding, interface matching, and what only this transport does (tags, EOM,
-// aborts, device clear) against a simulated device; the exchanges every transport shares are in
-// transport_loopback_test.cc.
+// USB-TMC headers on the wire and interface matching; the transport against the simulated
+// device is in transport_loopback_test.cc.
 #include <gtest/gtest.h>
 
-#include <cstdarg>
-#include <memory>
-#include <string>
+#include <array>
+#include <vector>
 
-#include "platform/visa/session.h"
 #include "platform/visa/usbtmc/usb_backend.h"
 #include "platform/visa/usbtmc/usbtmc_protocol.h"
-#include "platform/visa/usbtmc/usbtmc_transport.h"
-#include "tests/visa/simulated_usbtmc_device.h"
-#include "tests/visa/test_instrument.h"
 
 namespace quarvelo::visa {
 namespace {
-
-using quarvelo::testing::CannedHandler;
-using quarvelo::testing::kIdn;
-using testing::UsbDeviceLog;
-using testing::UsbDeviceOptions;
 
 TEST(UsbtmcProtocol, HeadersOnTheWire) {
   const usbtmc::Header out = usbtmc::DevDepMsgOutHeader(7, 0x01020304, true);
@@ -73,103 +62,6 @@ TEST(UsbInterfaceMatch, PicksTheNamedTestAndMeasurementInterface) {
   }
   const UsbDeviceInfo no_tmc{0x0957, 0x1797, "S", {hid, dfu}};
   EXPECT_FALSE(MatchUsbtmcInterface(no_tmc, {0, 0x0957, 0x1797, "", "", "S", 0}));
-}
-
-ViStatus Printf(Session* session, const char* format, ...) {
-  VaArgs args;
-  va_start(args.list, format);
-  const ViStatus status = session->Printf(format, &args);
-  va_end(args.list);
-  return status;
-}
-
-ViStatus Scanf(Session* session, const char* format, ...) {
-  VaArgs args;
-  va_start(args.list, format);
-  const ViStatus status = session->Scanf(format, &args);
-  va_end(args.list);
-  return status;
-}
-
-class UsbtmcSessionTest : public ::testing::TestWithParam<UsbDeviceOptions> {
- protected:
-  void SetUp() override {
-    auto device = std::make_unique<testing::SimulatedUsbtmcDevice>(&instrument_, GetParam(), &log_);
-    device_ = device.get();
-    session_ = std::make_unique<Session>(std::make_unique<UsbtmcTransport>(std::move(device)));
-    session_->SetTimeout(2000);
-  }
-
-  std::string Query(const char* query) {
-    char reply[256] = {};
-    ViInt32 size = sizeof reply;
-    status_ = Printf(session_.get(), "%s\n", query);
-    if (status_ == VI_SUCCESS) status_ = Scanf(session_.get(), "%#t", &size, reply);
-    return reply;
-  }
-
-  void ExpectHostFollowedTheProtocol() const {
-    EXPECT_EQ(log_.misaligned_transfers, 0);
-    EXPECT_EQ(log_.bad_headers, 0);
-    for (std::size_t k = 1; k < log_.tags.size(); ++k) {
-      EXPECT_EQ(log_.tags[k], usbtmc::NextTag(log_.tags[k - 1])) << k;
-    }
-  }
-
-  CannedHandler instrument_;
-  UsbDeviceLog log_;
-  testing::SimulatedUsbtmcDevice* device_ = nullptr;
-  std::unique_ptr<Session> session_;
-  ViStatus status_ = VI_SUCCESS;
-};
-
-INSTANTIATE_TEST_SUITE_P(
-    Devices, UsbtmcSessionTest,
-    ::testing::Values(UsbDeviceOptions{512, 1000, 1 << 20, false},  // high speed
-                      UsbDeviceOptions{64, 1000, 1 << 20, false},   // full speed
-                      UsbDeviceOptions{8, 1, 1 << 20, false},       // header across calls
-                      UsbDeviceOptions{64, 1000, 10, false},        // many transfers per reply
-                      UsbDeviceOptions{8, 1, 7, false}));
-
-TEST_P(UsbtmcSessionTest, LongMessageGoesOutInTransfersWithEomOnlyOnTheLast) {
-  const std::string command = ":DISPlay:ANNotation:TEXT \"" + std::string(150000, 'a') + "\"";
-  ASSERT_EQ(Printf(session_.get(), "%s\n", command.c_str()), VI_SUCCESS);
-  ASSERT_GE(log_.out_end_of_message.size(), 3u);
-  EXPECT_TRUE(log_.out_end_of_message.back());
-  EXPECT_EQ(std::count(log_.out_end_of_message.begin(), log_.out_end_of_message.end(), true), 1);
-  EXPECT_EQ(instrument_.messages().back(), command);
-  ExpectHostFollowedTheProtocol();
-  EXPECT_EQ(Query("*IDN?"), kIdn);
-}
-
-TEST_P(UsbtmcSessionTest, TagsWrapAfter255Transfers) {
-  for (int k = 0; k < 140; ++k) ASSERT_EQ(Query("*IDN?"), kIdn) << k;
-  EXPECT_GT(log_.tags.size(), 255u);
-  EXPECT_EQ(std::count(log_.tags.begin(), log_.tags.end(), 0), 0);
-  ExpectHostFollowedTheProtocol();
-}
-
-TEST_P(UsbtmcSessionTest, WrongTagInTheResponseIsAnErrorNotData) {
-  device_->options().corrupt_next_tag = true;
-  Query("*IDN?");
-  EXPECT_EQ(status_, VI_ERROR_IO);
-  EXPECT_EQ(Query("*IDN?"), kIdn);
-}
-
-TEST_P(UsbtmcSessionTest, EndlessEmptyTransfersEndInATimeout) {
-  device_->options().empty_transfers_only = true;
-  session_->SetTimeout(50);
-  Query("*IDN?");
-  EXPECT_EQ(status_, VI_ERROR_TMO);
-}
-
-TEST_P(UsbtmcSessionTest, DeviceClear) {
-  UsbtmcTransport transport(
-      std::make_unique<testing::SimulatedUsbtmcDevice>(&instrument_, GetParam(), &log_));
-  EXPECT_EQ(transport.Clear(Clock::now() + std::chrono::seconds(1)), VI_SUCCESS);
-  EXPECT_EQ(instrument_.cleared.load(), 1);
-  EXPECT_EQ(log_.control_requests,
-            (std::vector<std::uint8_t>{usbtmc::kInitiateClear, usbtmc::kCheckClearStatus}));
 }
 
 }  // namespace

@@ -3,7 +3,9 @@
 #ifndef QUARVELO_SPECTRUM_SPECTRUM_H_
 #define QUARVELO_SPECTRUM_SPECTRUM_H_
 
+#include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -36,6 +38,10 @@ struct FftSettings {
 // 0..passes-1 (pass 0 unused, as the passes count from 1). Each pass is contiguous.
 class SpectrumHistory {
  public:
+  SpectrumHistory() = default;
+  SpectrumHistory(const SpectrumHistory& other);
+  SpectrumHistory& operator=(const SpectrumHistory& other);
+
   // All levels zero. Memory of a previous run of the same or a larger size is reused.
   void Reset(std::int32_t points, std::int32_t passes);
   std::int32_t points() const { return points_; }
@@ -62,7 +68,11 @@ class SpectrumHistory {
 
   std::int32_t points_ = 0;
   std::int32_t passes_ = 0;
-  std::vector<double> levels_;
+  // Not zeroed on allocation: a pass is zeroed on its first use (`Clear`), so a run that
+  // makes 16 passes' room touches only the passes it reaches, and the first pass does not
+  // wait for the system to supply and zero all of it. Nothing reads a pass before that.
+  std::unique_ptr<double[]> levels_;
+  std::size_t capacity_ = 0;        // doubles allocated in levels_
   std::vector<char> cleared_;       // per pass: its levels have been zeroed since the reset
   std::vector<double> sums_;        // per point, the sum of passes 1..summed_passes_
   std::int32_t summed_passes_ = 0;  // -1: the sums are out of date

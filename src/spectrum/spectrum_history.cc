@@ -1,13 +1,51 @@
 #include <algorithm>
+#include <memory>
+#include <utility>
 
 #include "spectrum/spectrum.h"
 
 namespace quarvelo::spectrum {
 
+SpectrumHistory::SpectrumHistory(const SpectrumHistory& other)
+    : points_(other.points_),
+      passes_(other.passes_),
+      cleared_(other.cleared_),
+      sums_(other.sums_),
+      summed_passes_(other.summed_passes_) {
+  const std::size_t size = static_cast<std::size_t>(points_) * static_cast<std::size_t>(passes_);
+  if (size == 0) return;
+  levels_ = std::make_unique_for_overwrite<double[]>(size);
+  capacity_ = size;
+  // Only the passes in use hold levels; the others are zeroed when first used.
+  for (std::int32_t pass = 0; pass < passes_; ++pass) {
+    if (!cleared_[pass]) continue;
+    const std::size_t begin = static_cast<std::size_t>(pass) * points_;
+    std::copy(other.levels_.get() + begin, other.levels_.get() + begin + points_,
+              levels_.get() + begin);
+  }
+}
+
+SpectrumHistory& SpectrumHistory::operator=(const SpectrumHistory& other) {
+  if (this == &other) return *this;
+  SpectrumHistory copy(other);
+  points_ = copy.points_;
+  passes_ = copy.passes_;
+  levels_ = std::move(copy.levels_);
+  capacity_ = copy.capacity_;
+  cleared_ = std::move(copy.cleared_);
+  sums_ = std::move(copy.sums_);
+  summed_passes_ = copy.summed_passes_;
+  return *this;
+}
+
 void SpectrumHistory::Reset(std::int32_t points, std::int32_t passes) {
   points_ = std::max(points, 0);
   passes_ = std::max(passes, 0);
-  levels_.resize(static_cast<std::size_t>(points_) * static_cast<std::size_t>(passes_));
+  const std::size_t size = static_cast<std::size_t>(points_) * static_cast<std::size_t>(passes_);
+  if (size > capacity_) {
+    levels_ = std::make_unique_for_overwrite<double[]>(size);
+    capacity_ = size;
+  }
   cleared_.assign(static_cast<std::size_t>(passes_), 0);
   sums_.assign(static_cast<std::size_t>(points_), 0.0);
   summed_passes_ = 0;
@@ -20,7 +58,7 @@ void SpectrumHistory::Invalidate(std::int32_t pass) {
 
 void SpectrumHistory::Clear(std::int32_t pass) {
   if (cleared_[pass]) return;
-  const auto begin = levels_.begin() + static_cast<std::ptrdiff_t>(pass) * points_;
+  double* begin = levels_.get() + static_cast<std::size_t>(pass) * points_;
   std::fill(begin, begin + points_, 0.0);
   cleared_[pass] = 1;
 }
@@ -34,7 +72,7 @@ void SpectrumHistory::Set(std::int32_t point, std::int32_t pass, double level) {
 double* SpectrumHistory::Pass(std::int32_t pass) {
   Invalidate(pass);
   Clear(pass);
-  return levels_.data() + static_cast<std::size_t>(pass) * points_;
+  return levels_.get() + static_cast<std::size_t>(pass) * points_;
 }
 
 void SpectrumHistory::Means(std::int32_t pass, std::int32_t first, std::int32_t last,
@@ -44,12 +82,12 @@ void SpectrumHistory::Means(std::int32_t pass, std::int32_t first, std::int32_t 
     std::fill(sums_.begin(), sums_.end(), 0.0);
     for (std::int32_t k = 1; k < pass; ++k) {
       Clear(k);
-      const double* levels = levels_.data() + static_cast<std::size_t>(k) * points_;
+      const double* levels = levels_.get() + static_cast<std::size_t>(k) * points_;
       for (std::int32_t i = 0; i < points_; ++i) sums_[i] += levels[i];
     }
   }
   Clear(pass);
-  const double* levels = levels_.data() + static_cast<std::size_t>(pass) * points_;
+  const double* levels = levels_.get() + static_cast<std::size_t>(pass) * points_;
   double* sums = sums_.data();
   for (std::int32_t i = 0; i < points_; ++i) sums[i] += levels[i];
   summed_passes_ = pass;

@@ -27,6 +27,7 @@ std::string TrafficLog::Summarise(std::string_view reply) {
     return header + " (" + std::to_string(reply.size() - header.size()) + " bytes)";
   }
   std::string text;
+  text.reserve(reply.size());
   for (char c : reply) {
     text.push_back(std::isprint(static_cast<unsigned char>(c)) ? c : '.');
   }

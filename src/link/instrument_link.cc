@@ -41,13 +41,13 @@ ViStatus InstrumentLink::WriteLine(std::string_view text) {
 ViStatus InstrumentLink::ReadText(std::size_t capacity, std::string* text) {
   // "%#t" takes the area's size including its NUL, stores at most that many characters less
   // one, and reads and drops the rest of the reply, so the next reply starts clean.
-  std::string buffer(capacity + 1, '\0');
-  ViInt32 count = static_cast<ViInt32>(buffer.size());
-  const ViStatus status = viScanf(session_.Instrument, "%#t", &count, buffer.data());
+  capacity = std::min(capacity, text_area_.size() - 1);
+  ViInt32 count = static_cast<ViInt32>(capacity + 1);
+  const ViStatus status = viScanf(session_.Instrument, "%#t", &count, text_area_.data());
   text->clear();
   if (status < VI_SUCCESS) return status;
-  buffer.resize(std::clamp<std::size_t>(static_cast<std::size_t>(std::max(count, 0)), 0, capacity));
-  *text = std::move(buffer);
+  text->assign(text_area_.data(),
+               std::clamp<std::size_t>(static_cast<std::size_t>(std::max(count, 0)), 0, capacity));
   return status;
 }
 

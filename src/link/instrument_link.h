@@ -4,6 +4,7 @@
 #ifndef QUARVELO_LINK_INSTRUMENT_LINK_H_
 #define QUARVELO_LINK_INSTRUMENT_LINK_H_
 
+#include <array>
 #include <cstdint>
 #include <span>
 #include <string>
@@ -11,6 +12,7 @@
 
 #include "link/instrument_session.h"
 #include "link/link_hooks.h"
+#include "link/reply_text.h"
 #include "link/scope_fields.h"
 #include "link/status_flags.h"
 #include "platform/settings/settings_store.h"
@@ -79,6 +81,8 @@ class InstrumentLink {
   ui::ToolHost& tools_;
   settings::SettingsStore& settings_;
   LinkHooks& hooks_;
+  // Where text replies land: one area for the link's life, so a reply costs no allocation.
+  std::array<char, kReplyTextLimit + 1> text_area_{};
 };
 
 }  // namespace quarvelo::link

@@ -69,7 +69,10 @@ CommandLine ParseCommandLine(const std::vector<std::string>& arguments) {
       return result;
     }
     if (!ok) {
-      result.error = "bad value for " + name + ": " + value;
+      result.error = "bad value for ";
+      result.error += name;
+      result.error += ": ";
+      result.error += value;
       return result;
     }
   }

@@ -3,6 +3,7 @@
 #ifndef QUARVELO_SIM_IMAGE_SCREEN_DRAWING_H_
 #define QUARVELO_SIM_IMAGE_SCREEN_DRAWING_H_
 
+#include <cmath>
 #include <array>
 #include <cstdint>
 #include <string>
@@ -71,7 +72,7 @@ struct Graticule {
   static constexpr int kRight = kLeft + 10 * kDivisionPixels;
   static constexpr int kBottom = kTop + 8 * kDivisionHeight;
   static int RowOf(double divisions) {
-    return static_cast<int>((kTop + kBottom) / 2.0 - divisions * kDivisionHeight + 0.5);
+    return static_cast<int>(std::lround((kTop + kBottom) / 2.0 - divisions * kDivisionHeight));
   }
 };
 

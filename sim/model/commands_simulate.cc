@@ -8,6 +8,7 @@
 //   :SIMulate:CHANnel<n>:NOISe  <V rms>            noise added to whatever is there
 //   :SIMulate:KEY                                  a front-panel key (User Request)
 //   :SIMulate:DELay <ms> | :DROP <n> | :GARBage [<n>] | :CUT [<bytes>] | :SILent | :CLEar
+#include <cmath>
 #include <string>
 
 #include "sim/model/command_table.h"
@@ -122,7 +123,7 @@ int IntegerArgument(const Call& call, double fallback, long* value) {
   double number = 0;
   if (int error = NumberAt(call, 0, fallback, &number); error != 0) return error;
   if (number < 0) return -222;
-  *value = static_cast<long>(number + 0.5);
+  *value = std::lround(number);
   return 0;
 }
 int DelaySet(InstrumentState& state, const Call& call, std::string*) {

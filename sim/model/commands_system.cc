@@ -1,4 +1,5 @@
 // Identification, status reporting and acquisition control.
+#include <cmath>
 #include <string>
 
 #include "sim/model/command_table.h"
@@ -18,7 +19,7 @@ int ParseRegister(const Call& call, int* value) {
   NumberParse number = ParseNumber(call.parameters.front().text);
   if (number.error != 0) return number.error;
   if (number.value < 0 || number.value > 255) return -222;
-  *value = static_cast<int>(number.value + 0.5);
+  *value = static_cast<int>(std::lround(number.value));
   return 0;
 }
 

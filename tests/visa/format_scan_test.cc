@@ -42,6 +42,25 @@ class FormatScanTest : public ::testing::TestWithParam<bool> {
 INSTANTIATE_TEST_SUITE_P(Transports, FormatScanTest, ::testing::Values(false, true),
                          [](const auto& info) { return info.param ? "Socket" : "EndFlag"; });
 
+// Runs `check` on a reader over `stream` cut at every split and followed by a next message.
+template <typename Check>
+void ForEverySplit(bool socket, const std::string& stream, std::size_t buffer, Check check) {
+  for (const auto& split : AllSplits(stream)) {
+    FakeTransport transport(socket);
+    transport.AddSplit(stream, split);
+    transport.Add("NEXT\n", !socket);
+    MessageReader reader(&transport, buffer);
+    check(reader, split.size());
+  }
+}
+
+// Whatever the last read left unread belonged to its reply: the next one starts clean.
+void ExpectNextMessage(MessageReader* reader) {
+  char next[16] = {};
+  ASSERT_EQ(Scan(reader, "%t", next), VI_SUCCESS);
+  EXPECT_STREQ(next, "NEXT\n");
+}
+
 struct TextCase {
   std::string stream;
   const char* format;
@@ -61,25 +80,18 @@ TEST_P(FormatScanTest, TextReadsToEndWithinItsBound) {
       {"+1.0E+00\n", "%T", 0, "+1.0E+00\n"},
   };
   for (const TextCase& c : cases) {
-    for (const auto& split : AllSplits(c.stream)) {
-      FakeTransport transport(socket());
-      transport.AddSplit(c.stream, split);
-      transport.Add("NEXT\n", !socket());
-      MessageReader reader(&transport, 16);
+    ForEverySplit(socket(), c.stream, 16, [&c](MessageReader& reader, std::size_t cuts) {
       char text[64] = {};
       ViInt32 capacity = c.capacity;
       const ViStatus status =
           c.capacity > 0 ? Scan(&reader, c.format, &capacity, text) : Scan(&reader, c.format, text);
       ASSERT_EQ(status, VI_SUCCESS) << c.stream;
-      EXPECT_EQ(std::string(text), c.expected) << c.stream << " split " << split.size();
+      EXPECT_EQ(std::string(text), c.expected) << c.stream << " split " << cuts;
       if (c.capacity > 0) {
         EXPECT_EQ(capacity, static_cast<ViInt32>(c.expected.size()));
       }
-      // Whatever the bound left unread belonged to this reply: the next one starts clean.
-      char next[16] = {};
-      ASSERT_EQ(Scan(&reader, "%t", next), VI_SUCCESS);
-      EXPECT_STREQ(next, "NEXT\n");
-    }
+      ExpectNextMessage(&reader);
+    });
   }
 }
 
@@ -107,10 +119,7 @@ TEST_P(FormatScanTest, NumberListsInTheInstrumentsForms) {
       {"1,2,x\n", 20, {1, 2}},
   };
   for (const ListCase& c : cases) {
-    for (const auto& split : AllSplits(c.stream)) {
-      FakeTransport transport(socket());
-      transport.AddSplit(c.stream, split);
-      MessageReader reader(&transport, 8);
+    ForEverySplit(socket(), c.stream, 8, [&c](MessageReader& reader, std::size_t) {
       double values[20] = {};
       ViInt32 count = c.capacity;
       ASSERT_EQ(Scan(&reader, "%,#lf\n", &count, values), VI_SUCCESS) << c.stream;
@@ -118,7 +127,7 @@ TEST_P(FormatScanTest, NumberListsInTheInstrumentsForms) {
       for (std::size_t k = 0; k < c.expected.size(); ++k) {
         EXPECT_DOUBLE_EQ(values[k], c.expected[k]) << c.stream << " #" << k;
       }
-    }
+    });
   }
 }
 
@@ -150,21 +159,15 @@ std::string BinaryData(std::size_t size) {
 TEST_P(FormatScanTest, DefiniteBlockAtEverySplit) {
   const std::string data = BinaryData(40);
   const std::string stream = Block(data) + "\n";
-  for (const auto& split : AllSplits(stream)) {
-    FakeTransport transport(socket());
-    transport.AddSplit(stream, split);
-    transport.Add("NEXT\n", !socket());
-    MessageReader reader(&transport, 16);
+  ForEverySplit(socket(), stream, 16, [&data](MessageReader& reader, std::size_t) {
     std::vector<char> area(100, 'X');
     ViInt32 count = 100;
     ASSERT_EQ(Scan(&reader, "%#b\n", &count, area.data()), VI_SUCCESS);
     ASSERT_EQ(count, 40);
     EXPECT_EQ(std::string(area.data(), 40), data);
     EXPECT_EQ(area[40], 'X');  // nothing written past the block
-    char next[16] = {};
-    ASSERT_EQ(Scan(&reader, "%t", next), VI_SUCCESS);
-    EXPECT_STREQ(next, "NEXT\n");
-  }
+    ExpectNextMessage(&reader);
+  });
 }
 
 TEST_P(FormatScanTest, BlockLargerThanTheAreaKeepsTheCountAndLeavesTheRestForTheFlush) {
@@ -182,9 +185,7 @@ TEST_P(FormatScanTest, BlockLargerThanTheAreaKeepsTheCountAndLeavesTheRestForThe
     EXPECT_EQ(std::string(area.data(), 50), data.substr(0, 50));
     EXPECT_EQ(area[50], 'X');
     ASSERT_EQ(reader.DiscardResponse(), VI_SUCCESS);
-    char next[16] = {};
-    ASSERT_EQ(Scan(&reader, "%t", next), VI_SUCCESS);
-    EXPECT_STREQ(next, "NEXT\n");
+    ExpectNextMessage(&reader);
   }
 }
 
@@ -192,16 +193,14 @@ TEST_P(FormatScanTest, IndefiniteBlockEndsAtEnd) {
   // On a socket the LF is the end, so the data must not contain one there.
   const std::string data = socket() ? std::string("abc\x01\x02\xff") : BinaryData(30);
   const std::string stream = "#0" + data + "\n";
-  for (const auto& split : AllSplits(stream)) {
-    FakeTransport transport(socket());
-    transport.AddSplit(stream, split);
-    MessageReader reader(&transport, 8);
+  ForEverySplit(socket(), stream, 8, [&data](MessageReader& reader, std::size_t) {
     std::vector<char> area(64, 'X');
     ViInt32 count = 64;
     ASSERT_EQ(Scan(&reader, "%#b", &count, area.data()), VI_SUCCESS);
     ASSERT_EQ(count, static_cast<ViInt32>(data.size()));
     EXPECT_EQ(std::string(area.data(), data.size()), data);
-  }
+    ExpectNextMessage(&reader);
+  });
 }
 
 TEST_P(FormatScanTest, WordBlockElementsAreBigEndian) {
@@ -241,9 +240,7 @@ TEST_P(FormatScanTest, HeaderAnnouncingLessThanFollowsLeavesTheRestForTheFlush) 
   EXPECT_EQ(std::string(area, 5), "abcde");
   EXPECT_TRUE(reader.HasUnreadResponse());
   ASSERT_EQ(reader.DiscardResponse(), VI_SUCCESS);
-  char next[16] = {};
-  ASSERT_EQ(Scan(&reader, "%t", next), VI_SUCCESS);
-  EXPECT_STREQ(next, "NEXT\n");
+  ExpectNextMessage(&reader);
 }
 
 TEST_P(FormatScanTest, MalformedBlockHeaders) {
@@ -279,9 +276,7 @@ TEST_P(FormatScanTest, BlockInterruptedByTimeoutIsSkippedByItsLength) {
   transport.Add(stream.substr(30), !socket());
   transport.Add("NEXT\n", !socket());
   EXPECT_EQ(reader.DiscardResponse(), VI_SUCCESS);
-  char next[16] = {};
-  ASSERT_EQ(Scan(&reader, "%t", next), VI_SUCCESS);
-  EXPECT_STREQ(next, "NEXT\n");
+  ExpectNextMessage(&reader);
 }
 
 // A flush reads to the end of the response only when one is unread: after a time-out it

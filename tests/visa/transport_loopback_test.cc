@@ -321,43 +321,30 @@ TEST_P(UsbtmcSessionTest, DeviceClear) {
 // Short time-outs wait with poll(); longer ones block in the receive under the socket's own
 // time-out, fitted to the session's time-out when that changes. Whichever way, a read that
 // gets no answer ends at its time-out, also right after reads that waited much longer.
-struct TimeoutCase {
-  ViUInt32 earlier_ms;  // time-out of a good exchange just before
-  ViUInt32 timeout_ms;
-};
+class SocketTimeoutTest : public TransportTest {};
 
-class SocketTimeout : public ::testing::TestWithParam<TimeoutCase> {};
+INSTANTIATE_TEST_SUITE_P(Socket, SocketTimeoutTest,
+                         ::testing::Values(Link{"Socket", Kind::kSocket}), LinkName);
 
-TEST_P(SocketTimeout, UnansweredQueryEndsAtItsTimeout) {
-  CannedHandler instrument;
-  sim::SocketServer server(instrument, "127.0.0.1", 0);
-  std::string error;
-  ASSERT_TRUE(server.Start(&error)) << error;
-  ViSession rm = VI_NULL, vi = VI_NULL;
-  ASSERT_EQ(viOpenDefaultRM(&rm), VI_SUCCESS);
-  const std::string resource = "TCPIP0::127.0.0.1::" + std::to_string(server.port()) + "::SOCKET";
-  ASSERT_EQ(viOpen(rm, resource.c_str(), VI_NO_LOCK, 2000, &vi), VI_SUCCESS);
-  char reply[256] = {};
-  ASSERT_EQ(viSetAttribute(vi, VI_ATTR_TMO_VALUE, GetParam().earlier_ms), VI_SUCCESS);
-  ASSERT_EQ(viPrintf(vi, "*IDN?\n"), VI_SUCCESS);
-  ASSERT_EQ(viScanf(vi, "%t", reply), VI_SUCCESS);
-  ASSERT_STREQ(reply, kIdn);
-  ASSERT_EQ(viSetAttribute(vi, VI_ATTR_TMO_VALUE, GetParam().timeout_ms), VI_SUCCESS);
-  const auto start = std::chrono::steady_clock::now();
-  ASSERT_EQ(viPrintf(vi, "SILENT?\n"), VI_SUCCESS);
-  EXPECT_EQ(viScanf(vi, "%t", reply), VI_ERROR_TMO);
-  const auto elapsed =
-      std::chrono::duration_cast<milliseconds>(std::chrono::steady_clock::now() - start);
-  EXPECT_GE(elapsed.count(), GetParam().timeout_ms);
-  // Generous for a loaded machine, yet far below any stale longer time-out.
-  EXPECT_LT(elapsed.count(), GetParam().timeout_ms + 250);
-  viClose(rm);
+TEST_P(SocketTimeoutTest, UnansweredQueryEndsAtItsTimeout) {
+  const struct {
+    ViUInt32 earlier_ms;  // time-out of a good exchange just before
+    ViUInt32 timeout_ms;
+  } cases[] = {{2000, 60}, {2000, 150}, {2000, 400}, {60, 400}, {400, 120}};
+  for (const auto& c : cases) {
+    SetTimeout(c.earlier_ms);
+    ASSERT_EQ(Query("*IDN?"), kIdn);
+    SetTimeout(c.timeout_ms);
+    const auto start = std::chrono::steady_clock::now();
+    Query("SILENT?");
+    const auto elapsed =
+        std::chrono::duration_cast<milliseconds>(std::chrono::steady_clock::now() - start);
+    EXPECT_EQ(status_, VI_ERROR_TMO);
+    EXPECT_GE(elapsed.count(), c.timeout_ms) << c.earlier_ms << " then " << c.timeout_ms;
+    // Generous for a loaded machine, yet far below any stale longer time-out.
+    EXPECT_LT(elapsed.count(), c.timeout_ms + 250) << c.earlier_ms << " then " << c.timeout_ms;
+  }
 }
-
-INSTANTIATE_TEST_SUITE_P(Timeouts, SocketTimeout,
-                         ::testing::Values(TimeoutCase{2000, 60}, TimeoutCase{2000, 150},
-                                           TimeoutCase{2000, 400}, TimeoutCase{60, 400},
-                                           TimeoutCase{400, 120}));
 
 }  // namespace
 }  // namespace quarvelo::testing

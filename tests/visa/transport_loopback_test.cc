@@ -74,6 +74,7 @@ class TransportTest : public ::testing::TestWithParam<Link> {
       }
     }
     ASSERT_EQ(viOpenDefaultRM(&rm_), VI_SUCCESS);
+    resource_ = resource;
     ASSERT_EQ(viOpen(rm_, resource.c_str(), VI_NO_LOCK, 2000, &vi_), VI_SUCCESS) << resource;
     SetTimeout(2000);
   }
@@ -151,6 +152,7 @@ class TransportTest : public ::testing::TestWithParam<Link> {
   visa::testing::UsbDeviceLog usb_log_;
   visa::testing::SimulatedUsbtmcDevice* usb_device_ = nullptr;
   std::unique_ptr<visa::Session> usb_;
+  std::string resource_;
   ViSession rm_ = VI_NULL;
   ViSession vi_ = VI_NULL;
   ViStatus status_ = VI_SUCCESS;
@@ -332,6 +334,9 @@ TEST_P(SocketTimeoutTest, UnansweredQueryEndsAtItsTimeout) {
     ViUInt32 timeout_ms;
   } cases[] = {{2000, 60}, {2000, 150}, {2000, 400}, {60, 400}, {400, 120}};
   for (const auto& c : cases) {
+    // A new session each time: the last one's unanswered query would hold up the next.
+    ASSERT_EQ(viClose(vi_), VI_SUCCESS);
+    ASSERT_EQ(viOpen(rm_, resource_.c_str(), VI_NO_LOCK, 2000, &vi_), VI_SUCCESS);
     SetTimeout(c.earlier_ms);
     ASSERT_EQ(Query("*IDN?"), kIdn);
     SetTimeout(c.timeout_ms);

@@ -172,6 +172,32 @@ TEST_P(LanSessionTest, ServerClosingMidBlockIsALostConnection) {
   ASSERT_EQ(Query(*next, "*IDN?", &reply), VI_SUCCESS);
 }
 
+TEST_P(LanSessionTest, ReadWithNothingAskedTimesOutAndLeavesTheLinkUsable) {
+  StartServer();
+  auto transport = Open();
+  ASSERT_NE(transport, nullptr);
+  std::string reply;
+  EXPECT_EQ(ReadMessage(*transport, In(150), &reply), VI_ERROR_TMO);
+  ASSERT_EQ(Query(*transport, "*IDN?", &reply), VI_SUCCESS);
+  EXPECT_EQ(reply, kIdn);
+}
+
+TEST_P(LanSessionTest, StopEndsAServerWhoseClientStaysConnected) {
+  StartServer();
+  auto transport = Open();
+  ASSERT_NE(transport, nullptr);
+  const auto start = Clock::now();
+  if (vxi11()) {
+    core_->Stop();
+  } else {
+    hislip_->Stop();
+  }
+  EXPECT_LT(Clock::now() - start, std::chrono::milliseconds(500));
+  std::string reply;
+  const ViStatus status = Query(*transport, "*IDN?", &reply, 500);
+  EXPECT_TRUE(status == VI_ERROR_CONN_LOST || status == VI_ERROR_IO) << std::hex << status;
+}
+
 TEST_P(LanSessionTest, OpenFailuresAreResourceNotFound) {
   std::unique_ptr<Transport> transport;
   EXPECT_EQ(OpenAt(1, In(1000), &transport), VI_ERROR_RSRC_NFOUND) << "a refused port";

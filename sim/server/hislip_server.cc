@@ -308,64 +308,51 @@ HislipServer::HislipServer(MessageHandler& handler, std::string bind_address, st
 HislipServer::~HislipServer() { Stop(); }
 
 bool HislipServer::Start(std::string* error) {
-  if (thread_.joinable()) return true;
-  listener_ = OpenTcpListener(bind_address_, requested_port_, error);
-  if (!listener_.valid()) return false;
-  port_ = LocalPort(listener_.fd());
-  stop_.Reset();
-  thread_ = std::thread([this] { Run(); });
-  return true;
+  return loop_.Start(
+      bind_address_, requested_port_, [this](Socket connection) { Serve(std::move(connection)); },
+      error);
 }
 
-void HislipServer::Stop() {
-  if (!thread_.joinable()) return;
-  stop_.Raise();
-  thread_.join();
-  listener_ = Socket();
-}
-
-void HislipServer::Run() {
-  while (!stop_.raised()) {
-    Socket sync = Accept(listener_.fd(), stop_, ServerDeadline::max());
-    if (sync.valid()) Serve(std::move(sync));
-  }
-}
+void HislipServer::Stop() { loop_.Stop(); }
 
 void HislipServer::Serve(Socket sync) {
   Header header;
   std::string payload;
-  FrameResult result = ReadHeader(sync.fd(), stop_, ServerClock::now() + kFrameTimeout, &header);
+  FrameResult result =
+      ReadHeader(sync.fd(), loop_.stop(), ServerClock::now() + kFrameTimeout, &header);
   if (result != FrameResult::kOk || header.type != MessageType::kInitialize ||
       header.payload_length > kMaxControlPayload) {
     if (result != FrameResult::kStopped && result != FrameResult::kClosed) {
-      SendFatal(sync.fd(), stop_, hislip::FatalErrorCode::kInvalidInitialization);
+      SendFatal(sync.fd(), loop_.stop(), hislip::FatalErrorCode::kInvalidInitialization);
     }
     return;
   }
-  if (ReadPayload(sync.fd(), header.payload_length, stop_, &payload) != FrameResult::kOk) return;
+  if (ReadPayload(sync.fd(), header.payload_length, loop_.stop(), &payload) != FrameResult::kOk)
+    return;
   const std::uint16_t session_id = next_session_id_++;
   if (next_session_id_ == 0) next_session_id_ = 1;
   // Control code 0: synchronised mode.
-  if (!Send(sync.fd(), stop_,
+  if (!Send(sync.fd(), loop_.stop(),
             {MessageType::kInitializeResponse, 0,
              hislip::InitializeResponseParameter(hislip::kProtocolVersion, session_id), 0})) {
     return;
   }
-  Socket async = Accept(listener_.fd(), stop_, ServerClock::now() + kFrameTimeout);
+  Socket async = Accept(loop_.listener(), loop_.stop(), ServerClock::now() + kFrameTimeout);
   if (!async.valid()) return;
-  result = ReadHeader(async.fd(), stop_, ServerClock::now() + kFrameTimeout, &header);
+  result = ReadHeader(async.fd(), loop_.stop(), ServerClock::now() + kFrameTimeout, &header);
   if (result != FrameResult::kOk || header.type != MessageType::kAsyncInitialize ||
       hislip::SessionIdOf(header.parameter) != session_id || header.payload_length != 0) {
     if (result != FrameResult::kStopped && result != FrameResult::kClosed) {
-      SendFatal(async.fd(), stop_, hislip::FatalErrorCode::kInvalidInitialization);
-      SendFatal(sync.fd(), stop_, hislip::FatalErrorCode::kInvalidInitialization);
+      SendFatal(async.fd(), loop_.stop(), hislip::FatalErrorCode::kInvalidInitialization);
+      SendFatal(sync.fd(), loop_.stop(), hislip::FatalErrorCode::kInvalidInitialization);
     }
     return;
   }
-  if (!Send(async.fd(), stop_, {MessageType::kAsyncInitializeResponse, 0, hislip::kVendorId, 0})) {
+  if (!Send(async.fd(), loop_.stop(),
+            {MessageType::kAsyncInitializeResponse, 0, hislip::kVendorId, 0})) {
     return;
   }
-  HislipSession session(handler_, options_, sync.fd(), async.fd(), stop_);
+  HislipSession session(handler_, options_, sync.fd(), async.fd(), loop_.stop());
   session.Run();
 }
 

@@ -8,10 +8,9 @@
 
 #include <cstdint>
 #include <string>
-#include <thread>
 
+#include "sim/server/accept_loop.h"
 #include "sim/server/message_handler.h"
-#include "sim/server/tcp_listener.h"
 
 namespace quarvelo::sim {
 
@@ -29,22 +28,18 @@ class HislipServer {
   HislipServer& operator=(const HislipServer&) = delete;
 
   bool Start(std::string* error);
-  std::uint16_t port() const { return port_; }
+  std::uint16_t port() const { return loop_.port(); }
   void Stop();
 
  private:
-  void Run();
   void Serve(Socket sync);
 
   MessageHandler& handler_;
   std::string bind_address_;
   std::uint16_t requested_port_;
   HislipServerOptions options_;
-  std::uint16_t port_ = 0;
-  Socket listener_;
-  StopSignal stop_;
-  std::thread thread_;
   std::uint16_t next_session_id_ = 1;
+  AcceptLoop loop_;
 };
 
 }  // namespace quarvelo::sim

@@ -22,51 +22,21 @@ SocketServer::SocketServer(MessageHandler& handler, std::string bind_address, st
 SocketServer::~SocketServer() { Stop(); }
 
 bool SocketServer::Start(std::string* error) {
-  listener_ = OpenTcpListener(bind_address_, requested_port_, error);
-  if (!listener_.valid()) return false;
-  port_ = LocalPort(listener_.fd());
-  stop_.Reset();
-  {
-    std::lock_guard lock(serving_mutex_);
-    stopping_ = false;
-  }
-  thread_ = std::thread([this] { Run(); });
-  return true;
+  return loop_.Start(
+      bind_address_, requested_port_, [this](Socket connection) { Serve(std::move(connection)); },
+      error);
 }
 
-void SocketServer::Stop() {
-  stop_.Raise();
-  {
-    std::lock_guard lock(serving_mutex_);
-    stopping_ = true;
-    if (serving_fd_ >= 0) shutdown(serving_fd_, SHUT_RDWR);
-  }
-  if (thread_.joinable()) thread_.join();
-  listener_ = Socket();
-}
-
-void SocketServer::Run() {
-  while (!stop_.raised()) {
-    Socket connection = Accept(listener_.fd(), stop_, ServerDeadline::max());
-    if (!connection.valid()) continue;
-    Serve(std::move(connection));
-  }
-}
+void SocketServer::Stop() { loop_.Stop(); }
 
 void SocketServer::Serve(Socket connection) {
-  {
-    std::lock_guard lock(serving_mutex_);
-    if (stopping_ || !MakeBlocking(connection.fd())) return;
-    serving_fd_ = connection.fd();
-  }
-  // Forgotten before the descriptor closes, so Stop never shuts down a reused number.
+  // Read with plain blocking receives, one system call per message; stopping wakes them.
+  if (!MakeBlocking(connection.fd()) || !loop_.WakeOnStop(connection.fd())) return;
   struct Forget {
-    SocketServer* server;
-    ~Forget() {
-      std::lock_guard lock(server->serving_mutex_);
-      server->serving_fd_ = -1;
-    }
-  } forget{this};
+    AcceptLoop& loop;
+    int fd;
+    ~Forget() { loop.Forget(fd); }
+  } forget{loop_, connection.fd()};
   // Room for a whole waveform block in the kernel, so that sending one does not wait on the
   // client being scheduled again and again on a busy machine.
   const int send_buffer = 4 * 1024 * 1024;
@@ -85,15 +55,15 @@ void SocketServer::Serve(Socket connection) {
       start = end + 1;
       HandlerResponse response = handler_.HandleMessage(message);
       if (response.delay.count() > 0 &&
-          WaitFor(stop_.fd(), 0, stop_, ServerClock::now() + response.delay) ==
+          WaitFor(loop_.stop().fd(), 0, loop_.stop(), ServerClock::now() + response.delay) ==
               IoResult::kStopped) {
         return;
       }
       if (!response.reply.empty()) {
         auto bytes = std::as_bytes(std::span(response.reply.data(), response.reply.size()));
         // A client that stops reading for a minute is given up, so that the next one gets served.
-        if (WriteAll(connection.fd(), bytes, stop_, ServerClock::now() + std::chrono::minutes(1)) !=
-            IoResult::kOk) {
+        if (WriteAll(connection.fd(), bytes, loop_.stop(),
+                     ServerClock::now() + std::chrono::minutes(1)) != IoResult::kOk) {
           return;
         }
       }

@@ -4,12 +4,10 @@
 #define QUARVELO_SIM_SERVER_SOCKET_SERVER_H_
 
 #include <cstdint>
-#include <mutex>
 #include <string>
-#include <thread>
 
+#include "sim/server/accept_loop.h"
 #include "sim/server/message_handler.h"
-#include "sim/server/tcp_listener.h"
 
 namespace quarvelo::sim {
 
@@ -22,26 +20,17 @@ class SocketServer {
 
   // Binds and starts serving; false with `error` filled when the port cannot be bound.
   bool Start(std::string* error);
-  std::uint16_t port() const { return port_; }
+  std::uint16_t port() const { return loop_.port(); }
   // Ends the current connection and the thread; safe to call more than once.
   void Stop();
 
  private:
-  void Run();
   void Serve(Socket connection);
 
   MessageHandler& handler_;
   std::string bind_address_;
   std::uint16_t requested_port_;
-  std::uint16_t port_ = 0;
-  Socket listener_;
-  StopSignal stop_;
-  // The connection being served, read with plain blocking receives (one system call per
-  // message): Stop shuts it down to wake that read. Once stopping, no new one is served.
-  std::mutex serving_mutex_;
-  int serving_fd_ = -1;
-  bool stopping_ = false;
-  std::thread thread_;
+  AcceptLoop loop_;
 };
 
 }  // namespace quarvelo::sim

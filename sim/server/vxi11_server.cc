@@ -368,39 +368,23 @@ Vxi11Server::Vxi11Server(MessageHandler& handler, std::string bind_address, std:
 Vxi11Server::~Vxi11Server() { Stop(); }
 
 bool Vxi11Server::Start(std::string* error) {
-  if (thread_.joinable()) return true;
-  listener_ = OpenTcpListener(bind_address_, requested_port_, error);
-  if (!listener_.valid()) return false;
-  port_ = LocalPort(listener_.fd());
-  stop_.Reset();
-  thread_ = std::thread([this] { Run(); });
-  return true;
+  return loop_.Start(
+      bind_address_, requested_port_, [this](Socket connection) { Serve(std::move(connection)); },
+      error);
 }
 
-void Vxi11Server::Stop() {
-  if (!thread_.joinable()) return;
-  stop_.Raise();
-  thread_.join();
-  listener_ = Socket();
-}
-
-void Vxi11Server::Run() {
-  while (!stop_.raised()) {
-    Socket connection = Accept(listener_.fd(), stop_, ServerDeadline::max());
-    if (connection.valid()) Serve(std::move(connection));
-  }
-}
+void Vxi11Server::Stop() { loop_.Stop(); }
 
 void Vxi11Server::Serve(Socket connection) {
   const std::size_t max_record =
       std::max<std::size_t>(options_.max_recv_size, kScratchSize) + kRecordOverhead;
   rpc::RecordAssembler assembler(max_record);
   std::vector<std::byte> scratch(kScratchSize);
-  Vxi11Session session(handler_, options_, connection.fd(), stop_, next_lid_);
+  Vxi11Session session(handler_, options_, connection.fd(), loop_.stop(), next_lid_);
   for (;;) {
     while (!assembler.HasRecord()) {
       std::size_t count = 0;
-      if (ReadSome(connection.fd(), scratch, stop_, ServerDeadline::max(), &count) !=
+      if (ReadSome(connection.fd(), scratch, loop_.stop(), ServerDeadline::max(), &count) !=
           IoResult::kOk) {
         return;
       }
@@ -424,7 +408,7 @@ void Vxi11Server::Serve(Socket connection) {
       const std::span<const std::byte> parts[] = {
           mark.bytes(), results.bytes(), session.tail(),
           std::span(kPadding).first(session.tail_padding())};
-      if (WriteAllParts(connection.fd(), parts, stop_, ServerClock::now() + kWriteTimeout) !=
+      if (WriteAllParts(connection.fd(), parts, loop_.stop(), ServerClock::now() + kWriteTimeout) !=
           IoResult::kOk) {
         return;
       }

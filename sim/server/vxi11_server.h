@@ -8,10 +8,9 @@
 #include <atomic>
 #include <cstdint>
 #include <string>
-#include <thread>
 
+#include "sim/server/accept_loop.h"
 #include "sim/server/message_handler.h"
-#include "sim/server/tcp_listener.h"
 
 namespace quarvelo::sim {
 
@@ -33,23 +32,19 @@ class Vxi11Server {
   // Binds and starts serving; false with `error` filled when the port cannot be bound.
   bool Start(std::string* error);
   // The bound port (the ephemeral one when constructed with 0), 0 before Start.
-  std::uint16_t port() const { return port_; }
+  std::uint16_t port() const { return loop_.port(); }
   // Ends the current connection and the thread; safe to call more than once.
   void Stop();
 
  private:
-  void Run();
   void Serve(Socket connection);
 
   MessageHandler& handler_;
   std::string bind_address_;
   std::uint16_t requested_port_;
   Vxi11ServerOptions options_;
-  std::uint16_t port_ = 0;
-  Socket listener_;
-  StopSignal stop_;
-  std::thread thread_;
   std::atomic<std::int32_t> next_lid_{1};
+  AcceptLoop loop_;
 };
 
 }  // namespace quarvelo::sim

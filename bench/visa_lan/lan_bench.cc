@@ -12,8 +12,8 @@
 #include <thread>
 #include <vector>
 
-#include "platform/visa/transport_factory.h"
 #include "platform/visa/tcp_connection.h"
+#include "platform/visa/transport_factory.h"
 #include "sim/server/hislip_server.h"
 #include "sim/server/message_handler.h"
 #include "sim/server/tcp_listener.h"

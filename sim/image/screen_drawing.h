@@ -3,8 +3,8 @@
 #ifndef QUARVELO_SIM_IMAGE_SCREEN_DRAWING_H_
 #define QUARVELO_SIM_IMAGE_SCREEN_DRAWING_H_
 
-#include <cmath>
 #include <array>
+#include <cmath>
 #include <cstdint>
 #include <string>
 #include <vector>

@@ -5,7 +5,7 @@
 namespace quarvelo::qt {
 
 QString QtFileFilter(std::string_view filter) {
-  const QString text = QString::fromUtf8(filter.data(), static_cast<qsizetype>(filter.size()));
+  QString text = QString::fromUtf8(filter.data(), static_cast<qsizetype>(filter.size()));
   if (!text.contains(QLatin1Char('|'))) return text;
   const QStringList parts = text.split(QLatin1Char('|'));
   QStringList entries;

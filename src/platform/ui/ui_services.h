@@ -52,7 +52,7 @@ class UiServices {
   // Waits, letting events run meanwhile.
   virtual void Pause(int milliseconds) = 0;
   // Main-window controls the link drives directly.
-  virtual void SetActivityColour(Rgb colour) = 0;  // `shaActivity`
+  virtual void SetActivityColour(Rgb colour) = 0;         // `shaActivity`
   virtual void SetRefreshTimerEnabled(bool enabled) = 0;  // `tmrRefresh`
   virtual void SetSingleTimerEnabled(bool enabled) = 0;   // `tmrSingle`
 };

@@ -11,9 +11,9 @@
 #include <vector>
 
 #include "platform/visa/hislip/message.h"
+#include "platform/visa/tcp_connection.h"
 #include "platform/visa/transport.h"
 #include "platform/visa/visa.h"
-#include "platform/visa/tcp_connection.h"
 
 namespace quarvelo::visa {
 

@@ -8,10 +8,10 @@
 #include <memory>
 #include <vector>
 
+#include "platform/visa/tcp_connection.h"
 #include "platform/visa/transport.h"
 #include "platform/visa/visa.h"
 #include "platform/visa/vxi11/rpc.h"
-#include "platform/visa/tcp_connection.h"
 #include "platform/visa/vxi11/xdr.h"
 
 namespace quarvelo::visa {

@@ -2,6 +2,7 @@
 // model variants and options.
 #include <gtest/gtest.h>
 
+#include <ostream>
 #include <string>
 
 #include "sim/model/instrument.h"
@@ -23,6 +24,8 @@ struct RoundTrip {
   const char* query;
   const char* reply;
 };
+
+void PrintTo(const RoundTrip& c, std::ostream* os) { *os << c.command; }
 
 class RoundTripTest : public testing::TestWithParam<RoundTrip> {};
 
@@ -146,6 +149,8 @@ struct ErrorCase {
   const char* message;
   const char* error;
 };
+
+void PrintTo(const ErrorCase& c, std::ostream* os) { *os << c.message; }
 
 class ErrorTest : public testing::TestWithParam<ErrorCase> {};
 

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <ostream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -25,6 +26,10 @@ using visa::ReadResult;
 using visa::Transport;
 
 enum class Protocol { kVxi11, kHislip };
+
+void PrintTo(Protocol protocol, std::ostream* os) {
+  *os << (protocol == Protocol::kVxi11 ? "VXI-11" : "HiSLIP");
+}
 
 class LanSessionTest : public ::testing::TestWithParam<Protocol> {
  protected:

@@ -4,26 +4,26 @@
 #include <cstdio>
 #include <string>
 
-#include "platform/visa/format_spec.h"
+#include "platform/visa/format_directive.h"
 
 namespace quarvelo::visa {
 namespace {
 
 // printf of one value through a rebuilt conversion such as "%-8.3f".
 template <typename T>
-std::string FormatOne(const FormatSpec& spec, const char* length, int width, int precision,
-                      T value) {
+std::string FormatOne(const FormatDirective& directive, const char* length, int width,
+                      int precision, T value) {
   // Built with appends only: "%" + string trips a false -Wrestrict in GCC 12 at -O3.
   std::string conversion(1, '%');
-  conversion.append(spec.flags);
-  if (spec.hash) conversion += '#';
+  conversion.append(directive.flags);
+  if (directive.hash) conversion += '#';
   if (width >= 0) conversion.append(std::to_string(width));
   if (precision >= 0) {
     conversion += '.';
     conversion.append(std::to_string(precision));
   }
   conversion += length;
-  conversion += spec.conversion;
+  conversion += directive.conversion;
   char small[128];
   const int needed = std::snprintf(small, sizeof small, conversion.c_str(), value);
   if (needed < 0) return {};
@@ -66,10 +66,10 @@ class Printer {
         ++i;
         continue;
       }
-      const auto spec = ParseFormatSpec(format, &i, /*read_side=*/false);
-      if (!spec) return VI_ERROR_INV_FMT;
+      const auto directive = ParseFormatDirective(format, &i, /*read_side=*/false);
+      if (!directive) return VI_ERROR_INV_FMT;
       std::string text;
-      const ViStatus status = Convert(*spec, &text);
+      const ViStatus status = Convert(*directive, &text);
       if (status < VI_SUCCESS) return status;
       literal += text;
     }
@@ -77,10 +77,11 @@ class Printer {
   }
 
  private:
-  ViStatus Convert(const FormatSpec& spec, std::string* text);
-  ViStatus ConvertScalar(const FormatSpec& spec, int width, int precision, std::string* text);
-  std::string IntegerText(const FormatSpec& spec, int width, int precision, bool next_from_array,
-                          const void* array, std::size_t index);
+  ViStatus Convert(const FormatDirective& directive, std::string* text);
+  ViStatus ConvertScalar(const FormatDirective& directive, int width, int precision,
+                         std::string* text);
+  std::string IntegerText(const FormatDirective& directive, int width, int precision,
+                          bool next_from_array, const void* array, std::size_t index);
 
   VaArgs* args_;
   FormattedOutput* output_;
@@ -91,14 +92,14 @@ bool IsInteger(char c) {
 }
 bool IsReal(char c) { return c == 'f' || c == 'e' || c == 'E' || c == 'g' || c == 'G'; }
 
-ViStatus Printer::Convert(const FormatSpec& spec, std::string* text) {
-  int width = spec.width;
-  int precision = spec.precision;
-  if (spec.width_argument) width = va_arg(args_->list, int);
-  if (spec.precision_argument) precision = va_arg(args_->list, int);
-  if (spec.conversion == 'b') {
-    if (spec.array) return VI_ERROR_INV_FMT;
-    long count = spec.hash ? va_arg(args_->list, ViInt32) : spec.width;
+ViStatus Printer::Convert(const FormatDirective& directive, std::string* text) {
+  int width = directive.width;
+  int precision = directive.precision;
+  if (directive.width_argument) width = va_arg(args_->list, int);
+  if (directive.precision_argument) precision = va_arg(args_->list, int);
+  if (directive.conversion == 'b') {
+    if (directive.array) return VI_ERROR_INV_FMT;
+    long count = directive.hash ? va_arg(args_->list, ViInt32) : directive.width;
     if (count < 0) return VI_ERROR_INV_FMT;
     const char* data = va_arg(args_->list, const char*);
     if (data == nullptr && count > 0) return VI_ERROR_USER_BUF;
@@ -109,19 +110,19 @@ ViStatus Printer::Convert(const FormatSpec& spec, std::string* text) {
     text->append(data, static_cast<std::size_t>(count));
     return VI_SUCCESS;
   }
-  if (!spec.array) return ConvertScalar(spec, width, precision, text);
-  const long count = spec.hash ? va_arg(args_->list, ViInt32) : spec.width;
+  if (!directive.array) return ConvertScalar(directive, width, precision, text);
+  const long count = directive.hash ? va_arg(args_->list, ViInt32) : directive.width;
   if (count < 0) return VI_ERROR_INV_FMT;
   const void* array = va_arg(args_->list, const void*);
   if (array == nullptr && count > 0) return VI_ERROR_USER_BUF;
-  FormatSpec element = spec;
+  FormatDirective element = directive;
   element.hash = false;
   for (long k = 0; k < count; ++k) {
     if (k > 0) *text += ',';
-    if (IsInteger(spec.conversion)) {
+    if (IsInteger(directive.conversion)) {
       *text += IntegerText(element, -1, precision, true, array, static_cast<std::size_t>(k));
-    } else if (IsReal(spec.conversion)) {
-      const double value = spec.length == LengthModifier::kLong
+    } else if (IsReal(directive.conversion)) {
+      const double value = directive.length == LengthModifier::kLong
                                ? static_cast<const double*>(array)[k]
                                : static_cast<const float*>(array)[k];
       *text += FormatOne(element, "", -1, precision, value);
@@ -132,50 +133,50 @@ ViStatus Printer::Convert(const FormatSpec& spec, std::string* text) {
   return VI_SUCCESS;
 }
 
-std::string Printer::IntegerText(const FormatSpec& spec, int width, int precision, bool from_array,
-                                 const void* array, std::size_t index) {
-  switch (spec.length) {
+std::string Printer::IntegerText(const FormatDirective& directive, int width, int precision,
+                                 bool from_array, const void* array, std::size_t index) {
+  switch (directive.length) {
     case LengthModifier::kShort: {
       const int value = from_array ? static_cast<const std::int16_t*>(array)[index]
                                    : static_cast<std::int16_t>(va_arg(args_->list, int));
-      return FormatOne(spec, "", width, precision, value);
+      return FormatOne(directive, "", width, precision, value);
     }
     case LengthModifier::kLongLong: {
       const long long value = from_array ? static_cast<const std::int64_t*>(array)[index]
                                          : va_arg(args_->list, long long);
-      return FormatOne(spec, "ll", width, precision, value);
+      return FormatOne(directive, "ll", width, precision, value);
     }
     default: {
       // ViInt32 whether or not 'l' is given: the VISA API's long is 32 bits.
       const int value =
           from_array ? static_cast<const std::int32_t*>(array)[index] : va_arg(args_->list, int);
-      return FormatOne(spec, "", width, precision, value);
+      return FormatOne(directive, "", width, precision, value);
     }
   }
 }
 
-ViStatus Printer::ConvertScalar(const FormatSpec& spec, int width, int precision,
+ViStatus Printer::ConvertScalar(const FormatDirective& directive, int width, int precision,
                                 std::string* text) {
-  if (IsInteger(spec.conversion)) {
-    *text = IntegerText(spec, width, precision, false, nullptr, 0);
+  if (IsInteger(directive.conversion)) {
+    *text = IntegerText(directive, width, precision, false, nullptr, 0);
     return VI_SUCCESS;
   }
-  if (IsReal(spec.conversion)) {
-    if (spec.length == LengthModifier::kLongDouble) {
-      *text = FormatOne(spec, "L", width, precision, va_arg(args_->list, long double));
+  if (IsReal(directive.conversion)) {
+    if (directive.length == LengthModifier::kLongDouble) {
+      *text = FormatOne(directive, "L", width, precision, va_arg(args_->list, long double));
     } else {
-      *text = FormatOne(spec, "", width, precision, va_arg(args_->list, double));
+      *text = FormatOne(directive, "", width, precision, va_arg(args_->list, double));
     }
     return VI_SUCCESS;
   }
-  switch (spec.conversion) {
+  switch (directive.conversion) {
     case 'c':
-      *text = FormatOne(spec, "", width, precision, va_arg(args_->list, int));
+      *text = FormatOne(directive, "", width, precision, va_arg(args_->list, int));
       return VI_SUCCESS;
     case 's': {
       const char* value = va_arg(args_->list, const char*);
       if (value == nullptr) return VI_ERROR_USER_BUF;
-      *text = FormatOne(spec, "", width, precision, value);
+      *text = FormatOne(directive, "", width, precision, value);
       return VI_SUCCESS;
     }
     default:

@@ -11,7 +11,7 @@
 #include <span>
 #include <string>
 
-#include "platform/visa/format_spec.h"
+#include "platform/visa/format_directive.h"
 
 namespace quarvelo::visa {
 namespace {
@@ -39,11 +39,11 @@ class Scanner {
  private:
   ViStatus SkipSpace();
   Step MatchLiteral(char c);
-  Step Convert(const FormatSpec& spec);
-  Step ScanString(const FormatSpec& spec);
-  Step ScanCharacters(const FormatSpec& spec);
-  Step ScanNumbers(const FormatSpec& spec);
-  Step ScanBlock(const FormatSpec& spec);
+  Step Convert(const FormatDirective& directive);
+  Step ScanString(const FormatDirective& directive);
+  Step ScanCharacters(const FormatDirective& directive);
+  Step ScanNumbers(const FormatDirective& directive);
+  Step ScanBlock(const FormatDirective& directive);
   // Collects the characters of one number (sign, digits, point, exponent) after white space.
   ViStatus ReadNumberToken(bool integer, int base, std::string* token);
   ViStatus ReadBlockLength(std::uint64_t* length, bool* indefinite, bool* well_formed);
@@ -96,24 +96,24 @@ ViStatus Scanner::Run(std::string_view format) {
       continue;
     }
     ++i;
-    const auto spec = ParseFormatSpec(format, &i, /*read_side=*/true);
-    if (!spec) return VI_ERROR_INV_FMT;
-    const Step step = Convert(*spec);
+    const auto directive = ParseFormatDirective(format, &i, /*read_side=*/true);
+    if (!directive) return VI_ERROR_INV_FMT;
+    const Step step = Convert(*directive);
     if (!step.go_on) return step.status;
   }
   return VI_SUCCESS;
 }
 
-Step Scanner::Convert(const FormatSpec& spec) {
-  switch (spec.conversion) {
+Step Scanner::Convert(const FormatDirective& directive) {
+  switch (directive.conversion) {
     case 't':
     case 'T':
     case 's':
-      if (spec.array) return {VI_ERROR_INV_FMT, false};
-      return ScanString(spec);
+      if (directive.array) return {VI_ERROR_INV_FMT, false};
+      return ScanString(directive);
     case 'c':
-      if (spec.array) return {VI_ERROR_INV_FMT, false};
-      return ScanCharacters(spec);
+      if (directive.array) return {VI_ERROR_INV_FMT, false};
+      return ScanCharacters(directive);
     case 'd':
     case 'i':
     case 'u':
@@ -125,10 +125,10 @@ Step Scanner::Convert(const FormatSpec& spec) {
     case 'E':
     case 'g':
     case 'G':
-      return ScanNumbers(spec);
+      return ScanNumbers(directive);
     case 'b':
-      if (spec.array) return {VI_ERROR_INV_FMT, false};
-      return ScanBlock(spec);
+      if (directive.array) return {VI_ERROR_INV_FMT, false};
+      return ScanBlock(directive);
     case '[':
     case 'B':
     case 'y':
@@ -138,22 +138,22 @@ Step Scanner::Convert(const FormatSpec& spec) {
   }
 }
 
-Step Scanner::ScanString(const FormatSpec& spec) {
+Step Scanner::ScanString(const FormatDirective& directive) {
   // Room for characters; the NUL comes on top.
   std::size_t room = std::numeric_limits<std::size_t>::max();
   ViInt32* count_in_out = nullptr;
-  if (spec.hash) {
+  if (directive.hash) {
     count_in_out = va_arg(args_->list, ViInt32*);
     if (count_in_out == nullptr) return {VI_ERROR_USER_BUF, false};
     room = *count_in_out > 0 ? static_cast<std::size_t>(*count_in_out) - 1 : 0;
-  } else if (spec.width >= 0) {
-    room = static_cast<std::size_t>(spec.width);
+  } else if (directive.width >= 0) {
+    room = static_cast<std::size_t>(directive.width);
   }
-  char* out = spec.suppress ? nullptr : va_arg(args_->list, char*);
-  if (!spec.suppress && out == nullptr) return {VI_ERROR_USER_BUF, false};
-  const bool can_terminate = !(spec.hash && *count_in_out <= 0);
+  char* out = directive.suppress ? nullptr : va_arg(args_->list, char*);
+  if (!directive.suppress && out == nullptr) return {VI_ERROR_USER_BUF, false};
+  const bool can_terminate = !(directive.hash && *count_in_out <= 0);
 
-  if (spec.conversion == 's') {
+  if (directive.conversion == 's') {
     const ViStatus status = SkipSpace();
     if (status < VI_SUCCESS) return {status, false};
   }
@@ -164,12 +164,12 @@ Step Scanner::ScanString(const FormatSpec& spec) {
     int c = -1;
     status = reader_->Peek(&c);
     if (status < VI_SUCCESS || c < 0) break;
-    if (spec.conversion == 's' && (IsSpace(c) || stored == room)) break;
+    if (directive.conversion == 's' && (IsSpace(c) || stored == room)) break;
     reader_->Consume();
     any = true;
     if (out != nullptr && stored < room) out[stored] = static_cast<char>(c);
     if (stored < room) ++stored;
-    if (spec.conversion == 'T' && c == '\n') break;
+    if (directive.conversion == 'T' && c == '\n') break;
   }
   if (out != nullptr && can_terminate) out[stored] = '\0';
   if (count_in_out != nullptr) *count_in_out = static_cast<ViInt32>(stored);
@@ -177,10 +177,10 @@ Step Scanner::ScanString(const FormatSpec& spec) {
   return {VI_SUCCESS, any};
 }
 
-Step Scanner::ScanCharacters(const FormatSpec& spec) {
-  const std::size_t wanted = spec.width > 0 ? static_cast<std::size_t>(spec.width) : 1;
-  char* out = spec.suppress ? nullptr : va_arg(args_->list, char*);
-  if (!spec.suppress && out == nullptr) return {VI_ERROR_USER_BUF, false};
+Step Scanner::ScanCharacters(const FormatDirective& directive) {
+  const std::size_t wanted = directive.width > 0 ? static_cast<std::size_t>(directive.width) : 1;
+  char* out = directive.suppress ? nullptr : va_arg(args_->list, char*);
+  if (!directive.suppress && out == nullptr) return {VI_ERROR_USER_BUF, false};
   for (std::size_t k = 0; k < wanted; ++k) {
     int c = -1;
     const ViStatus status = reader_->Peek(&c);
@@ -257,11 +257,12 @@ std::optional<T> ParseReal(std::string_view token) {
   return static_cast<T>(value);
 }
 
-// Parses `token` as the element type the spec names and stores it at element `index`.
-bool StoreNumber(const FormatSpec& spec, std::string_view token, void* target, std::size_t index) {
-  const bool real = std::strchr("feEgG", spec.conversion) != nullptr;
+// Parses `token` as the element type the directive names and stores it at element `index`.
+bool StoreNumber(const FormatDirective& directive, std::string_view token, void* target,
+                 std::size_t index) {
+  const bool real = std::strchr("feEgG", directive.conversion) != nullptr;
   if (real) {
-    switch (spec.length) {
+    switch (directive.length) {
       case LengthModifier::kLong:
       case LengthModifier::kLongLong: {
         const auto v = ParseReal<double>(token);
@@ -280,10 +281,10 @@ bool StoreNumber(const FormatSpec& spec, std::string_view token, void* target, s
       }
     }
   }
-  const int base = (spec.conversion == 'x' || spec.conversion == 'X') ? 16
-                   : spec.conversion == 'o'                           ? 8
-                                                                      : 10;
-  switch (spec.length) {
+  const int base = (directive.conversion == 'x' || directive.conversion == 'X') ? 16
+                   : directive.conversion == 'o'                                ? 8
+                                                                                : 10;
+  switch (directive.length) {
     case LengthModifier::kShort: {
       const auto v = ParseInteger<std::int16_t>(token, base);
       if (v && target) static_cast<std::int16_t*>(target)[index] = *v;
@@ -302,26 +303,26 @@ bool StoreNumber(const FormatSpec& spec, std::string_view token, void* target, s
   }
 }
 
-Step Scanner::ScanNumbers(const FormatSpec& spec) {
-  const bool real = std::strchr("feEgG", spec.conversion) != nullptr;
-  const int base = (spec.conversion == 'x' || spec.conversion == 'X') ? 16
-                   : spec.conversion == 'o'                           ? 8
-                                                                      : 10;
+Step Scanner::ScanNumbers(const FormatDirective& directive) {
+  const bool real = std::strchr("feEgG", directive.conversion) != nullptr;
+  const int base = (directive.conversion == 'x' || directive.conversion == 'X') ? 16
+                   : directive.conversion == 'o'                                ? 8
+                                                                                : 10;
   std::size_t capacity = 1;
   ViInt32* count_in_out = nullptr;
-  if (spec.array) {
-    if (spec.hash) {
+  if (directive.array) {
+    if (directive.hash) {
       count_in_out = va_arg(args_->list, ViInt32*);
       if (count_in_out == nullptr) return {VI_ERROR_USER_BUF, false};
       capacity = *count_in_out > 0 ? static_cast<std::size_t>(*count_in_out) : 0;
-    } else if (spec.width > 0) {
-      capacity = static_cast<std::size_t>(spec.width);
+    } else if (directive.width > 0) {
+      capacity = static_cast<std::size_t>(directive.width);
     } else {
       return {VI_ERROR_INV_FMT, false};
     }
   }
-  void* target = spec.suppress ? nullptr : va_arg(args_->list, void*);
-  if (!spec.suppress && target == nullptr) return {VI_ERROR_USER_BUF, false};
+  void* target = directive.suppress ? nullptr : va_arg(args_->list, void*);
+  if (!directive.suppress && target == nullptr) return {VI_ERROR_USER_BUF, false};
 
   std::size_t stored = 0;
   std::string token;
@@ -335,7 +336,7 @@ Step Scanner::ScanNumbers(const FormatSpec& spec) {
     }
     status = ReadNumberToken(!real, base, &token);
     if (status < VI_SUCCESS) break;
-    if (!StoreNumber(spec, token, target, stored)) break;
+    if (!StoreNumber(directive, token, target, stored)) break;
     ++stored;
   }
   if (count_in_out != nullptr) *count_in_out = static_cast<ViInt32>(stored);
@@ -388,21 +389,21 @@ void FromBigEndian(std::byte* data, std::size_t elements, std::size_t size) {
   for (std::size_t k = 0; k < elements; ++k) std::reverse(data + k * size, data + (k + 1) * size);
 }
 
-Step Scanner::ScanBlock(const FormatSpec& spec) {
+Step Scanner::ScanBlock(const FormatDirective& directive) {
   std::size_t capacity = 0;
   ViInt32* count_in_out = nullptr;
-  if (spec.hash) {
+  if (directive.hash) {
     count_in_out = va_arg(args_->list, ViInt32*);
     if (count_in_out == nullptr) return {VI_ERROR_USER_BUF, false};
     capacity = *count_in_out > 0 ? static_cast<std::size_t>(*count_in_out) : 0;
-  } else if (spec.width > 0) {
-    capacity = static_cast<std::size_t>(spec.width);
+  } else if (directive.width > 0) {
+    capacity = static_cast<std::size_t>(directive.width);
   } else {
     return {VI_ERROR_INV_FMT, false};
   }
-  const std::size_t size = ElementSize(spec.length);
-  std::byte* area = spec.suppress ? nullptr : va_arg(args_->list, std::byte*);
-  if (!spec.suppress && area == nullptr) return {VI_ERROR_USER_BUF, false};
+  const std::size_t size = ElementSize(directive.length);
+  std::byte* area = directive.suppress ? nullptr : va_arg(args_->list, std::byte*);
+  if (!directive.suppress && area == nullptr) return {VI_ERROR_USER_BUF, false};
   const auto report = [&](std::size_t elements) {
     if (area != nullptr) FromBigEndian(area, elements, size);
     if (count_in_out != nullptr) *count_in_out = static_cast<ViInt32>(elements);

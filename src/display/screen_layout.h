@@ -34,6 +34,9 @@ struct ScreenLayout {
   // outside the drawn range are stale.
   std::array<std::vector<std::int32_t>, 5> PointX;
   std::array<std::vector<std::int32_t>, 5> PointY;
+  // The sample range each channel's tables hold (-1 .. -2: nothing drawn).
+  std::array<std::int32_t, 5> PointsFirst{-1, -1, -1, -1, -1};
+  std::array<std::int32_t, 5> PointsLast{-2, -2, -2, -2, -2};
 };
 
 // The graticule's geometry for a surface of `width` x `height` units: the oscilloscope pane

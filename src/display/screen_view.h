@@ -12,6 +12,7 @@
 #include <QImage>
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "acquisition/scope_state.h"
 #include "acquisition/waveform_record.h"
@@ -21,13 +22,13 @@
 #include "platform/ui/ui_services.h"
 #include "spectrum/spectrum.h"
 
-class QPainter;
-
 namespace quarvelo::display {
 
 // Mouse buttons as `CursorMouse` numbers them.
 inline constexpr int kLeftButton = 1;
 inline constexpr int kRightButton = 2;
+
+class SurfacePainter;
 
 struct ScreenRecords {
   acquisition::ScopeState& scope;
@@ -98,40 +99,50 @@ class ScreenView {
 
   // For tests: the last readout of the cursors ("[L: ...]" etc.).
   const std::string& LastReadout() const { return last_readout_; }
+  // The time-per-division readout at the top of the screen, as last drawn.
+  const std::string& TimeReadout() const { return time_readout_; }
+
+  // Draws long traces column by column (false) or every segment (true); the pictures are the
+  // same. For comparisons only.
+  void SetEverySegment(bool every_segment) { every_segment_ = every_segment; }
 
  private:
-  class Painter;
-  struct TraceRange;
-
   bool OnSpectrum() const;
   bool SpectrumShown() const;
   bool ReferenceZoomed() const;
   std::int32_t SampleCount(int channel) const;
-  void BeginPaint(QPainter& painter);
   void Changed();
-  void DrawGrid(QPainter& painter, double left, double top, double right, double bottom);
-  void DrawPanel(QPainter& painter);
-  void DrawPanelBox(QPainter& painter, double top, double bottom, const char* header,
-                    double& contents_top);
-  void PrintAcquisitionLines(QPainter& painter);
-  void DrawTraceSamples(QPainter& painter, int channel, std::int32_t first, std::int32_t last,
-                        double span, double left, double right, double top, double bottom,
-                        bool store_points);
-  void DrawTraceReadouts(QPainter& painter, int channel, double ratio, std::int32_t first);
-  void DrawTraceMarkers(QPainter& painter, int channel);
-  void DrawDvmBox(QPainter& painter);
-  void DrawAnnotationOn(QPainter& painter);
-  void DrawSpectrumTrace(QPainter& painter);
-  void DrawSpectrumLabels(QPainter& painter, int channel);
-  void DrawSpectrumMarkers(QPainter& painter);
-  void DrawCursors(QPainter& painter);
+  void SaveCursorFreePicture();
+  void DrawGrid(SurfacePainter& painter, double left, double top, double right, double bottom,
+                int vertical_tick_divisor);
+  void DrawPanel(SurfacePainter& painter);
+  double DrawPanelBox(SurfacePainter& painter, double top, double bottom, const char* header);
+  void PrintAcquisitionLines(SurfacePainter& painter);
+  void DrawChannelLines(SurfacePainter& painter);
+  void DrawDvmBox(SurfacePainter& painter);
+  bool DrawTrace(int channel);
+  void DrawSamples(int channel, std::int32_t first, std::int32_t last, double span, double left,
+                   double right, double top, double bottom, bool store_points);
+  void DrawTraceReadouts(SurfacePainter& painter, int channel, double ratio, std::int32_t first,
+                         bool zoomed, double shown_span);
+  void DrawTraceMarkers(SurfacePainter& painter, int channel);
+  void DrawLegend(SurfacePainter& painter, const std::vector<std::string>& lines);
+  void DrawAnnotationOn(SurfacePainter& painter);
+  void ClearSpectrumPane(SurfacePainter& painter);
+  void DrawSpectrumTrace();
+  void DrawSpectrumLabels(SurfacePainter& painter, int channel);
+  void DrawSpectrumMarkers(SurfacePainter& painter);
+  void DrawCursors();
   bool CursorDataReady() const;
-  bool InsideTraceArea(double x, double y) const;
+  double AreaTop() const;
+  double AreaBottom() const;
   void SpectrumCursor(Cursor& cursor, double x, double y);
   bool ScopeCursor(Cursor& cursor, double x, double y);
+  std::string ComposeReadouts();
   void ZoomOscilloscope(int mode);
   void ZoomSpectrum(int mode);
   void EraseCursors();
+  int FreeMarkerSlot() const;
   double PointX(double point) const;
   double LevelY(double level) const;
   double FrequencyAt(double x) const;
@@ -143,9 +154,10 @@ class ScreenView {
   ScreenRecords records_;
   DisplayHost& host_;
   ui::UiServices& ui_;
-  QImage empty_frame_;
   std::string last_readout_;
-  bool spectrum_pane_ = false;  // the layout describes the spectrum pane
+  std::string time_readout_;
+  bool every_segment_ = false;
+  double panel_bottom_ = 0;  // lowest edge of the side panel's boxes
 };
 
 }  // namespace quarvelo::display

@@ -26,6 +26,7 @@ struct Marker {
   double frequency = 0;  // Hz (spectrum markers)
   double time = 0;       // seconds (trace markers)
   std::int32_t index = 0;
+  std::int16_t channel = 0;  // the trace a trace marker lies on
 };
 
 // Slots 1..4; slot 0 is unused so that slot numbers read as the user sees them.

@@ -1,0 +1,104 @@
+// Small adapters that let the lower layers reach the main window's records and widgets: the
+// readback's time-base combo and sample-rate text, the captured samples as the spectrum
+// computation reads them, the spectrum computation's host, and the front-panel commands of the
+// FFT run until the control command set provides them.
+#ifndef QUARVELO_APP_SWEEP_ADAPTERS_H_
+#define QUARVELO_APP_SWEEP_ADAPTERS_H_
+
+#include <functional>
+#include <string>
+
+#include "acquisition/readback.h"
+#include "acquisition/scope_state.h"
+#include "acquisition/waveform_record.h"
+#include "app/app_settings.h"
+#include "app/sweep_view.h"
+#include "link/instrument_link.h"
+#include "platform/ui/tool_host.h"
+#include "spectrum/spectrum_host.h"
+
+namespace quarvelo::app {
+
+class WindowReadbackHooks final : public acquisition::ReadbackHooks {
+ public:
+  WindowReadbackHooks(ui::ToolHost& tools, const bool& remote_on)
+      : tools_(tools), remote_on_(remote_on) {}
+  void ShowTimeBase(double seconds_per_division) override;
+  void ShowSampleRate(double kilosamples_per_second) override;
+
+ private:
+  ui::ToolHost& tools_;
+  const bool& remote_on_;
+};
+
+// The tool `ID_SR` shows a sample rate in engineering units.
+void ShowSampleRateText(ui::ToolHost& tools, double kilosamples_per_second);
+
+class RecordSampleStore final : public spectrum::SampleStore {
+ public:
+  explicit RecordSampleStore(acquisition::WaveformRecords& records) : records_(records) {}
+  std::int32_t SampleCount(int channel) const override;
+  std::span<const double> Volts(int channel) const override;
+  std::span<double> GrowVolts(int channel, std::int32_t size) override;
+
+ private:
+  acquisition::WaveformRecords& records_;
+};
+
+class WindowSpectrumHost final : public spectrum::SpectrumHost {
+ public:
+  WindowSpectrumHost(const acquisition::ScopeState& scope, const ui::ToolHost& tools,
+                     SweepView& view)
+      : scope_(scope), tools_(tools), view_(view) {}
+  void SetProgressRange(int minimum, int maximum) override;
+  void SetProgressValue(double value) override;
+  bool WindowMinimised() const override;
+  double SampleRate() const override;
+  double ChannelScale(int channel) const override;
+  bool ChannelDisplayed(int channel) const override;
+  void DrawSpectrum(int channel) override;
+  bool MdiChecked() const override;
+  int ReferenceChannel() const override;
+  void RedrawStatusPanel() override;
+  void ShowAverageCount(int count) override;
+  void SetLastZoomMode(int mode) override;
+  void RestoreOscilloscopePane() override;
+
+ private:
+  const acquisition::ScopeState& scope_;
+  const ui::ToolHost& tools_;
+  SweepView& view_;
+};
+
+// The user's spectrum choices from the settings record and the bandwidth-limit ribbon.
+spectrum::FftSettings FftSettingsFrom(const AppSettings& settings, bool upper_limit_on,
+                                      std::string upper_limit_text);
+
+// The channel-display, trigger-source and voltmeter commands sent straight through the link.
+class LinkSweepCommands final : public SweepCommands {
+ public:
+  // `ribbon` reads the bandwidth-limit button and its entry box.
+  LinkSweepCommands(link::InstrumentLink& link, acquisition::ScopeState& scope, ui::ToolHost& tools,
+                    const AppSettings& settings,
+                    std::function<std::pair<bool, std::string>()> ribbon)
+      : link_(link),
+        scope_(scope),
+        tools_(tools),
+        settings_(settings),
+        ribbon_(std::move(ribbon)) {}
+  void SetChannelDisplay(int channel, bool on) override;
+  void SetTriggerSource(int channel) override;
+  void SetDvmEnable(bool on) override;
+  spectrum::FftSettings FftSettings() const override;
+
+ private:
+  link::InstrumentLink& link_;
+  acquisition::ScopeState& scope_;
+  ui::ToolHost& tools_;
+  const AppSettings& settings_;
+  std::function<std::pair<bool, std::string>()> ribbon_;
+};
+
+}  // namespace quarvelo::app
+
+#endif  // QUARVELO_APP_SWEEP_ADAPTERS_H_

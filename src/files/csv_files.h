@@ -1,0 +1,79 @@
+// Saving one channel's record as a CSV waveform file and loading one back, so that a record
+// can be viewed, measured and analysed later with no instrument connected.
+#ifndef QUARVELO_FILES_CSV_FILES_H_
+#define QUARVELO_FILES_CSV_FILES_H_
+
+#include <cstdint>
+#include <string>
+
+#include "acquisition/scope_state.h"
+#include "acquisition/waveform_record.h"
+#include "display/view_state.h"
+#include "files/line_reader.h"
+#include "platform/ui/tool_host.h"
+#include "platform/ui/ui_services.h"
+
+namespace quarvelo::files {
+
+// A file with more data lines than this is refused: it is more than the largest record a
+// capture can hold (the binary area), and loading it would take memory for nothing.
+inline constexpr std::int32_t kMaxCsvSamples = 5'000'000;
+// Fewer data lines than this are not a record.
+inline constexpr std::int32_t kMinCsvSamples = 11;
+
+// What the files need from the main window's higher layers.
+class CsvHost {
+ public:
+  virtual ~CsvHost() = default;
+  virtual bool SweepMode() const = 0;
+  // The channel of the last FFT run.
+  virtual std::int16_t SpectrumChannel() const = 0;
+  // Clears the drawing surface and draws the empty frame.
+  virtual void DrawEmptyFrame() = 0;
+  // A record of `samples` samples was loaded into `channel`: sets SweepMode, makes `channel`
+  // the sweep cycle's trigger source and lets the point tables hold the record.
+  virtual void RecordLoaded(std::int16_t channel, std::int32_t samples) = 0;
+  // One sweep (`ID_Sweep`); with remote control off it analyses and draws what is loaded.
+  virtual void RunSweep() = 0;
+};
+
+struct CsvRecords {
+  acquisition::ScopeState& scope;
+  acquisition::WaveformRecords& waveforms;
+  display::ViewState& view;
+};
+
+class CsvFiles {
+ public:
+  // `data_folder` is read at every call (it is known only after start-up).
+  CsvFiles(const CsvRecords& records, CsvHost& host, ui::UiServices& ui, ui::ToolHost& tools,
+           const std::string& data_folder);
+  CsvFiles(const CsvFiles&) = delete;
+  CsvFiles& operator=(const CsvFiles&) = delete;
+
+  // "ID_Save": the displayed channel (or, after an FFT run, the spectrum's) to a file the user
+  // chooses.
+  void SaveCsvFile();
+  // "ID_Open": a file the user chooses into the channel its header names.
+  void OpenCsvFile();
+
+  // The parts of the two operations after their dialogs.
+  // False when the file could not be written (the user has been told).
+  bool WriteCsvFile(const std::string& path, std::int16_t channel);
+  void OpenCsvPath(const std::string& path);
+  void LoadCsv(ByteSource& source);
+
+ private:
+  void FileError();
+  void RestoreSingleChannelState(std::int16_t channel, std::int32_t count);
+
+  CsvRecords records_;
+  CsvHost& host_;
+  ui::UiServices& ui_;
+  ui::ToolHost& tools_;
+  const std::string& data_folder_;
+};
+
+}  // namespace quarvelo::files
+
+#endif  // QUARVELO_FILES_CSV_FILES_H_

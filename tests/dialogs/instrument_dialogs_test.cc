@@ -1,0 +1,385 @@
+// The math, generator, label and annotation dialogs against the simulated oscilloscope over
+// loopback TCP: what each control sends, and what the dialog shows after the readback.
+#include <gtest/gtest.h>
+
+#include <QAbstractButton>
+#include <QComboBox>
+#include <QLineEdit>
+#include <QRadioButton>
+#include <QSpinBox>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "dialogs/dialog_launcher.h"
+#include "dialogs/frmAnnotation.h"
+#include "dialogs/frmChannelLabel.h"
+#include "dialogs/frmMath.h"
+#include "dialogs/frmWGEN.h"
+#include "platform/text/number_text.h"
+#include "tests/link/online_scope.h"
+
+namespace quarvelo::dialogs {
+namespace {
+
+using testing_support::OnlineScope;
+using testing_support::ScopeModel;
+using Commands = std::vector<std::string>;
+
+template <typename T>
+T* Find(const QWidget& dialog, const char* name, int index = -1) {
+  for (T* widget : dialog.findChildren<T*>(QString::fromLatin1(name))) {
+    if (index < 0 || widget->property("index").toInt() == index) return widget;
+  }
+  ADD_FAILURE() << "no control " << name << " " << index;
+  return nullptr;
+}
+
+void Click(const QWidget& dialog, const char* name, int index = -1) {
+  Find<QAbstractButton>(dialog, name, index)->click();
+}
+
+class InstrumentDialogTest : public testing::Test {
+ protected:
+  explicit InstrumentDialogTest(const ScopeModel& model = {}) : s_(model) {}
+
+  DialogServices Services() {
+    return {s_.h.link, s_.readback, s_.h.scope,
+            s_.h.ui,   s_.h.tools,  [this](bool restart) { sweeps_.push_back(restart); }};
+  }
+  // Sets the simulated instrument up directly, then forgets that traffic.
+  void Setup(const Commands& settings) {
+    for (const std::string& setting : settings) s_.simulator->Execute(setting);
+  }
+  void ClearTraffic() { s_.simulator->ClearTraffic(); }
+  // What the program sent, without the queries.
+  Commands Sent() const {
+    Commands commands;
+    for (const std::string& m : s_.Sent()) {
+      if (m.find('?') == std::string::npos) commands.push_back(m);
+    }
+    return commands;
+  }
+
+  OnlineScope s_;
+  std::vector<bool> sweeps_;
+};
+
+// --- Math.
+
+TEST_F(InstrumentDialogTest, MathFrequencyButtonsSendCentreAndSpanAndShowTheReadback) {
+  const struct {
+    const char* name;
+    std::vector<std::pair<int, const char*>> boxes;  // txtMHz index, text typed
+    int set;                                         // cmdSet index, -1 for OK
+    Commands sent;                                   // "<span>": the span shown at opening
+    const char* centre_shown;
+    const char* span_shown;
+  } cases[] = {
+      {"stop frequency",
+       {{2, "10"}},
+       0,
+       {":FUNC1:FFT:CENTer 5000000", ":FUNC1:FFT:SPAN 10000000"},
+       "5",
+       "10"},
+      {"zero span", {{0, "2"}, {1, "0"}}, 1, {":FUNC1:FFT:CENTer 2000000"}, "2", "<span>"},
+      {"OK after the centre",
+       {{0, "3"}},
+       -1,
+       {":FUNC1:FFT:CENTer 3000000", ":FUNC1:FFT:SPAN <span>"},
+       "3",
+       "<span>"},
+      {"OK after the stop frequency",
+       {{0, "1"}, {2, "4"}},
+       -1,
+       {":FUNC1:FFT:CENTer 2000000", ":FUNC1:FFT:SPAN 4000000"},
+       "2",
+       "4"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    s_.readback.ReadBackMath(true);
+    frmMath dialog(Services());
+    const QString span_mhz = Find<QLineEdit>(dialog, "txtMHz", 1)->text();
+    const std::string span_hz = text::WholeNumberText(s_.h.scope.FftSpan);
+    ClearTraffic();
+    for (const auto& [index, typed] : c.boxes)
+      Find<QLineEdit>(dialog, "txtMHz", index)->setText(typed);
+    if (c.set < 0) {
+      Click(dialog, "cmdOk");
+    } else {
+      Click(dialog, "cmdSet", c.set);
+    }
+    Commands expected;
+    for (std::string line : c.sent) {
+      if (const auto at = line.find("<span>"); at != std::string::npos)
+        line.replace(at, 6, span_hz);
+      expected.push_back(line);
+    }
+    EXPECT_EQ(Sent(), expected);
+    EXPECT_EQ(Find<QLineEdit>(dialog, "txtMHz", 0)->text(), c.centre_shown);
+    EXPECT_EQ(Find<QLineEdit>(dialog, "txtMHz", 1)->text(),
+              std::string(c.span_shown) == "<span>" ? span_mhz : QString(c.span_shown));
+    EXPECT_EQ(dialog.result(), c.set < 0 ? QDialog::Accepted : QDialog::Rejected);
+  }
+}
+
+TEST_F(InstrumentDialogTest, MathCombosAndScalesSendTheirCommandAndShowTheReadback) {
+  const struct {
+    const char* control;
+    int index;
+    int item;
+    Commands sent;
+  } cases[] = {
+      {"cboOperation", 0, 1, {":FUNC1:OPERation SUBTract"}},
+      {"cboSource", 0, 2, {":FUNC1:SOURce1 CHAN3"}},
+      {"cboSource", 1, 4, {":FUNC1:SOURce2 NONE"}},
+      {"cboVType", -1, 1, {":FUNC1:FFT:VTYPe VRMS"}},
+      {"cboWindow", -1, 2, {":FUNC1:FFT:WINDow FLATtop"}},
+  };
+  s_.readback.ReadBackMath(true);
+  frmMath dialog(Services());
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.control);
+    ClearTraffic();
+    QComboBox* combo = Find<QComboBox>(dialog, c.control, c.index);
+    combo->setCurrentIndex(c.item);
+    EXPECT_EQ(Sent(), c.sent);
+    EXPECT_EQ(combo->currentIndex(), c.item);
+  }
+  ClearTraffic();
+  Find<QLineEdit>(dialog, "txtScale", 0)->setText("0.5");
+  Find<QLineEdit>(dialog, "txtScale", 1)->setText("abc");  // not a number: 0
+  Click(dialog, "cmdOk");
+  EXPECT_EQ(Sent(), (Commands{":FUNC1:OFFSet .5", ":FUNC1:RANGe 0",
+                              ":FUNC1:REFerence " + text::NumberText(s_.h.scope.MathReference)}));
+}
+
+TEST_F(InstrumentDialogTest, MathFunctionChoiceReadsTheOtherFunctionWithoutSending) {
+  s_.readback.ReadBackMath(true);
+  frmMath dialog(Services());
+  ClearTraffic();
+  Find<QComboBox>(dialog, "cboFunc")->setCurrentIndex(1);
+  EXPECT_EQ(s_.h.scope.MathPrefix, ":FUNC2");
+  EXPECT_TRUE(Sent().empty());
+  EXPECT_NE(s_.Sent().size(), 0u);  // the readback of FUNC2
+  EXPECT_EQ(s_.Sent().front(), ":FUNC2:DISPlay?");
+}
+
+class SmallScopeDialogTest : public InstrumentDialogTest {
+ protected:
+  SmallScopeDialogTest() : InstrumentDialogTest(ScopeModel{.model = "2000X"}) {}
+};
+
+TEST_F(SmallScopeDialogTest, InnerFunctionSourcesGoToGoftOnTheSingleFunction) {
+  s_.readback.ReadBackMath(true);
+  frmMath dialog(Services());
+  EXPECT_FALSE(Find<QComboBox>(dialog, "cboFunc")->isEnabled());
+  ClearTraffic();
+  Find<QComboBox>(dialog, "cboSource", 3)->setCurrentIndex(2);
+  Find<QComboBox>(dialog, "cboOperation", 1)->setCurrentIndex(2);
+  EXPECT_EQ(Sent(), (Commands{":FUNC:GOFT:SOURce2 CHAN3", ":FUNC:GOFT:OPERation MULTiply"}));
+  EXPECT_EQ(Find<QComboBox>(dialog, "cboSource", 3)->currentIndex(), 2);
+  EXPECT_EQ(Find<QComboBox>(dialog, "cboOperation", 1)->currentIndex(), 2);
+}
+
+// --- Generator.
+
+TEST_F(InstrumentDialogTest, ShapeParameterIsClampedSentAndShownAsReadBack) {
+  const struct {
+    Commands setup;
+    int typed;
+    const char* sent;
+    int shown;
+  } cases[] = {
+      {{":WGEN1:FUNCtion SQUare"}, 95, ":WGEN1:FUNCtion:SQUare:DCYCle 80", 80},
+      {{":WGEN1:FUNCtion SQUare"}, 5, ":WGEN1:FUNCtion:SQUare:DCYCle 20", 20},
+      {{":WGEN1:FUNCtion PULSe", ":WGEN1:PERiod 1E-6"},
+       50,
+       ":WGEN1:FUNCtion:PULSe:WIDTh  5E-07",
+       50},
+      {{":WGEN1:FUNCtion PULSe", ":WGEN1:PERiod 1E-7"},
+       1,
+       ":WGEN1:FUNCtion:PULSe:WIDTh  2E-08",
+       20},
+      {{":WGEN1:FUNCtion PULSe", ":WGEN1:PERiod 1E-7"},
+       100,
+       ":WGEN1:FUNCtion:PULSe:WIDTh  8E-08",
+       80},
+      {{":WGEN1:FUNCtion RAMP"}, 30, ":WGEN1:FUNCtion:RAMP:SYMMetry 30", 30},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.sent);
+    Setup(c.setup);
+    s_.readback.ReadBackWgen();
+    frmWGEN dialog(Services());
+    ClearTraffic();
+    auto* value = Find<QSpinBox>(dialog, "sspValue");
+    value->setValue(c.typed);
+    EXPECT_EQ(Sent(), Commands{c.sent});
+    EXPECT_EQ(value->value(), c.shown);
+  }
+}
+
+TEST_F(InstrumentDialogTest, SetSendsTheEditedTimingAndLevels) {
+  const struct {
+    const char* name;
+    Commands setup;
+    std::function<void(frmWGEN&)> edit;
+    Commands sent;
+  } cases[] = {
+      {"DC sends only the offset",
+       {":WGEN1:FUNCtion DC"},
+       [](frmWGEN& d) { Find<QLineEdit>(d, "txtVOLTageOFFSet")->setText("0.5"); },
+       {":WGEN1:VOLTage:OFFSet .5"}},
+      {"frequency in kHz",
+       {":WGEN1:FUNCtion SINusoid", ":WGEN1:VOLTage 1", ":WGEN1:VOLTage:OFFSet 0"},
+       [](frmWGEN& d) {
+         Find<QRadioButton>(d, "optFreq", 1)->click();
+         Find<QLineEdit>(d, "txtMHz")->setText("2");
+       },
+       {":WGEN1:FREQuency 2000", ":WGEN1:VOLTage 1", ":WGEN1:VOLTage:OFFSet 0"}},
+      {"period and levels",
+       {":WGEN1:FUNCtion SQUare", ":WGEN1:VOLTage 1", ":WGEN1:VOLTage:OFFSet 0"},
+       [](frmWGEN& d) {
+         Find<QLineEdit>(d, "txtPERiod")->setText("1E-3");
+         Find<QLineEdit>(d, "txtVOLTageHIGH")->setText("1.5");
+         Find<QLineEdit>(d, "txtVOLTageLOW")->setText("-0.25");
+       },
+       {":WGEN1:PERiod .001", ":WGEN1:VOLTage:HIGH 1.5", ":WGEN1:VOLTage:LOW  -.25"}},
+      {"FM modulation",
+       {":WGEN1:FUNCtion SINusoid", ":WGEN1:FREQuency 1E5", ":WGEN1:VOLTage 1",
+        ":WGEN1:VOLTage:OFFSet 0", ":WGEN1:MODulation:TYPE FM", ":WGEN1:MODulation:STATe 1"},
+       [](frmWGEN& d) {
+         Find<QLineEdit>(d, "txtMODFREQuency")->setText("200");
+         Find<QLineEdit>(d, "txtFMDEViation")->setText("1000");
+       },
+       {":WGEN1:FREQuency 100000", ":WGEN1:VOLTage 1", ":WGEN1:VOLTage:OFFSet 0",
+        ":WGEN1:MODulation:FM:FREQuency 200", ":WGEN1:MODulation:FM:DEViation 1000"}},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    Setup(c.setup);
+    s_.readback.ReadBackWgen();
+    frmWGEN dialog(Services());
+    ClearTraffic();
+    c.edit(dialog);
+    Click(dialog, "cmdSet");
+    EXPECT_EQ(Sent(), c.sent);
+    EXPECT_TRUE(s_.h.ui.messages().empty());
+  }
+  Setup({":WGEN1:MODulation:STATe 0"});
+}
+
+TEST_F(InstrumentDialogTest, FrequencyShowsInTheUnitItsSizeCalls) {
+  const struct {
+    const char* frequency;
+    const char* shown;
+    int unit;
+  } cases[] = {{"2.5E6", "2.5", 2}, {"999", "999", 0}, {"1000", "1", 1}, {"12500", "12.5", 1}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.frequency);
+    Setup({":WGEN1:FUNCtion SINusoid", std::string(":WGEN1:FREQuency ") + c.frequency});
+    s_.readback.ReadBackWgen();
+    frmWGEN dialog(Services());
+    EXPECT_EQ(Find<QLineEdit>(dialog, "txtMHz")->text(), c.shown);
+    EXPECT_TRUE(Find<QRadioButton>(dialog, "optFreq", c.unit)->isChecked());
+  }
+}
+
+TEST_F(InstrumentDialogTest, GeneratorPanelIsOneNonModalWindowThatTheLinkCanClose) {
+  QWidget owner;
+  DialogLauncher launcher(Services(), &owner);
+  s_.readback.ReadBackWgen();
+  launcher.ShowWgenDialog();
+  frmWGEN* first = launcher.WgenDialog();
+  ASSERT_NE(first, nullptr);
+  EXPECT_TRUE(first->isVisible());
+  EXPECT_FALSE(first->isModal());
+  EXPECT_TRUE(s_.h.scope.WgenDialogOpen);
+  launcher.ShowWgenDialog();
+  EXPECT_EQ(launcher.WgenDialog(), first);
+  launcher.CloseWgenDialog();
+  EXPECT_FALSE(s_.h.scope.WgenDialogOpen);
+  launcher.ShowWgenDialog();
+  EXPECT_TRUE(s_.h.scope.WgenDialogOpen);
+  EXPECT_TRUE(launcher.WgenDialog()->isVisible());
+}
+
+TEST_F(InstrumentDialogTest, RunStopAndResetAskFirst) {
+  s_.readback.ReadBackWgen();
+  frmWGEN dialog(Services());
+  ClearTraffic();
+  Click(dialog, "ssrRun");  // shows running: this stops
+  EXPECT_TRUE(s_.h.link.flags().Stopped);
+  EXPECT_FALSE(s_.h.tools.ToolState("ID_Run"));
+  Click(dialog, "ssrRun");
+  EXPECT_TRUE(s_.h.tools.ToolState("ID_Run"));
+  s_.h.ui.QueueMessageAnswer(ui::MessageResult::kCancel);
+  Click(dialog, "cmdReset");
+  s_.h.ui.QueueMessageAnswer(ui::MessageResult::kOk);
+  Click(dialog, "cmdReset");
+  EXPECT_EQ(Sent(), (Commands{":STOP", ":RUN", ":WGEN1:RST"}));
+  ASSERT_EQ(s_.h.ui.messages().size(), 2u);
+  EXPECT_EQ(s_.h.ui.messages()[0].text, "RESET WGEN\r\nAre you sure?");
+  EXPECT_EQ(s_.h.ui.messages()[0].icon, ui::MessageIcon::kQuestion);
+}
+
+// --- Label and annotation.
+
+TEST_F(InstrumentDialogTest, ChannelLabelIsSentTrimmedAndKept) {
+  frmChannelLabel dialog(Services(), 2);
+  EXPECT_EQ(Find<QWidget>(dialog, "faLabel")->property("title").toString(), "Channel[2]");
+  ClearTraffic();
+  Find<QLineEdit>(dialog, "txtLabel")->setText(" PUMP ");
+  Click(dialog, "cmdOk");
+  EXPECT_EQ(Sent(), Commands{":CHANnel2:LABel \"PUMP\""});
+  EXPECT_EQ(s_.h.scope.Channels[2].Label, "PUMP");
+  EXPECT_EQ(s_.Sent().back(), ":SYSTem:ERRor?");
+  EXPECT_EQ(s_.simulator->Execute(":CHANnel2:LABel?"), "\"PUMP\"");
+  EXPECT_EQ(sweeps_, std::vector<bool>{true});
+}
+
+TEST_F(InstrumentDialogTest, AnnotationControlsSendTheirCommands) {
+  const struct {
+    const char* name;
+    std::function<void(frmAnnotation&)> act;
+    Commands sent;
+    const char* colour;  // AnnotationColor afterwards
+  } cases[] = {
+      {"empty text switched on",
+       [](frmAnnotation& d) {
+         Find<QLineEdit>(d, "txtLabel")->clear();
+         Click(d, "ssrON");
+       },
+       {":DISPlay:ANNotation:TEXT \"\"", ":DISPlay:ANNotation 1"},
+       "MARK"},
+      {"transparent background",
+       [](frmAnnotation& d) { Find<QComboBox>(d, "cboBackGround")->setCurrentIndex(2); },
+       {":DISPlay:ANNotation:BACKground TRANsparent"},
+       "MARK"},
+      {"colour",
+       [](frmAnnotation& d) { Find<QComboBox>(d, "cboColor")->setCurrentIndex(9); },
+       {":DISPlay:ANNotation:COLor RED"},
+       "RED"},
+      {"OK",
+       [](frmAnnotation& d) { Click(d, "cmdOk"); },
+       {":DISPlay:ANNotation:TEXT \"NOTE 1\""},
+       "MARK"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    Setup({":DISPlay:ANNotation 0", ":DISPlay:ANNotation:TEXT \" NOTE 1 \"",
+           ":DISPlay:ANNotation:COLor MARKer", ":DISPlay:ANNotation:BACKground OPAQue"});
+    frmAnnotation dialog(Services());
+    EXPECT_EQ(Find<QComboBox>(dialog, "cboColor")->currentText(), "MARKer");
+    EXPECT_EQ(Find<QComboBox>(dialog, "cboBackGround")->currentText(), "OPAQue");
+    ClearTraffic();
+    c.act(dialog);
+    EXPECT_EQ(Sent(), c.sent);
+    EXPECT_EQ(s_.h.scope.AnnotationColor, c.colour);
+  }
+}
+
+}  // namespace
+}  // namespace quarvelo::dialogs

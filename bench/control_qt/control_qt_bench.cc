@@ -34,7 +34,7 @@ void BM_SetToolbar(benchmark::State& state) {
     // Alternate so that every run really changes visibility and refills the time-base combo.
     settings.Set("Setup", "Channels", four ? "4" : "2");
     four = !four;
-    SetToolbar(host, settings, /*remote_on=*/true, ToolbarSelections{}, scope);
+    SetToolbar(host, settings, /*remote_on=*/true, SpectrumChoices{}, scope);
     QApplication::processEvents();
   }
 }

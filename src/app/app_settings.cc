@@ -50,9 +50,8 @@ AppSettings LoadAppSettings(const settings::SettingsStore& store) {
   // make a later step index past an array or ask for 2^1000 averaging passes.
   s.WindowIndex = std::clamp(ReadInteger(store, keys::kFft, keys::kWindow, defaults::kWindow), 0,
                              kWindowCount - 1);
-  s.AverageExponent = std::clamp(ReadInteger(store, keys::kFft, keys::kAvg, defaults::kAvg), 0,
-                                 kMaxAverageExponent);
-  s.AverageCount = 1 << s.AverageExponent;
+  s.AverageCount = 1 << std::clamp(ReadInteger(store, keys::kFft, keys::kAvg, defaults::kAvg), 0,
+                                   kMaxAverageExponent);
   s.SpectrumUnit = std::clamp(ReadInteger(store, keys::kFft, keys::kScale, defaults::kScale), 0,
                               kSpectrumUnitCount - 1);
   s.AutoAlgorithm = ReadFlag(store, keys::kFft, keys::kAuto, defaults::kAuto);

@@ -8,6 +8,7 @@
 #include <string>
 #include <string_view>
 
+#include "control/spectrum_choices.h"
 #include "platform/settings/settings_store.h"
 
 namespace quarvelo::app {
@@ -56,7 +57,7 @@ inline constexpr std::string_view kBw = "0";
 
 inline constexpr int kMacroCount = 10;
 // The ID_AVG list holds 2^0 .. 2^4.
-inline constexpr int kMaxAverageExponent = 4;
+inline constexpr int kMaxAverageExponent = control::kMaxAverageExponent;
 inline constexpr int kWindowCount = 7;
 inline constexpr int kSpectrumUnitCount = 3;
 inline constexpr double kMinimumUpperLimitMhz = 20;
@@ -70,8 +71,10 @@ struct Macro {
 };
 
 // The settings read at start-up. Model and channel count are not here: the toolbar rebuild and
-// the settings dialog read them from the store each time.
-struct AppSettings {
+// the settings dialog read them from the store each time. The "FFT" section is the base, the
+// user's spectrum choices: the one record the combo dispatcher writes and the spectrum
+// computation, the toolbar rebuild and the shutdown read.
+struct AppSettings : control::SpectrumChoices {
   // Window geometry in twips; a height or width of 0 is not applied.
   int Top = 0;
   int Left = 0;
@@ -81,15 +84,6 @@ struct AppSettings {
   std::string Address;  // "VISA"
   bool HasDvm = false;
   bool HasWgen = false;
-
-  int WindowIndex = 6;      // "Window", WindowIndex 0..6
-  int AverageExponent = 0;  // "AVG": the averaging count is 2 ^ this, also ID_AVG's index
-  int AverageCount = 1;
-  int SpectrumUnit = 0;           // "SCALE": 0 dBV, 1 dBm, 2 V RMS
-  bool AutoAlgorithm = false;     // "Auto"
-  int Algorithm = 2;              // "Algo": 1 "FFT A", 2 "FFT", 3 "DFT (VY SLOW !)"; 0 for junk
-  double UpperLimitMhz = 200;     // "BWL", at least 20
-  bool BandwidthLimitOn = false;  // "BW"
 
   std::array<Macro, kMacroCount + 1> Macros;  // index 1..10; 0 unused
 };

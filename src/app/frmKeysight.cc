@@ -17,12 +17,14 @@
 
 #include "app/startup.h"
 #include "app/twips.h"
+#include "app/window_targets.h"
 #include "control/qt/qt_tool_host.h"
 #include "control/set_toolbar.h"
 #include "dialogs/frmSettings.h"
 #include "platform/qt/activity_indicator.h"
 #include "platform/qt/picture_box.h"
 #include "platform/qt/qt_ui_services.h"
+#include "platform/text/number_parse.h"
 
 namespace quarvelo::app {
 namespace {
@@ -57,34 +59,37 @@ frmKeysight::frmKeysight(settings::SettingsStore& store, StartupPlatform& platfo
       link::ScopeFields{scope_.ChannelCount, scope_.HasDvm, scope_.HasWgen,
                         scope_.ToolUpdateInProgress},
       *ui_, *tools_, store_, static_cast<link::LinkHooks&>(*this));
-  BuildSweep();
+  BuildControl();
 }
 
-void frmKeysight::BuildSweep() {
-  readback_hooks_ = std::make_unique<WindowReadbackHooks>(*tools_, session_.RemoteOn);
-  readback_ = std::make_unique<acquisition::StateReadback>(*link_, scope_, records_, *ui_,
-                                                            *tools_, *readback_hooks_);
-  capture_ = std::make_unique<acquisition::WaveformCapture>(*link_, scope_, records_, *ui_,
-                                                             *tools_);
-  sweep_view_ = std::make_unique<SweepWindowView>(SweepWidgets{
-      this, fra_fft_, fra_visa_, fra_activity_, pic_screen_, lbl_avg_count_, pgb_fft_});
-  sample_store_ = std::make_unique<RecordSampleStore>(records_);
-  spectrum_host_ = std::make_unique<WindowSpectrumHost>(scope_, *tools_, *sweep_view_);
-  analyzer_ = std::make_unique<spectrum::SpectrumAnalyzer>(
-      spectrum_, workspace_, fourier_, *sample_store_, *spectrum_host_, *ui_,
-      sweep_state_.StopRequested);
-  // Until the control command set owns the user's spectrum choices, the settings record and
-  // the bandwidth-limit ribbon are read here.
-  sweep_commands_ = std::make_unique<LinkSweepCommands>(
-      *link_, scope_, *tools_, settings_,
-      [this] { return std::make_pair(BandwidthLimitDown(), UpperLimitText()); });
-  sweep_ = std::make_unique<SweepCycle>(
-      SweepParts{*link_, scope_, records_, *readback_, *capture_, spectrum_, *analyzer_, *ui_,
-                 *tools_},
-      *sweep_view_, *sweep_commands_, sweep_state_);
-  connect(tmr_refresh_, &QTimer::timeout, this, [this] { sweep_->RefreshTick(); });
-  connect(tmr_single_, &QTimer::timeout, this, [this] { sweep_->SingleTick(); });
-  connect(cmd_stop_, &QPushButton::clicked, this, [this] { sweep_->cmdStop_Click(); });
+void frmKeysight::BuildControl() {
+  targets_ = std::make_unique<WindowTargets>(*this);
+  commands_ = std::make_unique<control::ControlCommands>(*link_, scope_, *ui_, *tools_, *targets_);
+  dispatcher_ = std::make_unique<control::ToolDispatcher>(*commands_, *link_, scope_, settings_,
+                                                          *ui_, *tools_, *targets_);
+  using control::QtToolHost;
+  connect(tools_.get(), &QtToolHost::ToolClicked, this,
+          [this](const QString& id) { dispatcher_->ToolClick(id.toStdString()); });
+  connect(tools_.get(), &QtToolHost::ComboChanged, this,
+          [this](const QString& id) { dispatcher_->ComboChange(id.toStdString()); });
+  connect(tools_.get(), &QtToolHost::DropDownRequested, this,
+          [this](const QString& id) { dispatcher_->DropDown(id.toStdString()); });
+  connect(tools_.get(), &QtToolHost::DropDownClosed, this,
+          [this](const QString& id) { dispatcher_->DropDownClosed(id.toStdString()); });
+  connect(this, &frmKeysight::SetClicked, this,
+          [this] { dispatcher_->SetClicked(txt_command_->text().toStdString()); });
+  connect(this, &frmKeysight::BandwidthLimitClicked, this, [this](bool down) {
+    dispatcher_->BandwidthLimitClicked(down, txt_mhz_[2]->text().toStdString());
+  });
+  // The entry box edits the upper limit of the user's spectrum choices.
+  connect(txt_mhz_[2], &QLineEdit::textEdited, this, [this](const QString& text) {
+    settings_.UpperLimitMhz = text::LeadingNumber(text.toStdString());
+  });
+  connect(this, &frmKeysight::MacroPressed, this, [this](int index, Qt::MouseButton button) {
+    if (button != Qt::LeftButton || index < 0 || index >= kMacroCount) return;
+    const Macro& macro = settings_.Macros[static_cast<std::size_t>(index + 1)];
+    dispatcher_->RunMacro(macro.Command1, macro.Command2, macro.SweepAfter);
+  });
 }
 
 frmKeysight::~frmKeysight() {
@@ -327,13 +332,13 @@ void frmKeysight::StartDisplay() {
 }
 
 void frmKeysight::RebuildToolbar() {
-  const control::ToolbarSelections selections{8, settings_.SpectrumUnit, settings_.WindowIndex};
-  control::SetToolbar(*tools_, store_, session_.RemoteOn, selections, scope_);
+  control::SetToolbar(*tools_, store_, session_.RemoteOn, settings_, scope_);
 }
 
 void frmKeysight::CloseInstrument() { link_->CloseInstrument(); }
 
-void frmKeysight::RequestSweep(bool restart) { sweep_->ID_Sweep(restart); }
+// The sweep arrives with the sweep cycle; until then a request has nothing to run.
+void frmKeysight::RequestSweep(bool) {}
 
 // No generator dialog exists yet, so none can be open.
 void frmKeysight::CloseWgenDialog() {}

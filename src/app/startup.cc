@@ -1,7 +1,6 @@
 #include "app/startup.h"
 
 #include "platform/settings/settings_text.h"
-#include "platform/text/number_parse.h"
 
 namespace quarvelo::app {
 namespace {
@@ -53,7 +52,7 @@ StartupResult RunStartup(const StartupServices& services, const StartupRecords& 
   records.scope.HasDvm = s.HasDvm;
   records.scope.HasWgen = s.HasWgen;
 
-  services.tools.SetComboIndex("ID_AVG", s.AverageExponent);
+  services.tools.SetComboIndex("ID_AVG", control::AverageExponent(s));
 
   // Files of any channel can be opened until the toolbar rebuild loads the real count.
   records.scope.ChannelCount = acquisition::kMaxChannels;
@@ -70,20 +69,13 @@ StartupResult RunStartup(const StartupServices& services, const StartupRecords& 
 
 void RunShutdown(const StartupServices& services, const StartupRecords& records) {
   settings::SettingsStore& store = services.store;
-  AppSettings& s = records.settings;
-
-  // The averaging list shows what the user chose last; with nothing selected the exponent
-  // loaded at start-up stands.
-  const int shown_average = services.tools.ComboIndex("ID_AVG");
-  if (shown_average >= 0) s.AverageExponent = shown_average;
-  // The entry box is where the user edits the upper limit.
-  const double upper = text::LeadingNumber(services.window.UpperLimitText());
-
+  // The user's spectrum choices as the toolbar, the entry box and the ribbon button left them.
+  const AppSettings& s = records.settings;
   store.Set(keys::kFft, keys::kWindow, NumberText(s.WindowIndex));
-  store.Set(keys::kFft, keys::kAvg, NumberText(s.AverageExponent));
+  store.Set(keys::kFft, keys::kAvg, NumberText(control::AverageExponent(s)));
   store.Set(keys::kFft, keys::kScale, NumberText(s.SpectrumUnit));
-  store.Set(keys::kFft, keys::kBwl, NumberText(upper));
-  store.Set(keys::kFft, keys::kBw, FlagText(services.window.BandwidthLimitDown()));
+  store.Set(keys::kFft, keys::kBwl, NumberText(s.UpperLimitMhz));
+  store.Set(keys::kFft, keys::kBw, FlagText(s.BandwidthLimitOn));
   store.Set(keys::kSetup, keys::kDvm, FlagText(records.scope.HasDvm));
   store.Set(keys::kSetup, keys::kWgen, FlagText(records.scope.HasWgen));
 

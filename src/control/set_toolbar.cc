@@ -39,7 +39,7 @@ constexpr std::string_view kDvmTools[] = {
 }  // namespace
 
 void SetToolbar(ui::ToolHost& tools, const settings::SettingsStore& settings, bool remote_on,
-                const ToolbarSelections& selections, acquisition::ScopeState& state) {
+                const SpectrumChoices& choices, acquisition::ScopeState& state) {
   ToolUpdateScope updating(state.ToolUpdateInProgress);
 
   state.Model = settings::ReadInteger(settings, "Setup", "DSO", "0") == 1 ? 1 : 0;
@@ -62,9 +62,9 @@ void SetToolbar(ui::ToolHost& tools, const settings::SettingsStore& settings, bo
   const bool four_channels = state.ChannelCount != 2;
   for (std::string_view id : kChannel34Tools) tools.SetToolVisible(id, four_channels);
 
-  tools.SetComboIndex("ID_Bins", selections.BinsIndex);
-  tools.SetComboIndex("ID_Scale", selections.SpectrumUnit);
-  tools.SetComboIndex("ID_Window", selections.WindowIndex);
+  tools.SetComboIndex("ID_Bins", choices.BinsIndex);
+  tools.SetComboIndex("ID_Scale", choices.SpectrumUnit);
+  tools.SetComboIndex("ID_Window", choices.WindowIndex);
 
   tools.SetToolVisible("ID_WG", state.HasWgen);
   for (std::string_view id : kDvmTools) tools.SetToolVisible(id, state.HasDvm);

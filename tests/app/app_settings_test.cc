@@ -20,7 +20,6 @@ TEST(AppSettingsTest, EmptyStoreGivesTheDefaults) {
   EXPECT_FALSE(s.HasDvm);
   EXPECT_FALSE(s.HasWgen);
   EXPECT_EQ(s.WindowIndex, 6);
-  EXPECT_EQ(s.AverageExponent, 0);
   EXPECT_EQ(s.AverageCount, 1);
   EXPECT_EQ(s.SpectrumUnit, 0);
   EXPECT_FALSE(s.AutoAlgorithm);
@@ -59,7 +58,7 @@ double Top(const AppSettings& s) { return s.Top; }
 double Algorithm(const AppSettings& s) { return s.Algorithm; }
 double UpperLimit(const AppSettings& s) { return s.UpperLimitMhz; }
 double AverageCount(const AppSettings& s) { return s.AverageCount; }
-double AverageExponent(const AppSettings& s) { return s.AverageExponent; }
+double AverageExponent(const AppSettings& s) { return control::AverageExponent(s); }
 double Window(const AppSettings& s) { return s.WindowIndex; }
 double Unit(const AppSettings& s) { return s.SpectrumUnit; }
 double Dvm(const AppSettings& s) { return s.HasDvm ? 1 : 0; }

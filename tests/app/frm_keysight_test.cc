@@ -15,6 +15,7 @@
 #include <QSettings>
 #include <QSignalSpy>
 #include <QTabWidget>
+#include <QTest>
 #include <QTemporaryDir>
 #include <QTimer>
 #include <QToolButton>
@@ -165,8 +166,11 @@ TEST_F(FrmKeysightTest, ClosingStoresSettingsAsTextThatTheNextRunReads) {
     ASSERT_TRUE(window->Form_Load());
     window->move(30, 40);
     window->resize(800, 600);
-    window->findChildren<QLineEdit*>("txtMHz")[2]->setText("350");
-    window->findChild<QToolButton*>("ssrBW")->setChecked(true);
+    // As the user does it: typed into the box, then the ribbon button clicked.
+    QLineEdit* upper_limit = window->findChildren<QLineEdit*>("txtMHz")[2];
+    upper_limit->clear();
+    QTest::keyClicks(upper_limit, "350");
+    window->findChild<QToolButton*>("ssrBW")->click();
     window->close();
   }
   EXPECT_EQ(Stored("Setup/Top"), "600");

@@ -170,9 +170,9 @@ TEST_F(StartupTest, ShutdownStoresEverythingAsTextAndClosesTheLinkLast) {
   store_.Set("FFT", "SCALE", "1");
   Start();
   window_.log.clear();
-  tools_.SetComboIndex("ID_AVG", 4);
-  window_.bandwidth_down = true;
-  window_.upper_limit_text = "75.5";
+  settings_.AverageCount = 16;  // the choices the toolbar and the ribbon wrote
+  settings_.BandwidthLimitOn = true;
+  settings_.UpperLimitMhz = 75.5;
   scope_.HasDvm = true;
   window_.geometry = {450, 600, 9000, 12000};
   Stop();
@@ -214,15 +214,6 @@ TEST_F(StartupTest, SettingsSurviveARestartUnchanged) {
     EXPECT_EQ(store_.Find("FFT", key), first_run.Find("FFT", key)) << key;
   }
   EXPECT_EQ(store_.Find("FFT", "BWL"), "123.25");
-}
-
-TEST_F(StartupTest, JunkInTheBoxesIsStoredAsANumber) {
-  Start();
-  window_.upper_limit_text = "abc";
-  tools_.SetComboIndex("ID_AVG", -1);  // nothing selected: the loaded exponent stands
-  Stop();
-  EXPECT_EQ(store_.Find("FFT", "BWL"), "0");
-  EXPECT_EQ(store_.Find("FFT", "AVG"), "0");
 }
 
 }  // namespace

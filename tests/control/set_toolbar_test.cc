@@ -32,7 +32,7 @@ class SetToolbarTest : public ::testing::Test {
     }
   }
 
-  void Run(bool remote_on, const ToolbarSelections& selections = {}) {
+  void Run(bool remote_on, const SpectrumChoices& selections = {}) {
     SetToolbar(tools_, settings_, remote_on, selections, state_);
     EXPECT_TRUE(tools_.unknown_ids().empty());
   }
@@ -149,7 +149,7 @@ TEST_F(SetToolbarTest, RebuildForTwoChannelsAfterFourHidesTheChannel34ToolsAgain
 }
 
 TEST_F(SetToolbarTest, SelectsStoredComboEntries) {
-  Run(true, ToolbarSelections{.BinsIndex = 4, .SpectrumUnit = 1, .WindowIndex = 0});
+  Run(true, SpectrumChoices{.BinsIndex = 4, .SpectrumUnit = 1, .WindowIndex = 0});
   EXPECT_EQ(tools_.ComboIndex("ID_Bins"), 4);
   EXPECT_EQ(tools_.ComboText("ID_Bins"), "4906");
   EXPECT_EQ(tools_.ComboIndex("ID_Scale"), 1);

@@ -337,7 +337,7 @@ TEST_F(QtToolHostTest, SetToolbarForTwoChannelsHidesTheirToolsOnScreen) {
   settings.Set("Setup", "Channels", "2");
   acquisition::ScopeState state;
   window_->show();
-  SetToolbar(host_, settings, /*remote_on=*/true, ToolbarSelections{}, state);
+  SetToolbar(host_, settings, /*remote_on=*/true, SpectrumChoices{}, state);
   Settle();
 
   EXPECT_EQ(state.ChannelCount, 2);

@@ -60,6 +60,34 @@ frmKeysight::frmKeysight(settings::SettingsStore& store, StartupPlatform& platfo
                         scope_.ToolUpdateInProgress},
       *ui_, *tools_, store_, static_cast<link::LinkHooks&>(*this));
   BuildControl();
+  BuildSweep();
+}
+
+void frmKeysight::BuildSweep() {
+  readback_hooks_ = std::make_unique<WindowReadbackHooks>(*tools_, session_.RemoteOn);
+  readback_ = std::make_unique<acquisition::StateReadback>(*link_, scope_, records_, *ui_,
+                                                            *tools_, *readback_hooks_);
+  capture_ = std::make_unique<acquisition::WaveformCapture>(*link_, scope_, records_, *ui_,
+                                                             *tools_);
+  sweep_view_ = std::make_unique<SweepWindowView>(SweepWidgets{
+      this, fra_fft_, fra_visa_, fra_activity_, pic_screen_, lbl_avg_count_, pgb_fft_});
+  sample_store_ = std::make_unique<RecordSampleStore>(records_);
+  spectrum_host_ = std::make_unique<WindowSpectrumHost>(scope_, *tools_, *sweep_view_);
+  analyzer_ = std::make_unique<spectrum::SpectrumAnalyzer>(
+      spectrum_, workspace_, fourier_, *sample_store_, *spectrum_host_, *ui_,
+      sweep_state_.StopRequested);
+  // Until the control command set owns the user's spectrum choices, the settings record and
+  // the bandwidth-limit ribbon are read here.
+  sweep_commands_ = std::make_unique<LinkSweepCommands>(
+      *link_, scope_, *tools_, settings_,
+      [this] { return std::make_pair(BandwidthLimitDown(), UpperLimitText()); });
+  sweep_ = std::make_unique<SweepCycle>(
+      SweepParts{*link_, scope_, records_, *readback_, *capture_, spectrum_, *analyzer_, *ui_,
+                 *tools_},
+      *sweep_view_, *sweep_commands_, sweep_state_);
+  connect(tmr_refresh_, &QTimer::timeout, this, [this] { sweep_->RefreshTick(); });
+  connect(tmr_single_, &QTimer::timeout, this, [this] { sweep_->SingleTick(); });
+  connect(cmd_stop_, &QPushButton::clicked, this, [this] { sweep_->cmdStop_Click(); });
 }
 
 void frmKeysight::BuildControl() {
@@ -337,8 +365,7 @@ void frmKeysight::RebuildToolbar() {
 
 void frmKeysight::CloseInstrument() { link_->CloseInstrument(); }
 
-// The sweep arrives with the sweep cycle; until then a request has nothing to run.
-void frmKeysight::RequestSweep(bool) {}
+void frmKeysight::RequestSweep(bool restart) { sweep_->ID_Sweep(restart); }
 
 // No generator dialog exists yet, so none can be open.
 void frmKeysight::CloseWgenDialog() {}

@@ -11,10 +11,17 @@
 #include <memory>
 #include <string>
 
+#include "acquisition/capture.h"
+#include "acquisition/readback.h"
 #include "acquisition/scope_state.h"
+#include "acquisition/waveform_record.h"
 #include "app/app_settings.h"
 #include "app/main_window_view.h"
 #include "app/window_targets.h"
+#include "app/sweep_adapters.h"
+#include "app/sweep_cycle.h"
+#include "app/sweep_state.h"
+#include "app/sweep_window_view.h"
 #include "control/control_commands.h"
 #include "control/tool_dispatcher.h"
 #include "link/instrument_link.h"
@@ -24,6 +31,10 @@
 #include "platform/settings/settings_store.h"
 #include "platform/ui/tool_host.h"
 #include "platform/ui/ui_services.h"
+#include "spectrum/cls_fourier.h"
+#include "spectrum/fourier_workspace.h"
+#include "spectrum/spectrum.h"
+#include "spectrum/spectrum_analyzer.h"
 
 class QGroupBox;
 class QLabel;
@@ -81,6 +92,17 @@ class frmKeysight : public QMainWindow, private MainWindowView, private link::Li
   control::ToolDispatcher& Dispatcher() { return *dispatcher_; }
   control::ControlCommands& Commands() { return *commands_; }
 
+  // Sweep, FFT run and the records they fill.
+  SweepCycle& Sweep() { return *sweep_; }
+  SweepState& SweepFlags() { return sweep_state_; }
+  acquisition::WaveformRecords& Records() { return records_; }
+  acquisition::StateReadback& Readback() { return *readback_; }
+  acquisition::WaveformCapture& Capture() { return *capture_; }
+  spectrum::Spectrum& SpectrumRecord() { return spectrum_; }
+  spectrum::FourierWorkspace& Workspace() { return workspace_; }
+  spectrum::clsFourier& Fourier() { return fourier_; }
+  spectrum::SpectrumAnalyzer& Analyzer() { return *analyzer_; }
+
  signals:
   // The user clicked the bandwidth-limit button (not reported while loading).
   void BandwidthLimitClicked(bool down);
@@ -126,6 +148,7 @@ class frmKeysight : public QMainWindow, private MainWindowView, private link::Li
   void Form_Unload();
   // The command set and the dispatchers, with the toolbar's and the window's buttons wired.
   void BuildControl();
+  void BuildSweep();
 
   settings::SettingsStore& store_;
   StartupPlatform& platform_;
@@ -172,6 +195,22 @@ class frmKeysight : public QMainWindow, private MainWindowView, private link::Li
   std::unique_ptr<WindowTargets> targets_;
   std::unique_ptr<control::ControlCommands> commands_;
   std::unique_ptr<control::ToolDispatcher> dispatcher_;
+
+  // The sweep's records and subsystems, built after the link (BuildSweep).
+  acquisition::WaveformRecords records_;
+  spectrum::Spectrum spectrum_;
+  spectrum::FourierWorkspace workspace_;
+  spectrum::clsFourier fourier_;
+  SweepState sweep_state_;
+  std::unique_ptr<WindowReadbackHooks> readback_hooks_;
+  std::unique_ptr<acquisition::StateReadback> readback_;
+  std::unique_ptr<acquisition::WaveformCapture> capture_;
+  std::unique_ptr<SweepWindowView> sweep_view_;
+  std::unique_ptr<RecordSampleStore> sample_store_;
+  std::unique_ptr<WindowSpectrumHost> spectrum_host_;
+  std::unique_ptr<spectrum::SpectrumAnalyzer> analyzer_;
+  std::unique_ptr<LinkSweepCommands> sweep_commands_;
+  std::unique_ptr<SweepCycle> sweep_;
 };
 
 }  // namespace quarvelo::app

@@ -34,7 +34,7 @@ class NoHost : public quarvelo::files::CsvHost {
   bool SweepMode() const override { return true; }
   std::int16_t SpectrumChannel() const override { return 1; }
   void DrawEmptyFrame() override {}
-  void RecordLoaded(std::int16_t, std::int32_t) override {}
+  void SetSweepMode() override {}
   void RunSweep() override {}
 };
 

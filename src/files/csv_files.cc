@@ -201,7 +201,7 @@ void CsvFiles::LoadCsv(ByteSource& source) {
   values = {};  // the table is not needed during the sweep
 
   RestoreSingleChannelState(channel, count);
-  host_.RecordLoaded(channel, count);
+  host_.SetSweepMode();
   host_.RunSweep();
 }
 

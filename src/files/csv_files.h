@@ -30,9 +30,9 @@ class CsvHost {
   virtual std::int16_t SpectrumChannel() const = 0;
   // Clears the drawing surface and draws the empty frame.
   virtual void DrawEmptyFrame() = 0;
-  // A record of `samples` samples was loaded into `channel`: sets SweepMode, makes `channel`
-  // the sweep cycle's trigger source and lets the point tables hold the record.
-  virtual void RecordLoaded(std::int16_t channel, std::int32_t samples) = 0;
+  // The time-domain view is in use (the sweep cycle's `SweepMode`). The sweep reads its trigger
+  // source from ScopeState, and the drawing grows its point tables as it draws.
+  virtual void SetSweepMode() = 0;
   // One sweep (`ID_Sweep`); with remote control off it analyses and draws what is loaded.
   virtual void RunSweep() = 0;
 };

@@ -69,11 +69,10 @@ void SweepCycle::ID_Sweep(bool restart) {
   if (session.TimedOut) return;
 
   if (session.RemoteOn) {
-    SweepOnline(restart);
+    if (!SweepOnline(restart)) return;
   } else {
     SweepOffline();
   }
-  if (session.TimedOut) return;
   parts_.ui.SetActivityColour(kActivityGreen);
 }
 
@@ -82,13 +81,19 @@ bool SweepCycle::CaptureForSweep(int channel, bool restart, bool& first) {
   parts_.capture.CaptureChannel(static_cast<std::int16_t>(channel), /*useBins=*/true,
                                 /*stopFirst=*/first && restart,
                                 first ? acquisition::kDigitizeAll : acquisition::kDigitizeChannel);
-  if (parts_.link.session().TimedOut) return false;
+  if (Interrupted()) return false;
   view_.SetCursorChannel(channel);
   first = false;
   return true;
 }
 
-void SweepCycle::SweepOnline(bool restart) {
+bool SweepCycle::Interrupted() const {
+  // A time-out the link tolerates sets TimedOut; any other VISA failure closes the link.
+  const link::InstrumentSession& session = parts_.link.session();
+  return session.TimedOut || !session.RemoteOn;
+}
+
+bool SweepCycle::SweepOnline(bool restart) {
   acquisition::ScopeState& scope = parts_.scope;
   const int trigger = scope.TriggerChannel;
   // The voltmeter's own measurement would otherwise disturb the capture of another channel.
@@ -98,9 +103,9 @@ void SweepCycle::SweepOnline(bool restart) {
   bool first = true;
   for (int n = 1; n <= scope.ChannelCount; ++n) {
     if (n == trigger) continue;
-    if (!CaptureForSweep(n, restart, first)) return;
+    if (!CaptureForSweep(n, restart, first)) return false;
   }
-  if (!CaptureForSweep(trigger, restart, first)) return;
+  if (!CaptureForSweep(trigger, restart, first)) return false;
   if (dvm_paused) commands_.SetDvmEnable(true);
 
   spectrum::Spectrum& spectrum = parts_.spectrum;
@@ -119,6 +124,7 @@ void SweepCycle::SweepOnline(bool restart) {
   }
   parts_.tools.SetToolState("ID_CSR" + std::to_string(view_.CursorChannel()), true);
   ShowSampleRateText(parts_.tools, scope.SampleRate);
+  return true;
 }
 
 void SweepCycle::SweepOffline() {
@@ -186,7 +192,7 @@ void SweepCycle::AverageOnline(int channel) {
     view_.DrawStatusPanel();
     parts_.capture.CaptureChannel(static_cast<std::int16_t>(channel), /*useBins=*/false,
                                   /*stopFirst=*/true, acquisition::kDigitizeChannel);
-    if (parts_.link.session().TimedOut) break;
+    if (Interrupted()) break;
     view_.DrawChannelTrace(channel);
     // Plan the transform for the record just captured: its length may differ from the last.
     if (!parts_.analyzer.PlanTransform(channel, /*oscilloscope_only=*/false, settings)) break;

@@ -51,7 +51,9 @@ class SweepCycle {
   void SingleTick();
 
  private:
-  void SweepOnline(bool restart);
+  // False when a time-out or a lost link ended the captures.
+  bool SweepOnline(bool restart);
+  bool Interrupted() const;
   void SweepOffline();
   // Captures `channel` for the sweep; false when a time-out ends the sweep.
   bool CaptureForSweep(int channel, bool restart, bool& first);

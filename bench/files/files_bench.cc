@@ -18,7 +18,6 @@
 
 #include "acquisition/scope_state.h"
 #include "acquisition/waveform_record.h"
-#include "display/view_state.h"
 #include "files/csv_files.h"
 #include "platform/ui/recording_ui.h"
 
@@ -33,6 +32,10 @@ class NoHost : public quarvelo::files::CsvHost {
  public:
   bool SweepMode() const override { return true; }
   std::int16_t SpectrumChannel() const override { return 1; }
+  std::int16_t DisplayedChannel() const override { return 1; }
+  void SetDisplayedChannel(std::int16_t) override {}
+  void SetCursorChannel(std::int16_t) override {}
+  void SetLastZoomMode(int) override {}
   void DrawEmptyFrame() override {}
   void SetSweepMode() override {}
   void RunSweep() override {}
@@ -83,11 +86,10 @@ int main(int argc, char** argv) {
 
   quarvelo::acquisition::ScopeState scope;
   quarvelo::acquisition::WaveformRecords waveforms;
-  quarvelo::display::ViewState view;
   NoHost host;
   quarvelo::ui::RecordingUi ui;
   quarvelo::ui::RecordingToolHost tools;
-  CsvFiles files({scope, waveforms, view}, host, ui, tools, data_folder);
+  CsvFiles files({scope, waveforms}, host, ui, tools, data_folder);
 
   // A capture's record: a sine of 8-bit codes, 2 ns per sample.
   auto& record = waveforms.Records[1];
@@ -107,7 +109,6 @@ int main(int argc, char** argv) {
   std::printf("%-6s %16s %16s %20s\n", "run", "save", "open", "getline+strtod");
   std::vector<double> saves, opens, plains, cpu_saves, cpu_opens, cpu_plains;
   for (int run = 1; run <= runs; ++run) {
-    view.DisplayedChannel = 1;
     scope.Channels[1].Coupling.clear();
     const double c0 = CpuMilliseconds();
     const Clock::time_point t0 = Clock::now();

@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "display/view_state.h"
 #include "files/csv_text.h"
 #include "link/tool_update_guard.h"
 
@@ -56,7 +57,7 @@ CsvFiles::CsvFiles(const CsvRecords& records, CsvHost& host, ui::UiServices& ui,
 
 void CsvFiles::SaveCsvFile() {
   const std::int16_t channel =
-      host_.SweepMode() ? records_.view.DisplayedChannel : host_.SpectrumChannel();
+      host_.SweepMode() ? host_.DisplayedChannel() : host_.SpectrumChannel();
   if (!ValidChannel(channel) || records_.waveforms.Records[channel].ByteCount <= 0) {
     ui_.ShowMessage("No Data to save", ui::MessageIcon::kCritical, ui::MessageButtons::kOk);
     return;
@@ -146,7 +147,7 @@ void CsvFiles::LoadCsv(ByteSource& source) {
   const auto channel = static_cast<std::int16_t>(header->channel);
   acquisition::WaveformRecord& record = waveforms.Records[channel];
   acquisition::ChannelSettings& settings = scope.Channels[channel];
-  records_.view.DisplayedChannel = channel;
+  host_.SetDisplayedChannel(channel);
   waveforms.Shared.SampleRateK = header->sample_rate / 1000;
   settings.Scale = header->scale;
   scope.TimebaseScale = header->timebase_scale;
@@ -221,9 +222,7 @@ void CsvFiles::RestoreSingleChannelState(std::int16_t channel, std::int32_t coun
   settings.Displayed = true;
   settings.HasData = true;
 
-  display::ViewState& view = records_.view;
-  view.Cursors[1].channel = channel;
-  view.Cursors[2].channel = channel;
+  host_.SetCursorChannel(channel);
   const int channels = std::clamp<int>(scope.ChannelCount, 1, acquisition::kMaxChannels);
   for (int c = 1; c <= channels; ++c) {
     scope.Channels[c].FirstSample = 0;
@@ -231,18 +230,18 @@ void CsvFiles::RestoreSingleChannelState(std::int16_t channel, std::int32_t coun
   }
   settings.FirstSample = 0;
   settings.LastSample = count - 1;
-  view.LastZoomMode = display::kZoomReset;
+  host_.SetLastZoomMode(display::kZoomReset);
 
   link::ToolUpdateGuard guard(scope.ToolUpdateInProgress);
   const std::string n = std::to_string(channel);
   tools_.SetToolState("ID_CH" + n, true);
   tools_.SetToolState("ID_TG" + n, true);
-  tools_.SetToolState("ID_CSR" + std::to_string(view.CursorSourceChannel()), true);
+  tools_.SetToolState("ID_CSR" + n, true);  // the cursors' channel
 }
 
 void CsvFiles::FileError() {
   ui_.ShowStatus(kFileError);
-  const std::int16_t channel = records_.view.DisplayedChannel;
+  const std::int16_t channel = host_.DisplayedChannel();
   if (!ValidChannel(channel)) return;
   records_.waveforms.Records[channel].ByteCount = 0;
   records_.scope.Channels[channel].HasData = false;

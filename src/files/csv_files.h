@@ -8,7 +8,6 @@
 
 #include "acquisition/scope_state.h"
 #include "acquisition/waveform_record.h"
-#include "display/view_state.h"
 #include "files/line_reader.h"
 #include "platform/ui/tool_host.h"
 #include "platform/ui/ui_services.h"
@@ -21,18 +20,24 @@ inline constexpr std::int32_t kMaxCsvSamples = 5'000'000;
 // Fewer data lines than this are not a record.
 inline constexpr std::int32_t kMinCsvSamples = 11;
 
-// What the files need from the main window's higher layers.
+// What the files need from the main window's higher layers: the sweep cycle's flag and sweep,
+// the spectrum's channel, and the view values the screen drawing keeps.
 class CsvHost {
  public:
   virtual ~CsvHost() = default;
   virtual bool SweepMode() const = 0;
+  // The time-domain view is in use. The sweep reads its trigger source from ScopeState, and
+  // the drawing grows its point tables as it draws.
+  virtual void SetSweepMode() = 0;
   // The channel of the last FFT run.
   virtual std::int16_t SpectrumChannel() const = 0;
+  virtual std::int16_t DisplayedChannel() const = 0;
+  virtual void SetDisplayedChannel(std::int16_t channel) = 0;
+  // Both mouse cursors measure on `channel`.
+  virtual void SetCursorChannel(std::int16_t channel) = 0;
+  virtual void SetLastZoomMode(int mode) = 0;
   // Clears the drawing surface and draws the empty frame.
   virtual void DrawEmptyFrame() = 0;
-  // The time-domain view is in use (the sweep cycle's `SweepMode`). The sweep reads its trigger
-  // source from ScopeState, and the drawing grows its point tables as it draws.
-  virtual void SetSweepMode() = 0;
   // One sweep (`ID_Sweep`); with remote control off it analyses and draws what is loaded.
   virtual void RunSweep() = 0;
 };
@@ -40,7 +45,6 @@ class CsvHost {
 struct CsvRecords {
   acquisition::ScopeState& scope;
   acquisition::WaveformRecords& waveforms;
-  display::ViewState& view;
 };
 
 class CsvFiles {

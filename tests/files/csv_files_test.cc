@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "acquisition/capture.h"
+#include "display/view_state.h"
 #include "platform/ui/recording_ui.h"
 #include "tests/files/files_test_support.h"
 
@@ -20,16 +21,24 @@ using testing_support::ReadWholeFile;
 using testing_support::TempFolder;
 using testing_support::WriteWholeFile;
 
+// Keeps the view values as the main window does and counts the drawing and the sweeps.
 class RecordingCsvHost : public CsvHost {
  public:
   bool SweepMode() const override { return sweep_mode; }
-  std::int16_t SpectrumChannel() const override { return spectrum_channel; }
-  void DrawEmptyFrame() override { ++frames; }
   void SetSweepMode() override { sweep_mode = true; }
+  std::int16_t SpectrumChannel() const override { return spectrum_channel; }
+  std::int16_t DisplayedChannel() const override { return displayed_channel; }
+  void SetDisplayedChannel(std::int16_t channel) override { displayed_channel = channel; }
+  void SetCursorChannel(std::int16_t channel) override { cursor_channel = channel; }
+  void SetLastZoomMode(int mode) override { last_zoom_mode = mode; }
+  void DrawEmptyFrame() override { ++frames; }
   void RunSweep() override { ++sweeps; }
 
   bool sweep_mode = true;
   std::int16_t spectrum_channel = 1;
+  std::int16_t displayed_channel = 1;
+  std::int16_t cursor_channel = 1;
+  int last_zoom_mode = display::kZoomIn;
   int frames = 0;
   int sweeps = 0;
 };
@@ -60,18 +69,17 @@ class CsvFilesTest : public testing::Test {
                                 waveforms.Shared.YIncrement, record.YOrigin,
                                 waveforms.Samples.Raw(channel), waveforms.Samples.Time(channel),
                                 waveforms.Samples.Volts(channel));
-    view.DisplayedChannel = static_cast<std::int16_t>(channel);
+    host.displayed_channel = static_cast<std::int16_t>(channel);
   }
 
   TempFolder folder;
   acquisition::ScopeState scope;
   acquisition::WaveformRecords waveforms;
-  display::ViewState view;
   RecordingCsvHost host;
   ui::RecordingUi ui;
   ui::RecordingToolHost tools;
   std::string data_folder = folder.path();
-  CsvFiles files{{scope, waveforms, view}, host, ui, tools, data_folder};
+  CsvFiles files{{scope, waveforms}, host, ui, tools, data_folder};
 };
 
 TEST_F(CsvFilesTest, SavedFileOpensWithTheSameRecordAndSavesAgainUnchanged) {
@@ -96,8 +104,8 @@ TEST_F(CsvFilesTest, SavedFileOpensWithTheSameRecordAndSavesAgainUnchanged) {
   // Another session with nothing captured opens it.
   waveforms = {};
   scope = {};
-  view = {};
   scope.Channels[1].HasData = true;
+  host = {};
   host.sweep_mode = false;  // after an FFT run
   ui.QueueOpenFileAnswer(first);
   files.OpenCsvFile();
@@ -117,7 +125,7 @@ TEST_F(CsvFilesTest, SavedFileOpensWithTheSameRecordAndSavesAgainUnchanged) {
   }
   // The restored state of a stopped single-channel acquisition, and its sweep.
   EXPECT_TRUE(scope.Channels[1].HasData);  // the same sample rate keeps the other channels
-  EXPECT_EQ(view.DisplayedChannel, 2);
+  EXPECT_EQ(host.displayed_channel, 2);
   EXPECT_EQ(scope.TriggerSource, "CHAN2");
   EXPECT_EQ(scope.TriggerChannel, 2);
   EXPECT_EQ(scope.TriggerSlope, "POS");
@@ -125,9 +133,8 @@ TEST_F(CsvFilesTest, SavedFileOpensWithTheSameRecordAndSavesAgainUnchanged) {
   EXPECT_EQ(scope.Channels[2].Coupling, "CSV");
   EXPECT_TRUE(scope.Channels[2].Displayed && scope.Channels[2].HasData);
   EXPECT_EQ(scope.Channels[4].LastSample, 999);
-  EXPECT_EQ(view.CursorSourceChannel(), 2);
-  EXPECT_EQ(view.Cursors[2].channel, 2);
-  EXPECT_EQ(view.LastZoomMode, display::kZoomReset);
+  EXPECT_EQ(host.cursor_channel, 2);
+  EXPECT_EQ(host.last_zoom_mode, display::kZoomReset);
   EXPECT_EQ((std::vector<ui::RecordingToolHost::StateChange>(tools.state_history())),
             (std::vector<ui::RecordingToolHost::StateChange>{
                 {"ID_CH2", true}, {"ID_TG2", true}, {"ID_CSR2", true}}));
@@ -261,10 +268,8 @@ TEST_F(CsvFilesTest, BadInputFailsStopsOrLoadsAsItShould) {
     SCOPED_TRACE(c.name);
     waveforms = {};
     scope = {};
-    view = {};
     host = {};
     ui.ClearRecords();
-    view.DisplayedChannel = 1;
     waveforms.Records[1].ByteCount = 50;  // a record from before
     waveforms.Samples.Grow(50);
     if (c.kind == BadInput::kMissing) {

@@ -54,8 +54,8 @@ TEST(ScreenImagesTest, ImportWritesTheBlockReplacesItAndShowsIt) {
     EXPECT_EQ(panels.panel, QImage(QString::fromStdString(path), "BMP"));
     EXPECT_EQ(scope.h.ui.pointer(), ui::PointerShape::kDefault);
   }
-  const std::vector<std::string> once = testing_support::WithErrorQuery(
-      {":HARDcopy:INKSaver OFF", ":DISPlay:DATA? BMP8BIT, COLor"});
+  const std::vector<std::string> once =
+      testing_support::WithErrorQuery({":HARDcopy:INKSaver OFF", ":DISPlay:DATA? BMP8BIT, COLor"});
   std::vector<std::string> expected = once;
   expected.insert(expected.end(), once.begin(), once.end());
   EXPECT_EQ(scope.Sent(), expected);

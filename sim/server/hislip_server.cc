@@ -85,7 +85,12 @@ class HislipSession {
  public:
   HislipSession(MessageHandler& handler, const HislipServerOptions& options, int sync_fd,
                 int async_fd, const StopSignal& stop)
-      : handler_(handler), options_(options), sync_(sync_fd), async_(async_fd), stop_(stop) {}
+      : handler_(handler),
+        options_(options),
+        sync_(sync_fd),
+        async_(async_fd),
+        stop_(stop),
+        overlapped_(options.overlapped) {}
 
   void Run();
 
@@ -116,6 +121,9 @@ class HislipSession {
   // belongs to the cleared exchange and is dropped.
   bool clearing_ = false;
   PendingReply pending_;
+  bool overlapped_;
+  // Overlapped, responses carry the server's own count rather than the client's ids.
+  std::uint32_t response_id_ = hislip::kFirstMessageId;
 };
 
 void HislipSession::Run() {
@@ -147,7 +155,9 @@ bool HislipSession::SendReply() {
   PendingReply reply = std::move(pending_);
   pending_ = PendingReply{};
   std::span<const std::byte> data = std::as_bytes(std::span(reply.data));
-  const std::uint64_t chunk = std::max<std::uint64_t>(client_max_message_size_, 1);
+  // The client's maximum counts the header.
+  const std::uint64_t chunk = std::max<std::uint64_t>(
+      client_max_message_size_ - std::min<std::uint64_t>(client_max_message_size_, 16), 1);
   // A reply cut short before a dropped connection goes out without DataEnd.
   const bool ends = !reply.drop || reply.data.back() == '\n';
   do {
@@ -159,6 +169,10 @@ bool HislipSession::SendReply() {
     data = data.subspan(length);
   } while (!data.empty());
   sent_reply_unconfirmed_ = !reply.drop;
+  if (!reply.drop && options_.service_requests &&
+      !Send(async_, stop_, {MessageType::kAsyncServiceRequest, 0x50, 0, 0})) {
+    return false;
+  }
   return !reply.drop;
 }
 
@@ -179,7 +193,7 @@ bool HislipSession::OnSync() {
         return false;
       }
       if (clearing_) return DiscardPayload(sync_, header.payload_length, stop_) == FrameResult::kOk;
-      if (header.payload_length > options_.max_message_size ||
+      if (header.payload_length + hislip::kHeaderSize > options_.max_message_size ||
           input_.size() + header.payload_length > kMaxProgramMessage) {
         if (DiscardPayload(sync_, header.payload_length, stop_) != FrameResult::kOk) return false;
         input_.clear();
@@ -215,7 +229,8 @@ bool HislipSession::OnSync() {
       if (!answer.reply.empty()) {
         pending_.active = true;
         pending_.data = std::move(answer.reply);
-        pending_.message_id = header.parameter;
+        pending_.message_id = overlapped_ ? response_id_ : header.parameter;
+        if (overlapped_) response_id_ = hislip::NextMessageId(response_id_);
         pending_.ready = ServerClock::now() + answer.delay;
         pending_.drop = answer.drop_connection;
         return true;
@@ -227,7 +242,12 @@ bool HislipSession::OnSync() {
       clearing_ = false;
       input_.clear();
       input_too_large_ = false;
-      return Send(sync_, stop_, {MessageType::kDeviceClearAcknowledge, header.control, 0, 0});
+      // The client asks for features; the server grants what it can.
+      overlapped_ = (header.control & hislip::kOverlapMode) != 0 || !options_.grant_synchronized;
+      response_id_ = hislip::kFirstMessageId;
+      return Send(sync_, stop_,
+                  {MessageType::kDeviceClearAcknowledge,
+                   static_cast<std::uint8_t>(overlapped_ ? hislip::kOverlapMode : 0), 0, 0});
     case MessageType::kTrigger:
       return DiscardPayload(sync_, header.payload_length, stop_) == FrameResult::kOk;
     default:
@@ -275,7 +295,11 @@ bool HislipSession::OnAsync() {
       clearing_ = true;
       pending_ = PendingReply{};
       handler_.DeviceClear();
-      return Send(async_, stop_, {MessageType::kAsyncDeviceClearAcknowledge, 0, 0, 0});
+      // Its control code: the features the server prefers.
+      return Send(
+          async_, stop_,
+          {MessageType::kAsyncDeviceClearAcknowledge,
+           static_cast<std::uint8_t>(options_.prefer_overlapped ? hislip::kOverlapMode : 0), 0, 0});
     case MessageType::kAsyncLock:
       // One client at a time: every lock request succeeds (1), every release too.
       return Send(async_, stop_, {MessageType::kAsyncLockResponse, 1, 0, 0});
@@ -331,9 +355,10 @@ void HislipServer::Serve(Socket sync) {
     return;
   const std::uint16_t session_id = next_session_id_++;
   if (next_session_id_ == 0) next_session_id_ = 1;
-  // Control code 0: synchronised mode.
+  // Control code bit 0: the mode the session starts in.
   if (!Send(sync.fd(), loop_.stop(),
-            {MessageType::kInitializeResponse, 0,
+            {MessageType::kInitializeResponse,
+             static_cast<std::uint8_t>(options_.overlapped ? hislip::kOverlapMode : 0),
              hislip::InitializeResponseParameter(hislip::kProtocolVersion, session_id), 0})) {
     return;
   }

@@ -2,7 +2,7 @@
 // AsyncInitialize on the asynchronous one, then Data/DataEnd messages answered with the id of
 // the message they answer, AsyncMaxMsgSize, device clear, status query and lock requests.
 // Serves one client (its two connections) after another on its own thread, in synchronised
-// mode.
+// mode or, as some instruments do, starting overlapped.
 #ifndef QUARVELO_SIM_SERVER_HISLIP_SERVER_H_
 #define QUARVELO_SIM_SERVER_HISLIP_SERVER_H_
 
@@ -15,8 +15,17 @@
 namespace quarvelo::sim {
 
 struct HislipServerOptions {
-  // The largest Data/DataEnd payload the server takes, announced in AsyncMaxMsgSizeResponse.
+  // The largest message the server takes, its 16-byte header included, announced in
+  // AsyncMaxMsgSizeResponse.
   std::uint64_t max_message_size = 1024 * 1024;
+  // Starts in overlapped mode (InitializeResponse control bit 0) and numbers its responses
+  // with its own counter; prefers overlapped mode in AsyncDeviceClearAcknowledge.
+  bool overlapped = false;
+  bool prefer_overlapped = false;
+  // Grants synchronised mode when DeviceClearComplete asks for it.
+  bool grant_synchronized = true;
+  // Sends AsyncServiceRequest on the asynchronous channel after every response.
+  bool service_requests = false;
 };
 
 class HislipServer {

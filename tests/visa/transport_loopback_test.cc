@@ -67,8 +67,10 @@ class TransportTest : public ::testing::TestWithParam<Link> {
         auto device = std::make_unique<visa::testing::SimulatedUsbtmcDevice>(
             &instrument_, GetParam().usb, &usb_log_);
         usb_device_ = device.get();
-        usb_ = std::make_unique<visa::Session>(
-            std::make_unique<visa::UsbtmcTransport>(std::move(device)));
+        auto transport = std::make_unique<visa::UsbtmcTransport>(std::move(device));
+        ASSERT_EQ(transport->Start(), VI_SUCCESS);
+        usb_log_.control_requests.clear();
+        usb_ = std::make_unique<visa::Session>(std::move(transport));
         usb_->SetTimeout(2000);
         return;
       }
@@ -310,10 +312,11 @@ TEST_P(UsbtmcSessionTest, EndlessEmptyTransfersEndInATimeout) {
 }
 
 TEST_P(UsbtmcSessionTest, DeviceClear) {
+  const int cleared_at_open = instrument_.cleared.load();
   visa::UsbtmcTransport transport(std::make_unique<visa::testing::SimulatedUsbtmcDevice>(
       &instrument_, GetParam().usb, &usb_log_));
   EXPECT_EQ(transport.Clear(visa::Clock::now() + std::chrono::seconds(1)), VI_SUCCESS);
-  EXPECT_EQ(instrument_.cleared.load(), 1);
+  EXPECT_EQ(instrument_.cleared.load(), cleared_at_open + 1);
   EXPECT_EQ(
       usb_log_.control_requests,
       (std::vector<std::uint8_t>{visa::usbtmc::kInitiateClear, visa::usbtmc::kCheckClearStatus}));

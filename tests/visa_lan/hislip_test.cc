@@ -43,20 +43,73 @@ class HislipTest : public ::testing::Test {
 };
 
 TEST_F(HislipTest, MessageIdsStartAtTheFirstIdAndStepByTwoPerMessage) {
-  StartServer({.max_message_size = 16});
+  StartServer({.max_message_size = 32});
   auto transport = Open();
   ASSERT_NE(transport, nullptr);
-  EXPECT_EQ(transport->server_max_message_size(), 16u);
+  EXPECT_EQ(transport->server_max_message_size(), 32u);
   EXPECT_EQ(transport->next_message_id(), hislip::kFirstMessageId);
   std::string reply;
   ASSERT_EQ(Query(*transport, "*IDN?", &reply), VI_SUCCESS);
   EXPECT_EQ(transport->next_message_id(), hislip::kFirstMessageId + 2);
-  // 40 bytes to a server taking 16 per message: Data, Data, DataEnd.
+  // 40 bytes to a server taking 32-byte messages, 16 of them header: Data, Data, DataEnd.
   const std::string text(34, 'z');
   ASSERT_EQ(Query(*transport, "ECHO " + text, &reply), VI_SUCCESS);
   EXPECT_EQ(reply, text + "\n");
   EXPECT_EQ(transport->next_message_id(), hislip::kFirstMessageId + 8);
   EXPECT_EQ(handler_.messages().back(), "ECHO " + text);
+}
+
+// Servers as real instruments run them: starting overlapped (and granting synchronised mode,
+// or not), preferring overlapped mode in a device clear, counting the header in the maximum
+// message size and sending service requests. Every one must give the same exchanges.
+TEST_F(HislipTest, ServerModesAndQuirks) {
+  const struct {
+    const char* name;
+    sim::HislipServerOptions options;
+    bool overlapped;  // the mode the session runs in
+  } cases[] = {
+      {"starts overlapped", {.overlapped = true, .prefer_overlapped = true}, false},
+      {"stays overlapped",
+       {.overlapped = true, .prefer_overlapped = true, .grant_synchronized = false},
+       true},
+      {"prefers overlapped", {.prefer_overlapped = true}, false},
+      {"272-byte messages, service requests",
+       {.max_message_size = 272, .service_requests = true},
+       false},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    StartServer(c.options);
+    auto transport = Open();
+    ASSERT_NE(transport, nullptr);
+    EXPECT_EQ(transport->overlapped(), c.overlapped);
+    std::string reply;
+    ASSERT_EQ(Query(*transport, "*IDN?", &reply), VI_SUCCESS);
+    ASSERT_EQ(WriteMessage(*transport, "*CLS\n", In(1000)), VI_SUCCESS);  // no reply
+    ASSERT_EQ(Query(*transport, "*IDN?", &reply, 1000), VI_SUCCESS);
+    EXPECT_EQ(reply, kIdn);
+    ASSERT_EQ(transport->Clear(In(1000)), VI_SUCCESS);
+    EXPECT_EQ(transport->overlapped(), c.overlapped);
+    ASSERT_EQ(WriteMessage(*transport, "*CLS\n", In(1000)), VI_SUCCESS);
+    const std::string text(296, 'w');  // a 302-byte message
+    ASSERT_EQ(Query(*transport, "ECHO " + text, &reply, 1000), VI_SUCCESS);
+    EXPECT_EQ(reply, text + "\n");
+    EXPECT_EQ(Query(*transport, "SLOW?", &reply, 150), VI_ERROR_TMO);
+    ASSERT_EQ(Query(*transport, "*IDN?", &reply, 1500), VI_SUCCESS);
+    EXPECT_EQ(reply, kIdn);
+  }
+}
+
+TEST_F(HislipTest, LateAnswerIsStaleOnceTheNextMessageHasBegun) {
+  StartServer();
+  auto transport = Open();
+  ASSERT_NE(transport, nullptr);
+  std::string reply;
+  EXPECT_EQ(Query(*transport, "SLOW?", &reply, 150), VI_ERROR_TMO);
+  // A Data message without END is now the most recent: the late "SLOW" does not answer it.
+  const std::string start = "ECHO ";
+  ASSERT_EQ(transport->Write(std::as_bytes(std::span(start)), false, In(500)), VI_SUCCESS);
+  EXPECT_EQ(ReadMessage(*transport, In(700), &reply), VI_ERROR_TMO) << reply;
 }
 
 TEST_F(HislipTest, WriteTimeOutMidMessageThenAGoodExchange) {

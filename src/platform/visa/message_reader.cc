@@ -40,12 +40,24 @@ ViStatus MessageReader::HandleReadError(ViStatus status) {
   return status;
 }
 
+void MessageReader::BeginScan() {
+  scan_hit_end_ = false;
+  deadline_ = DeadlineAfter(timeout_ms_);
+  operation_read_ = false;
+}
+
 ViStatus MessageReader::Fill() {
   head_ = 0;
   tail_ = 0;
   chunk_ended_ = false;
   ReadResult result;
-  const Deadline deadline = DeadlineAfter(timeout_ms_);
+  const Deadline deadline = deadline_;
+  // An instrument that never stops sending must not keep the read past its time-out; the
+  // first read of an operation still runs, so that an immediate time-out polls once.
+  if (operation_read_ && Clock::now() >= deadline && deadline != Deadline::max()) {
+    return HandleReadError(VI_ERROR_TMO);
+  }
+  operation_read_ = true;
   for (;;) {
     const ViStatus status = transport_->Read(buffer_, deadline, &result);
     if (status < VI_SUCCESS) return HandleReadError(status);
@@ -85,8 +97,7 @@ void MessageReader::Consume() {
 
 ViStatus MessageReader::ReadBinary(std::span<std::byte> out, std::size_t* count) {
   *count = 0;
-  // Each wait for data gets the whole time-out; the clock restarts whenever bytes arrive.
-  Deadline deadline = DeadlineAfter(timeout_ms_);
+  const Deadline deadline = deadline_;
   while (*count < out.size()) {
     const std::size_t wanted = out.size() - *count;
     if (head_ == tail_ && wanted >= buffer_.size() / 2) {
@@ -96,10 +107,12 @@ ViStatus MessageReader::ReadBinary(std::span<std::byte> out, std::size_t* count)
       if (status < VI_SUCCESS) return HandleReadError(status);
       const std::size_t got = std::min(result.count, wanted);
       *count += got;
-      if (got > 0) {
-        deadline = DeadlineAfter(timeout_ms_);
-      } else if (!result.end && Clock::now() >= deadline) {
-        return HandleReadError(VI_ERROR_TMO);  // a transport that keeps returning nothing
+      const bool end_now = result.end && !ends_on_line_feed_;
+      if (!end_now && *count < out.size() && Clock::now() >= deadline &&
+          deadline != Deadline::max()) {
+        // Nothing, or not all, by the time-out: bytes still arriving do not extend it.
+        if (got > 0) NoteRemoved(false);
+        return HandleReadError(VI_ERROR_TMO);
       }
       const bool end = result.end && !ends_on_line_feed_;
       if (got > 0 || end) NoteRemoved(end);
@@ -119,7 +132,6 @@ ViStatus MessageReader::ReadBinary(std::span<std::byte> out, std::size_t* count)
     std::memcpy(out.data() + *count, buffer_.data() + head_, take);
     head_ += take;
     *count += take;
-    deadline = DeadlineAfter(timeout_ms_);
     const bool end = !ends_on_line_feed_ && chunk_ended_ && head_ == tail_;
     NoteRemoved(end);
     if (end) {
@@ -166,6 +178,8 @@ ViStatus MessageReader::ReadRaw(std::span<std::byte> out, std::size_t* count, bo
 }
 
 ViStatus MessageReader::DiscardResponse() {
+  deadline_ = DeadlineAfter(timeout_ms_);
+  operation_read_ = false;
   std::uint64_t discarded = 0;
   ViStatus status = VI_SUCCESS;
   // The rest of a block the caller could not hold: LF inside it is data, so skip it by length.
@@ -212,6 +226,15 @@ ViStatus MessageReader::DiscardResponse() {
   scan_hit_end_ = false;
   if (status == VI_ERROR_TMO && nothing_came) return VI_SUCCESS;
   return status < VI_SUCCESS ? status : VI_SUCCESS;
+}
+
+void MessageReader::Reset() {
+  head_ = tail_ = 0;
+  chunk_ended_ = false;
+  scan_hit_end_ = false;
+  at_boundary_ = true;
+  awaiting_late_response_ = false;
+  deferred_block_bytes_ = 0;
 }
 
 void MessageReader::DropBuffered() {

@@ -25,8 +25,9 @@ class MessageReader {
   // Each blocking transport read may take this long (VI_ATTR_TMO_VALUE).
   void set_timeout(ViUInt32 timeout_ms) { timeout_ms_ = timeout_ms; }
 
-  // Starts one formatted read: the scan may run up to the next END.
-  void BeginScan() { scan_hit_end_ = false; }
+  // Starts one formatted or raw read: the scan may run up to the next END, and the whole
+  // operation ends at one time-out from now, however long the instrument keeps talking.
+  void BeginScan();
 
   // The next byte of the current message, waiting for it when none is buffered. *byte is -1
   // when the scan has already consumed the message's END (nothing is read then).
@@ -52,12 +53,16 @@ class MessageReader {
   ViStatus ReadRaw(std::span<std::byte> out, std::size_t* count, bool* ended);
 
   // Discards the buffer and, when the current response's END has not arrived yet (or a read
-  // timed out while waiting for one), reads and discards until it does. When nothing at all
-  // arrives after a time-out the response is taken never to come, which is not an error.
+  // timed out while waiting for one), reads and discards until it does, for at most one
+  // time-out. When nothing at all arrives after a time-out the response is taken never to
+  // come, which is not an error; an instrument still talking at the time-out is.
   ViStatus DiscardResponse();
 
   // Drops what is buffered without any I/O.
   void DropBuffered();
+
+  // Forgets everything, as after a device clear: nothing of any response can follow.
+  void Reset();
 
   // True when bytes of a response are buffered or still in flight.
   bool HasUnreadResponse() const;
@@ -76,6 +81,9 @@ class MessageReader {
   std::size_t tail_ = 0;
   bool chunk_ended_ = false;  // the byte at tail_ - 1 carried END
   ViUInt32 timeout_ms_ = 2000;
+  // Where the current read or discard operation gives up.
+  Deadline deadline_ = Deadline::max();
+  bool operation_read_ = false;  // the current operation has read from the transport
 
   bool scan_hit_end_ = false;
   // The last byte removed from the stream (consumed or discarded) carried END, i.e. no

@@ -97,6 +97,20 @@ ViStatus Session::Flush(ViUInt16 mask) {
   return result;
 }
 
+ViStatus Session::Clear() {
+  std::lock_guard lock(mutex_);
+  pending_output_.clear();
+  message_open_ = false;
+  const ViStatus status = transport_->Clear(DeadlineAfter(timeout_ms_));
+  reader_.Reset();
+  return status;
+}
+
+ViStatus Session::ReadStatusByte(ViUInt16* status_byte) {
+  std::lock_guard lock(mutex_);
+  return transport_->ReadStatusByte(DeadlineAfter(timeout_ms_), status_byte);
+}
+
 ViStatus Session::Printf(std::string_view format, VaArgs* args) {
   std::lock_guard lock(mutex_);
   WriteBuffer output(this);

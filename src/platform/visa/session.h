@@ -35,6 +35,9 @@ class Session {
   ViStatus Flush(ViUInt16 mask);
   ViStatus Printf(std::string_view format, VaArgs* args);
   ViStatus Scanf(std::string_view format, VaArgs* args);
+  // Device clear; whatever the session buffered in either direction goes too.
+  ViStatus Clear();
+  ViStatus ReadStatusByte(ViUInt16* status_byte);
 
  private:
   class WriteBuffer;

@@ -46,6 +46,12 @@ class Transport {
   // Device clear (VXI-11 device_clear, HiSLIP device clear, USB-TMC INITIATE_CLEAR); a raw
   // socket has none and only discards what it has buffered.
   virtual ViStatus Clear(Deadline deadline) = 0;
+
+  // The instrument's status byte (VXI-11 device_readstb, HiSLIP AsyncStatusQuery, USB488
+  // READ_STATUS_BYTE); a raw socket has none.
+  virtual ViStatus ReadStatusByte(Deadline /*deadline*/, ViUInt16* /*status_byte*/) {
+    return VI_ERROR_NSUP_OPER;
+  }
 };
 
 }  // namespace quarvelo::visa

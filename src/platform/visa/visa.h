@@ -10,6 +10,7 @@
 using ViUInt32 = std::uint32_t;
 using ViInt32 = std::int32_t;
 using ViUInt16 = std::uint16_t;
+using ViPUInt16 = ViUInt16*;
 using ViInt16 = std::int16_t;
 using ViUInt8 = std::uint8_t;
 using ViUInt64 = std::uint64_t;
@@ -112,5 +113,8 @@ ViStatus viVPrintf(ViSession vi, ViConstString write_fmt, ViVAList params);
 ViStatus viPrintf(ViSession vi, ViConstString write_fmt, ...);
 ViStatus viVScanf(ViSession vi, ViConstString read_fmt, ViVAList params);
 ViStatus viScanf(ViSession vi, ViConstString read_fmt, ...);
+// Device clear: the instrument drops its input and output; the session drops its buffers.
+ViStatus viClear(ViSession vi);
+ViStatus viReadSTB(ViSession vi, ViPUInt16 status);
 
 #endif  // QUARVELO_PLATFORM_VISA_VISA_H_

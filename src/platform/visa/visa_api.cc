@@ -157,3 +157,14 @@ ViStatus viScanf(ViSession vi, ViConstString read_fmt, ...) {
   va_end(params);
   return status;
 }
+
+ViStatus viClear(ViSession vi) {
+  return WithInstrument(vi, [&](Session& session) { return session.Clear(); });
+}
+
+ViStatus viReadSTB(ViSession vi, ViPUInt16 status) {
+  return WithInstrument(vi, [&](Session& session) {
+    if (status == nullptr) return VI_ERROR_USER_BUF;
+    return session.ReadStatusByte(status);
+  });
+}

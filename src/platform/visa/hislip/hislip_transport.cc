@@ -11,6 +11,8 @@ namespace {
 constexpr std::size_t kChannelBuffer = 64 * 1024;
 // Handshake replies carry tiny payloads; anything bigger is not a HiSLIP server.
 constexpr std::uint64_t kMaxControlPayload = 4096;
+// Feature bits we ask for in DeviceClearComplete: synchronised mode (overlap bit clear).
+constexpr std::uint8_t kRequestedFeatures = 0;
 
 using hislip::Header;
 using hislip::MessageType;
@@ -106,9 +108,16 @@ ViStatus HislipChannel::ReceiveSome(std::span<std::byte> buffer, Deadline deadli
   return VI_SUCCESS;
 }
 
+bool HislipChannel::HasBufferedOrReadable() {
+  if (begin_ != end_) return true;
+  return !broken_ && Fill(Clock::now()) == VI_SUCCESS && begin_ != end_;
+}
+
 ViStatus HislipChannel::Discard(std::uint64_t* left, Deadline deadline) {
   while (*left > 0) {
     if (begin_ == end_) {
+      // A server that keeps sending must not hold the discard past its deadline.
+      if (deadline != Deadline::max() && Clock::now() >= deadline) return VI_ERROR_TMO;
       const ViStatus status = Fill(deadline);
       if (status != VI_SUCCESS) return status;
     }
@@ -141,6 +150,7 @@ ViStatus HislipTransport::Open(const std::string& host, const std::string& sub_a
     return VI_ERROR_RSRC_NFOUND;
   }
   const std::uint16_t session_id = hislip::SessionIdOf(header.parameter);
+  const bool starts_overlapped = (header.control & hislip::kOverlapMode) != 0;
 
   if (TcpConnection::Connect(host, port, deadline, &stream) != VI_SUCCESS) {
     return VI_ERROR_RSRC_NFOUND;
@@ -163,22 +173,47 @@ ViStatus HislipTransport::Open(const std::string& host, const std::string& sub_a
   std::uint64_t server_max = hislip::DecodeUint64(std::span(payload).first<8>());
   // A server that names no limit (or an absurdly small one) still takes some bytes per message.
   if (server_max == 0) server_max = UINT64_MAX;
-  out->reset(new HislipTransport(std::move(sync), std::move(async), session_id, server_max));
+  std::unique_ptr<HislipTransport> transport(
+      new HislipTransport(std::move(sync), std::move(async), session_id, server_max));
+  transport->overlapped_ = starts_overlapped;
+  // We prefer synchronised mode, where a late answer is told apart by its message id; a
+  // server that starts overlapped is asked to switch with a device clear. It may refuse, and
+  // then the session runs overlapped.
+  if (starts_overlapped && transport->Clear(deadline) != VI_SUCCESS) return VI_ERROR_RSRC_NFOUND;
+  *out = std::move(transport);
   return VI_SUCCESS;
+}
+
+void HislipTransport::SkipAsyncNotices() {
+  // AsyncInterrupted and AsyncServiceRequest may come at any time; nothing here waits for
+  // them, so they are read off as they come rather than left to pile up.
+  Header header;
+  std::vector<std::byte> payload;
+  // Once a notice has begun to arrive, the rest of it follows at once.
+  while (async_->HasBufferedOrReadable() &&
+         ReceiveControl(*async_, Clock::now() + std::chrono::milliseconds(200), &header,
+                        &payload) == VI_SUCCESS) {
+  }
 }
 
 ViStatus HislipTransport::Write(std::span<const std::byte> data, bool end, Deadline deadline) {
   if (write_timed_out_) {
-    // The instrument may hold the start of the timed-out message: clear it rather than let
-    // this message be appended to it.
+    // The instrument may hold the start of the timed-out message (or, overlapped, may still
+    // answer a query that timed out): clear it rather than let this message meet it.
     const ViStatus status = Clear(deadline);
     if (status != VI_SUCCESS) return status;
     write_timed_out_ = false;
   }
+  SkipAsyncNotices();
+  // The maximum message size counts the 16-byte header.
+  const std::uint64_t max_payload = std::max<std::uint64_t>(
+      server_max_message_size_ -
+          std::min<std::uint64_t>(server_max_message_size_, hislip::kHeaderSize),
+      1);
   std::size_t offset = 0;
   for (;;) {
-    const std::size_t length = static_cast<std::size_t>(
-        std::min<std::uint64_t>(server_max_message_size_, data.size() - offset));
+    const std::size_t length =
+        static_cast<std::size_t>(std::min<std::uint64_t>(max_payload, data.size() - offset));
     const bool last = offset + length == data.size();
     if (length == 0 && !end) return VI_SUCCESS;
     const bool ends = last && end;
@@ -195,7 +230,8 @@ ViStatus HislipTransport::Write(std::span<const std::byte> data, bool end, Deadl
       return status;
     }
     response_read_ = false;
-    if (ends) awaited_id_ = used_id;
+    // A response answers the most recent Data, DataEnd or Trigger.
+    awaited_id_ = used_id;
     offset += length;
     if (last) return VI_SUCCESS;
   }
@@ -203,6 +239,15 @@ ViStatus HislipTransport::Write(std::span<const std::byte> data, bool end, Deadl
 
 ViStatus HislipTransport::Read(std::span<std::byte> buffer, Deadline deadline, ReadResult* result) {
   *result = ReadResult{};
+  const ViStatus status = ReadMessage(buffer, deadline, result);
+  // Overlapped, a late answer could not be told from the next one: clear before the next
+  // message instead.
+  if (status == VI_ERROR_TMO && overlapped_) write_timed_out_ = true;
+  return status;
+}
+
+ViStatus HislipTransport::ReadMessage(std::span<std::byte> buffer, Deadline deadline,
+                                      ReadResult* result) {
   for (;;) {
     if (!in_message_) {
       Header header;
@@ -214,8 +259,9 @@ ViStatus HislipTransport::Read(std::span<std::byte> buffer, Deadline deadline, R
         case MessageType::kDataEnd:
           in_message_ = true;
           message_is_end_ = header.type == MessageType::kDataEnd;
-          message_is_stale_ =
-              header.parameter != awaited_id_ && header.parameter != hislip::kAnyMessageId;
+          // Overlapped, the server numbers its responses itself.
+          message_is_stale_ = !overlapped_ && header.parameter != awaited_id_ &&
+                              header.parameter != hislip::kAnyMessageId;
           break;
         case MessageType::kFatalError:
           // The server closes after a fatal error; nothing more will come on this session.
@@ -235,6 +281,8 @@ ViStatus HislipTransport::Read(std::span<std::byte> buffer, Deadline deadline, R
       const ViStatus status = sync_->Discard(&payload_left_, deadline);
       if (status != VI_SUCCESS) return status;
       in_message_ = false;
+      // Stale messages without end must not hold the read past its deadline.
+      if (deadline != Deadline::max() && Clock::now() >= deadline) return VI_ERROR_TMO;
       continue;
     }
     std::size_t count = 0;
@@ -267,8 +315,9 @@ ViStatus HislipTransport::Clear(Deadline deadline) {
     status = ReceiveControl(*async_, deadline, &header, &payload);
     if (status != VI_SUCCESS) return status;
   } while (header.type != MessageType::kAsyncDeviceClearAcknowledge);
-  const std::uint8_t features = header.control;
-  status = sync_->Send({MessageType::kDeviceClearComplete, features, 0, 0}, {}, deadline);
+  // The acknowledgement carries the server's preferred features; we ask for ours
+  // (synchronised mode) and then use what the server grants.
+  status = sync_->Send({MessageType::kDeviceClearComplete, kRequestedFeatures, 0, 0}, {}, deadline);
   if (status != VI_SUCCESS) return status;
   // Everything before the acknowledgement belongs to the cleared exchange.
   for (;;) {
@@ -285,12 +334,14 @@ ViStatus HislipTransport::Clear(Deadline deadline) {
       status = sync_->Discard(&payload_left_, deadline);
       if (status != VI_SUCCESS) return status;
       in_message_ = false;
+      overlapped_ = (header.control & hislip::kOverlapMode) != 0;
       break;
     }
   }
   message_id_ = hislip::kFirstMessageId;
   awaited_id_ = hislip::kFirstMessageId - 2;
   response_read_ = false;
+  write_timed_out_ = false;
   return VI_SUCCESS;
 }
 

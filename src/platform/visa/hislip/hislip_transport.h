@@ -32,6 +32,8 @@ class HislipChannel {
   // Reads and drops `*left` bytes, counting down as it goes (so a time-out can resume).
   ViStatus Discard(std::uint64_t* left, Deadline deadline);
   bool broken() const { return broken_; }
+  // True when a header could be read without waiting.
+  bool HasBufferedOrReadable();
 
  private:
   ViStatus Fill(Deadline deadline);
@@ -63,6 +65,8 @@ class HislipTransport final : public Transport {
   std::uint16_t session_id() const { return session_id_; }
   // The id the next Data/DataEnd will carry.
   std::uint32_t next_message_id() const { return message_id_; }
+  // Overlapped mode: the server numbers its responses itself.
+  bool overlapped() const { return overlapped_; }
 
  private:
   HislipTransport(std::unique_ptr<HislipChannel> sync, std::unique_ptr<HislipChannel> async,
@@ -72,6 +76,9 @@ class HislipTransport final : public Transport {
         session_id_(session_id),
         server_max_message_size_(server_max_message_size) {}
 
+  ViStatus ReadMessage(std::span<std::byte> buffer, Deadline deadline, ReadResult* result);
+  void SkipAsyncNotices();
+
   std::unique_ptr<HislipChannel> sync_;
   std::unique_ptr<HislipChannel> async_;
   std::uint16_t session_id_;
@@ -80,7 +87,8 @@ class HislipTransport final : public Transport {
   // The id of the last DataEnd sent: responses carrying another id are stale.
   std::uint32_t awaited_id_ = hislip::kFirstMessageId - 2;
   bool response_read_ = false;    // a whole response arrived since our last message
-  bool write_timed_out_ = false;  // the instrument may hold part of a message
+  bool write_timed_out_ = false;  // clear before the next message
+  bool overlapped_ = false;
   // The message whose payload is being handed out.
   bool in_message_ = false;
   bool message_is_end_ = false;

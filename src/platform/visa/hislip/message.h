@@ -83,6 +83,10 @@ constexpr std::uint32_t NextMessageId(std::uint32_t id) { return id + 2; }
 // completely ("response message transferred").
 inline constexpr std::uint8_t kRmtDelivered = 0x01;
 
+// Control code bit of InitializeResponse, DeviceClearComplete and DeviceClearAcknowledge:
+// overlapped mode (clear: synchronised).
+inline constexpr std::uint8_t kOverlapMode = 0x01;
+
 inline constexpr std::uint16_t kProtocolVersion = 0x0100;  // 1.0
 // Our two-character vendor id.
 inline constexpr std::uint16_t kVendorId = ('Q' << 8) | 'V';

@@ -53,6 +53,8 @@ ViStatus StatusOf(int error) {
       return VI_ERROR_RSRC_NFOUND;
     case LIBUSB_ERROR_NO_MEM:
       return VI_ERROR_ALLOC;
+    case LIBUSB_ERROR_PIPE:
+      return kUsbStall;
     default:
       return VI_ERROR_IO;
   }
@@ -88,15 +90,31 @@ class LibusbDevice : public UsbDevice {
     return VI_SUCCESS;
   }
 
-  ViStatus BulkIn(std::span<std::byte> buffer, Deadline deadline, std::size_t* count) override {
+  ViStatus BulkIn(std::span<std::byte> buffer, Deadline deadline, std::size_t* count,
+                  bool* ended_short) override {
     int transferred = 0;
     const int length = static_cast<int>(std::min<std::size_t>(buffer.size(), 1 << 30));
     const int error = libusb_bulk_transfer(handle_.get(), interface_.bulk_in_endpoint,
                                            reinterpret_cast<unsigned char*>(buffer.data()), length,
                                            &transferred, TimeoutMs(deadline));
     *count = static_cast<std::size_t>(std::max(transferred, 0));
+    // A transfer that completes with room left in the buffer ended at a short packet.
+    *ended_short = error == LIBUSB_SUCCESS && transferred < length;
     // Data that arrived before a time-out is still data.
     if (error == LIBUSB_ERROR_TIMEOUT && transferred > 0) return VI_SUCCESS;
+    return StatusOf(error);
+  }
+
+  ViStatus InterruptIn(std::span<std::byte> buffer, Deadline deadline,
+                       std::size_t* count) override {
+    *count = 0;
+    if (interface_.interrupt_in_endpoint == 0) return VI_ERROR_NSUP_OPER;
+    int transferred = 0;
+    const int error = libusb_interrupt_transfer(handle_.get(), interface_.interrupt_in_endpoint,
+                                                reinterpret_cast<unsigned char*>(buffer.data()),
+                                                static_cast<int>(buffer.size()), &transferred,
+                                                TimeoutMs(deadline));
+    *count = static_cast<std::size_t>(std::max(transferred, 0));
     return StatusOf(error);
   }
 
@@ -118,6 +136,7 @@ class LibusbDevice : public UsbDevice {
   std::uint8_t interface_number() const override { return interface_.number; }
   std::uint8_t bulk_in_endpoint() const override { return interface_.bulk_in_endpoint; }
   std::uint8_t bulk_out_endpoint() const override { return interface_.bulk_out_endpoint; }
+  bool has_interrupt_in() const override { return interface_.interrupt_in_endpoint != 0; }
   std::size_t bulk_in_packet_size() const override { return interface_.bulk_in_packet_size; }
 
  private:
@@ -144,9 +163,13 @@ std::vector<UsbInterfaceInfo> InterfacesOf(libusb_device* device) {
     info.interface_subclass = setting.bInterfaceSubClass;
     for (int e = 0; e < setting.bNumEndpoints; ++e) {
       const libusb_endpoint_descriptor& endpoint = setting.endpoint[e];
-      if ((endpoint.bmAttributes & LIBUSB_TRANSFER_TYPE_MASK) != LIBUSB_TRANSFER_TYPE_BULK) {
+      const int type = endpoint.bmAttributes & LIBUSB_TRANSFER_TYPE_MASK;
+      if (type == LIBUSB_TRANSFER_TYPE_INTERRUPT &&
+          (endpoint.bEndpointAddress & LIBUSB_ENDPOINT_DIR_MASK) == LIBUSB_ENDPOINT_IN) {
+        info.interrupt_in_endpoint = endpoint.bEndpointAddress;
         continue;
       }
+      if (type != LIBUSB_TRANSFER_TYPE_BULK) continue;
       if ((endpoint.bEndpointAddress & LIBUSB_ENDPOINT_DIR_MASK) == LIBUSB_ENDPOINT_IN) {
         info.bulk_in_endpoint = endpoint.bEndpointAddress;
         info.bulk_in_packet_size = endpoint.wMaxPacketSize;

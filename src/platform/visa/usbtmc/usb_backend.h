@@ -19,22 +19,31 @@
 namespace quarvelo::visa {
 
 // One claimed USB-TMC interface. Transfers return VI_ERROR_TMO at the deadline,
-// VI_ERROR_CONN_LOST when the device is gone, VI_ERROR_IO for other failures (a stall).
+// VI_ERROR_CONN_LOST when the device is gone, kUsbStall when the endpoint is halted (it stays
+// halted until ClearHalt), VI_ERROR_IO for other failures.
+inline constexpr ViStatus kUsbStall = VI_ERROR_INP_PROT_VIOL;
+
 class UsbDevice {
  public:
   virtual ~UsbDevice() = default;
 
   virtual ViStatus BulkOut(std::span<const std::byte> data, Deadline deadline) = 0;
-  // One bulk-in transfer: ends at a short packet or when `buffer` is full.
-  virtual ViStatus BulkIn(std::span<std::byte> buffer, Deadline deadline, std::size_t* count) = 0;
+  // One bulk-in transfer: ends at a short packet (*ended_short, a zero-length one included),
+  // when `buffer` is full, or at the deadline with what came before it.
+  virtual ViStatus BulkIn(std::span<std::byte> buffer, Deadline deadline, std::size_t* count,
+                          bool* ended_short) = 0;
   virtual ViStatus ControlIn(std::uint8_t request_type, std::uint8_t request, std::uint16_t value,
                              std::uint16_t index, std::span<std::byte> data, Deadline deadline,
                              std::size_t* count) = 0;
+  // Interrupt-IN notification (USB488 status byte); VI_ERROR_NSUP_OPER without that endpoint.
+  virtual ViStatus InterruptIn(std::span<std::byte> buffer, Deadline deadline,
+                               std::size_t* count) = 0;
   virtual ViStatus ClearHalt(std::uint8_t endpoint) = 0;
 
   virtual std::uint8_t interface_number() const = 0;
   virtual std::uint8_t bulk_in_endpoint() const = 0;
   virtual std::uint8_t bulk_out_endpoint() const = 0;
+  virtual bool has_interrupt_in() const = 0;
   virtual std::size_t bulk_in_packet_size() const = 0;
 };
 
@@ -45,6 +54,7 @@ struct UsbInterfaceInfo {
   std::uint8_t bulk_in_endpoint = 0;  // 0: none
   std::uint8_t bulk_out_endpoint = 0;
   std::size_t bulk_in_packet_size = 0;
+  std::uint8_t interrupt_in_endpoint = 0;  // 0: none
 };
 
 struct UsbDeviceInfo {

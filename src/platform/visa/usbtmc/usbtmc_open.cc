@@ -13,7 +13,10 @@ ViStatus OpenUsbtmcTransport(const UsbAddress& address, Deadline /*deadline*/,
   std::unique_ptr<UsbDevice> device;
   const ViStatus status = backend.Open(address, &device);
   if (status < VI_SUCCESS) return status;
-  *out = std::make_unique<UsbtmcTransport>(std::move(device));
+  auto transport = std::make_unique<UsbtmcTransport>(std::move(device));
+  const ViStatus started = transport->Start();
+  if (started < VI_SUCCESS) return started;
+  *out = std::move(transport);
   return VI_SUCCESS;
 }
 

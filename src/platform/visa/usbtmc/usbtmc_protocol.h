@@ -24,6 +24,9 @@ inline constexpr std::uint8_t kCheckAbortBulkInStatus = 4;
 inline constexpr std::uint8_t kInitiateClear = 5;
 inline constexpr std::uint8_t kCheckClearStatus = 6;
 inline constexpr std::uint8_t kGetCapabilities = 7;
+// USB488 requests.
+inline constexpr std::uint8_t kReadStatusByte = 128;
+inline constexpr std::uint8_t kRenControl = 160;
 
 // bmRequestType: device-to-host, class, to the interface or to an endpoint.
 inline constexpr std::uint8_t kRequestToInterface = 0xA1;
@@ -33,6 +36,17 @@ inline constexpr std::uint8_t kStatusSuccess = 0x01;
 inline constexpr std::uint8_t kStatusPending = 0x02;
 inline constexpr std::uint8_t kStatusFailed = 0x80;
 inline constexpr std::uint8_t kStatusTransferNotInProgress = 0x81;
+// What the two failure codes mean in answer to INITIATE_ABORT_BULK_IN/OUT: 0x80 there is
+// nothing to abort (no transfer, FIFO empty); 0x81 another transfer is in progress or the FIFO
+// is not empty, so the host should try again a little later.
+inline constexpr std::uint8_t kAbortNothingToAbort = kStatusFailed;
+inline constexpr std::uint8_t kAbortTryLater = kStatusTransferNotInProgress;
+
+// GET_CAPABILITIES reply (24 bytes): USB488 interface capabilities at byte 14; bit 1 says
+// the interface takes REN_CONTROL, GO_TO_LOCAL and LOCAL_LOCKOUT.
+inline constexpr std::size_t kCapabilitiesSize = 24;
+inline constexpr std::size_t kUsb488InterfaceCapabilities = 14;
+inline constexpr std::uint8_t kUsb488AcceptsRenControl = 0x02;
 
 using Header = std::array<std::byte, kHeaderSize>;
 

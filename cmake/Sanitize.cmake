@@ -1,6 +1,6 @@
 # QUARVELO_SANITIZE=ON builds everything (program, simulator, tests) with AddressSanitizer and
 # UndefinedBehaviorSanitizer. Any undefined behaviour aborts, so a report cannot scroll past in
-# a passing test; leaks are checked at exit (see scripts/sanitizer/lsan.supp for the third-party
+# a passing test; leaks are checked at exit (see scripts/lsan.supp for the third-party
 # leaks that are suppressed).
 option(QUARVELO_SANITIZE "Build with AddressSanitizer and UndefinedBehaviorSanitizer" OFF)
 

@@ -2,6 +2,8 @@
 
 #include <cstdlib>
 
+#include "sim/model/signal_presets.h"
+
 namespace quarvelo::sim {
 namespace {
 
@@ -18,7 +20,8 @@ bool ParsePort(const std::string& text, int* port) {
 const char* Usage() {
   return "usage: quarvelo-scope-sim [--bind ADDR] [--socket-port N] [--vxi11-port N]\n"
          "         [--portmapper-port N] [--hislip-port N] [--model 2000X|3000X]\n"
-         "         [--channels 2|4] [--options wgen,dvm|none] [--log FILE]\n"
+         "         [--channels 2|4] [--options wgen,dvm|none] [--signals probes|flat]\n"
+         "         [--log FILE]\n"
          "A port of 0 takes a free one, -1 leaves that transport off. The first line printed\n"
          "lists the ports bound. --log - logs the traffic on standard output.\n";
 }
@@ -62,6 +65,9 @@ CommandLine ParseCommandLine(const std::vector<std::string>& arguments) {
       options.has_wgen = value.find("wgen") != std::string::npos;
       options.has_dvm = value.find("dvm") != std::string::npos;
       ok = value == "none" || options.has_wgen || options.has_dvm;
+    } else if (name == "--signals") {
+      ok = SignalPresetNamed(value).has_value();
+      options.signal_preset = value;
     } else if (name == "--log") {
       options.log_file = value;
     } else {

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "sim/model/instrument.h"
+#include "sim/model/signal_presets.h"
 #include "sim/server/portmapper_server.h"
 #include "sim/server/socket_server.h"
 #include "sim/server/vxi11_server.h"
@@ -22,6 +23,7 @@ InstrumentConfig ConfigFrom(const SimulatorOptions& options) {
   config.channels = options.channels == 2 ? 2 : 4;
   config.has_wgen = options.has_wgen;
   config.has_dvm = options.has_dvm;
+  config.signal_preset = SignalPresetNamed(options.signal_preset).value_or(SignalPreset::kProbes);
   return config;
 }
 
@@ -116,9 +118,14 @@ class SimulatorImpl : public Simulator {
 }  // namespace
 
 std::unique_ptr<Simulator> Simulator::Start(const SimulatorOptions& options, std::string* error) {
-  auto simulator = std::make_unique<SimulatorImpl>(options);
   std::string ignored;
-  if (!simulator->StartServers(error != nullptr ? error : &ignored)) return nullptr;
+  std::string& message = error != nullptr ? *error : ignored;
+  if (!SignalPresetNamed(options.signal_preset)) {
+    message = "unknown signal preset " + options.signal_preset;
+    return nullptr;
+  }
+  auto simulator = std::make_unique<SimulatorImpl>(options);
+  if (!simulator->StartServers(&message)) return nullptr;
   return simulator;
 }
 

@@ -16,6 +16,9 @@ struct SimulatorOptions {
   int channels = 4;             // 2 or 4
   bool has_wgen = true;
   bool has_dvm = true;
+  // The inputs' signals at start-up: "probes" (a scope with its probes connected) or "flat"
+  // (nothing at all, not even noise, for tests that need silence).
+  std::string signal_preset = "probes";
   std::string bind_address = "127.0.0.1";
   // 0 picks an ephemeral port; -1 leaves that transport off.
   int socket_port = 0;

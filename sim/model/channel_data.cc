@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdlib>
 
+#include "sim/model/signal_presets.h"
 #include "sim/signal/noise_source.h"
 #include "sim/signal/trigger.h"
 
@@ -197,6 +198,12 @@ std::vector<double> ChannelVolts(const InstrumentState& state, int channel, doub
   }
   input.Sample(t0 + TriggerInstant(state), dt, count, state.acquisition_number * 8 + channel,
                volts.data());
+  if (state.front_end_noise) {
+    double rms = FrontEndNoiseRms(state.settings.Number(ChannelKey("SCALe"), channel),
+                                  state.settings.Number(ChannelKey("PROBe"), channel));
+    NoiseSource noise(state.acquisition_number * 8 + channel + 4);
+    for (double& value : volts) value += rms * noise.Normal();
+  }
   if (state.settings.Flag(ChannelKey("BWLimit"), channel)) {
     double alpha = 1.0 - std::exp(-kTwoPi * kBandwidthLimitHz * dt);
     double filtered = volts[0];

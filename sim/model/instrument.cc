@@ -2,6 +2,7 @@
 
 #include "sim/model/run_control.h"
 #include "sim/model/setting_rules.h"
+#include "sim/model/signal_presets.h"
 
 namespace quarvelo::sim {
 namespace {
@@ -16,23 +17,6 @@ bool OptionPresent(Option option, const InstrumentConfig& config) {
       return config.has_dvm;
   }
   return false;
-}
-
-// The signals a new instrument sees: the generator on channel 1 and plain signals on the
-// others, so that a first look shows something.
-void ConnectDefaultSignals(InstrumentState& state) {
-  const InstrumentConfig& config = state.config;
-  for (int channel = 1; channel <= 4; ++channel) state.sources[channel] = ChannelSource{};
-  if (config.has_wgen) {
-    state.sources[1].generator = 1;
-  } else {
-    state.sources[1].signal.components.push_back({Shape::kSine, 1000, 1.0, 0, 50});
-  }
-  state.sources[2].signal.components.push_back({Shape::kSine, 10e3, 2.0, 0, 50});
-  state.sources[2].signal.noise_rms = 5e-3;
-  state.sources[3].signal.components.push_back({Shape::kSquare, 5e3, 1.0, 0.5, 50});
-  state.sources[4].signal.components.push_back({Shape::kSine, 2e3, 1.0, 0, 50});
-  state.sources[4].signal.components.push_back({Shape::kSine, 50e3, 0.2, 0, 50});
 }
 
 // The event status bit an error number sets.
@@ -62,7 +46,7 @@ Instrument::Instrument(const InstrumentConfig& config) : state_(config) {
   AddSimulateCommands(commands_);
   AddRangeCommands(commands_);
   Preset(state_);
-  ConnectDefaultSignals(state_);
+  ConnectSignalPreset(state_, config.signal_preset);
 }
 
 void Instrument::QueueError(int number) {

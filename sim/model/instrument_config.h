@@ -8,11 +8,15 @@
 
 namespace quarvelo::sim {
 
+// The signals on the inputs at start-up: those of a scope with its probes connected, or none.
+enum class SignalPreset { kProbes, kFlat };
+
 struct InstrumentConfig {
   bool is_3000x = true;
   int channels = 4;
   bool has_wgen = true;
   bool has_dvm = true;
+  SignalPreset signal_preset = SignalPreset::kProbes;
 
   SuffixLimits suffix_limits() const {
     SuffixLimits limits;

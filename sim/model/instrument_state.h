@@ -56,6 +56,7 @@ struct InstrumentState {
   std::uint64_t acquisition_number = 1;  // seeds the noise of the current acquisition
 
   std::array<ChannelSource, 5> sources{};  // index 1..4
+  bool front_end_noise = false;            // the channels add the front end's noise floor
   long requested_points = 1000;            // :WAVeform:POINts
   std::string persistence = "MIN";         // :DISPlay:PERSistence reply
   std::string measure_source1 = "CHAN1";

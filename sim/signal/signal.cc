@@ -11,12 +11,27 @@ namespace {
 
 constexpr double kTwoPi = 6.283185307179586;
 
-// The shape in -1..1 at phase fraction x (0 <= x < 1).
-double ShapeAt(Shape shape, double x, double parameter, double frequency) {
+// A two-level wave high from 0 to `high` (fractions of a period) with straight edges `width`
+// wide centred on 0 and on `high`.
+double Trapezoid(double x, double high, double width) {
+  double half = width / 2;
+  if (x < half) return -1.0 + 2.0 * (x + half) / width;
+  if (x < high - half) return 1.0;
+  if (x < high + half) return 1.0 - 2.0 * (x - (high - half)) / width;
+  if (x > 1.0 - half) return -1.0 + 2.0 * (x - (1.0 - half)) / width;
+  return -1.0;
+}
+
+// The shape in -1..1 at phase fraction x (0 <= x < 1); `edge` is the 10-90 % transition time
+// of squares and pulses.
+double ShapeAt(Shape shape, double x, double parameter, double frequency, double edge = 0) {
+  // A straight edge rises 10-90 % in 0.8 of its whole width.
+  double edge_width = std::min(edge / 0.8 * frequency, 0.25);
   switch (shape) {
     case Shape::kSine:
       return std::sin(kTwoPi * x);
     case Shape::kSquare:
+      if (edge_width > 0) return Trapezoid(x, parameter / 100.0, edge_width);
       return x < parameter / 100.0 ? 1.0 : -1.0;
     case Shape::kRamp: {
       double rise = std::clamp(parameter / 100.0, 0.0, 1.0);
@@ -24,6 +39,7 @@ double ShapeAt(Shape shape, double x, double parameter, double frequency) {
       return 1.0 - 2.0 * (x - rise) / (1.0 - rise);
     }
     case Shape::kPulse:
+      if (edge_width > 0) return Trapezoid(x, parameter * frequency, edge_width);
       return x < parameter * frequency ? 1.0 : -1.0;
     case Shape::kSinc: {
       double k = (x - 0.5) * 20.0;
@@ -121,8 +137,8 @@ double Signal::ValueAt(double t) const {
     if (!Periodic(component)) continue;
     bool modulated = i == 0 && modulation.type != Modulation::Type::kNone;
     double cycles = modulated ? CarrierCycles(component, modulation, t) : component.frequency * t;
-    double shape =
-        ShapeAt(component.shape, Fraction(cycles), component.parameter, component.frequency);
+    double shape = ShapeAt(component.shape, Fraction(cycles), component.parameter,
+                           component.frequency, component.edge);
     double amplitude = component.amplitude / 2.0;
     if (modulated && modulation.type == Modulation::Type::kAm) {
       amplitude *= 1.0 + modulation.depth / 100.0 * ModulatingAt(modulation, t);
@@ -186,7 +202,7 @@ void Signal::Sample(double t0, double dt, size_t count, std::uint64_t seed, doub
                      (1.0 + modulation.depth / 100.0);
       }
       out[i] += amplitude * ShapeAt(component.shape, Fraction(cycles), component.parameter,
-                                    component.frequency);
+                                    component.frequency, component.edge);
     }
   }
   double rms = noise_rms;

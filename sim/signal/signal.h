@@ -29,6 +29,7 @@ struct Component {
   double amplitude = 1;     // volts peak-to-peak (noise: RMS)
   double offset = 0;        // volts
   double parameter = 50;    // see Shape
+  double edge = 0;          // squares and pulses: 10-90 % transition time, seconds (0: ideal)
 };
 
 struct Modulation {

@@ -11,8 +11,10 @@ std::optional<double> FindTriggerInstant(const std::function<double(double)>& va
   for (int i = 1; i <= kSteps; ++i) {
     double t = i * step;
     double current = value(t);
-    bool rising = previous < level && current >= level;
-    bool falling = previous > level && current <= level;
+    // A signal that rests on the level and leaves it crosses it too (a square wave whose
+    // base sits on a 0 V level triggers on its rising edge).
+    bool rising = (previous < level && current >= level) || (previous <= level && current > level);
+    bool falling = (previous > level && current <= level) || (previous >= level && current < level);
     bool wanted = (slope == TriggerSlope::kPositive && rising) ||
                   (slope == TriggerSlope::kNegative && falling) ||
                   (slope == TriggerSlope::kEither && (rising || falling));

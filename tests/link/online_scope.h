@@ -21,6 +21,7 @@ struct ScopeModel {
   int channels = 4;
   bool has_wgen = true;
   bool has_dvm = true;
+  std::string signal_preset = "probes";  // "flat" for tests that need silent inputs
 };
 
 inline std::unique_ptr<sim::Simulator> StartSimulator(const ScopeModel& model) {
@@ -29,6 +30,7 @@ inline std::unique_ptr<sim::Simulator> StartSimulator(const ScopeModel& model) {
   options.channels = model.channels;
   options.has_wgen = model.has_wgen;
   options.has_dvm = model.has_dvm;
+  options.signal_preset = model.signal_preset;
   options.vxi11_port = -1;
   options.portmapper_port = -1;
   options.hislip_port = -1;

@@ -13,6 +13,13 @@
 namespace quarvelo::sim {
 namespace {
 
+// These tests compare samples with the noiseless signal: the inputs start silent.
+InstrumentConfig Silent() {
+  InstrumentConfig config;
+  config.signal_preset = SignalPreset::kFlat;
+  return config;
+}
+
 struct Preamble {
   double format, type, points, count, x_increment, x_origin, x_reference, y_increment, y_origin,
       y_reference;
@@ -89,7 +96,7 @@ class WaveformTest : public testing::Test {
     instrument_.Execute(":WAVeform:SOURce CHANnel1;:WAVeform:FORMat BYTE");
     instrument_.Execute(":STOP;:WAVeform:POINts:MODE RAW;:WAVeform:POINts 10000");
   }
-  Instrument instrument_{InstrumentConfig{}};
+  Instrument instrument_{Silent()};
 };
 
 TEST_F(WaveformTest, VoltsFromCodesAndPreambleReproduceTheSignalWithinOneCode) {
@@ -262,7 +269,7 @@ namespace quarvelo::sim {
 namespace {
 
 TEST(ChannelPathTest, BandwidthLimitAttenuatesFastSignals) {
-  Instrument instrument{InstrumentConfig{}};
+  Instrument instrument{Silent()};
   instrument.Execute(":SIMulate:CHANnel1:SIGNal SIN,100MHz,1;:TIMebase:SCALe 5ns;:STOP");
   double open = std::stod(instrument.Execute(":MEASure:VPP? CHAN1"));
   instrument.Execute(":CHANnel1:BWLimit 1");
@@ -275,7 +282,7 @@ TEST(ChannelPathTest, BandwidthLimitAttenuatesFastSignals) {
 }
 
 TEST(ChannelPathTest, NoiseHasTheRequestedRms) {
-  Instrument instrument{InstrumentConfig{}};
+  Instrument instrument{Silent()};
   instrument.Execute(":SIMulate:CHANnel1:SIGNal NOISe,0.1;:CHANnel1:SCALe 0.2;:STOP");
   instrument.Execute(":MEASure:SOURce CHAN1");
   EXPECT_NEAR(std::stod(instrument.Execute(":MEASure:VRMS? DISP,AC")), 0.1, 0.005);
@@ -283,8 +290,9 @@ TEST(ChannelPathTest, NoiseHasTheRequestedRms) {
 }
 
 TEST(ChannelPathTest, AmplitudeModulationShapesTheEnvelope) {
-  Instrument instrument{InstrumentConfig{}};
+  Instrument instrument{Silent()};
   instrument.Execute(
+      ":SIMulate:CHANnel1:SIGNal WGEN1;"
       ":WGEN1:FREQuency 100kHz;:WGEN1:VOLTage 2;:WGEN1:OUTPut 1;"
       ":WGEN1:MODulation:TYPE AM;:WGEN1:MODulation:AM:FREQuency 1kHz;"
       ":WGEN1:MODulation:AM:DEPTh 50;:WGEN1:MODulation:STATe 1");

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <exception>
 #include <string>
 
@@ -47,7 +48,15 @@ bool ScreenView::ReferenceZoomed() const {
 
 void ScreenView::Changed() { host_.SurfaceChanged(); }
 
-void ScreenView::SaveCursorFreePicture() { pic_temp_ = surface_.copy(); }
+void ScreenView::SaveCursorFreePicture() {
+  // Into the same memory each time: a fresh copy of the surface costs page faults.
+  if (pic_temp_.size() != surface_.size() || pic_temp_.format() != surface_.format() ||
+      pic_temp_.bytesPerLine() != surface_.bytesPerLine()) {
+    pic_temp_ = surface_.copy();
+    return;
+  }
+  std::memcpy(pic_temp_.bits(), surface_.constBits(), surface_.sizeInBytes());
+}
 
 void ScreenView::ClearSurface() {
   surface_.fill(Qt::black);
@@ -353,55 +362,36 @@ void ScreenView::DrawSamples(int channel, std::int32_t first, std::int32_t last,
   const double y_base = (full_range / 2 + settings.Offset) * y_scale + top;
   const double t0 = time[first];
 
+  // The overview strip's points go to scratch tables; the trace's to the point tables, which
+  // only grow, so that a record as long as the last one reuses them.
   ScreenLayout& layout = records_.layout;
-  std::int32_t* point_x = nullptr;
-  std::int32_t* point_y = nullptr;
+  std::vector<std::int32_t>& xs = store_points ? layout.PointX[channel] : scratch_x_;
+  std::vector<std::int32_t>& ys = store_points ? layout.PointY[channel] : scratch_y_;
+  const auto size = static_cast<std::size_t>(last) + 1;
+  if (xs.size() < size) xs.resize(size);
+  if (ys.size() < size) ys.resize(size);
+  std::int32_t* const point_x = xs.data();
+  std::int32_t* const point_y = ys.data();
+  const double* const t = time.data();
+  const double* const v = volts.data();
+  for (std::int32_t i = first; i <= last; ++i) {
+    point_x[i] = RoundToInt((t[i] - t0) * x_scale + left);
+    point_y[i] = RoundToInt(std::min(std::max(y_base - v[i] * y_scale, top), bottom));
+  }
   if (store_points) {
-    // The tables only grow: a record as long as the last one reuses them.
-    auto& xs = layout.PointX[channel];
-    auto& ys = layout.PointY[channel];
-    if (xs.size() < static_cast<std::size_t>(last) + 1)
-      xs.resize(static_cast<std::size_t>(last) + 1);
-    if (ys.size() < static_cast<std::size_t>(last) + 1)
-      ys.resize(static_cast<std::size_t>(last) + 1);
-    point_x = xs.data();
-    point_y = ys.data();
     layout.PointsFirst[channel] = first;
     layout.PointsLast[channel] = last;
+    layout.TraceFirstX = left;
+    layout.TraceLastX = (t[last] - t0) * x_scale + left;
   }
 
   TraceRaster raster(surface_, ChannelColour(channel).rgb());
   // Every segment is drawn as it comes while the record is short against the pane.
   const bool every_segment =
       every_segment_ || (last - first) <= 2 * (ToPixel(right) - ToPixel(left));
-  SegmentPainter segments(raster, every_segment);
-  double x = left;
-  int px = 0;
-  int py = 0;
-  bool previous_drawn = false;
-  for (std::int32_t i = first; i <= last; ++i) {
-    const double next_x = (time[i] - t0) * x_scale + left;
-    const double next_y = std::clamp(y_base - volts[i] * y_scale, top, bottom);
-    const int next_px = ToPixel(next_x);
-    const int next_py = ToPixel(next_y);
-    if (store_points) {
-      point_x[i] = static_cast<std::int32_t>(std::lrint(next_x));
-      point_y[i] = static_cast<std::int32_t>(std::lrint(next_y));
-    }
-    if (i > first) {
-      // The segment from i - 1 is drawn when its start lies on the graticule.
-      const bool drawn = x >= left && x <= right;
-      if (drawn) segments.Segment(px, py, next_px, next_py, previous_drawn);
-      previous_drawn = drawn;
-    }
-    x = next_x;
-    px = next_px;
-    py = next_py;
-  }
-  if (store_points) {
-    layout.TraceFirstX = (time[first] - t0) * x_scale + left;
-    layout.TraceLastX = x;
-  }
+  // A segment is drawn when its start lies on the graticule.
+  DrawPolyline(raster, point_x, point_y, first, last, RoundToInt(left), RoundToInt(right),
+               every_segment);
 }
 
 void ScreenView::DrawTraceReadouts(SurfacePainter& painter, int channel, double ratio,

@@ -157,7 +157,9 @@ class ScreenView {
   std::string last_readout_;
   std::string time_readout_;
   bool every_segment_ = false;
-  double panel_bottom_ = 0;  // lowest edge of the side panel's boxes
+  double panel_bottom_ = 0;
+  std::vector<std::int32_t> scratch_x_;  // the overview strip's points
+  std::vector<std::int32_t> scratch_y_;  // lowest edge of the side panel's boxes
 };
 
 }  // namespace quarvelo::display

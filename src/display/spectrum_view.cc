@@ -1,6 +1,7 @@
 // The spectrum pane, the mouse cursors, markers, peak search and zoom of both views.
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <string>
 
 #include "display/colours.h"
@@ -104,22 +105,22 @@ void ScreenView::DrawSpectrumTrace() {
   const ScreenLayout& layout = records_.layout;
   const double x_scale = (layout.GridRight - layout.GridLeft) / (last - first);
   const double y_scale = (layout.GridBottom - layout.GridTop) / (s.LevelTop - s.LevelBottom);
+  const auto size = static_cast<std::size_t>(last) + 1;
+  if (scratch_x_.size() < size) scratch_x_.resize(size);
+  if (scratch_y_.size() < size) scratch_y_.resize(size);
+  std::int32_t* const x = scratch_x_.data();
+  std::int32_t* const y = scratch_y_.data();
+  const double* const level = s.SpectrumLevel.data();
+  const double top = layout.GridTop;
+  const double bottom = layout.GridBottom;
+  for (std::int32_t p = first; p <= last; ++p) {
+    x[p] = RoundToInt(layout.GridLeft + (p - first) * x_scale);
+    y[p] = RoundToInt(std::min(std::max(top + (s.LevelTop - level[p]) * y_scale, top), bottom));
+  }
   TraceRaster raster(surface_, kSpectrumColour.rgb());
   const bool every_segment = every_segment_ || (last - first) <= 2 * (ToPixel(layout.GridRight) -
                                                                       ToPixel(layout.GridLeft));
-  SegmentPainter segments(raster, every_segment);
-  const double* level = s.SpectrumLevel.data();
-  int px = ToPixel(layout.GridLeft);
-  int py = ToPixel(std::clamp(layout.GridTop + (s.LevelTop - level[first]) * y_scale,
-                              layout.GridTop, layout.GridBottom));
-  for (std::int32_t p = first + 1; p <= last; ++p) {
-    const int x = ToPixel(layout.GridLeft + (p - first) * x_scale);
-    const int y = ToPixel(std::clamp(layout.GridTop + (s.LevelTop - level[p]) * y_scale,
-                                     layout.GridTop, layout.GridBottom));
-    segments.Segment(px, py, x, y, true);
-    px = x;
-    py = y;
-  }
+  DrawPolyline(raster, x, y, first, last, x[first], x[last], every_segment);
 }
 
 void ScreenView::DrawSpectrumLabels(SurfacePainter& painter, int channel) {
@@ -359,7 +360,11 @@ void ScreenView::EraseCursors() {
       RedrawScreen();
     return;
   }
-  surface_ = pic_temp_.copy();
+  if (surface_.format() == pic_temp_.format() &&
+      surface_.bytesPerLine() == pic_temp_.bytesPerLine())
+    std::memcpy(surface_.bits(), pic_temp_.constBits(), pic_temp_.sizeInBytes());
+  else
+    surface_ = pic_temp_.convertToFormat(surface_.format());
   Changed();
 }
 

@@ -49,4 +49,64 @@ void TraceRaster::Line(int x0, int y0, int x1, int y1) {
   }
 }
 
+void DrawPolyline(TraceRaster& raster, const std::int32_t* x, const std::int32_t* y,
+                  std::int32_t first, std::int32_t last, std::int32_t min_x, std::int32_t max_x,
+                  bool every_segment) {
+  const auto drawn_from = [&](std::int32_t i) { return x[i] >= min_x && x[i] <= max_x; };
+  const auto line = [&](std::int32_t i) {
+    raster.Line(UnitsToPixel(x[i - 1]), UnitsToPixel(y[i - 1]), UnitsToPixel(x[i]),
+                UnitsToPixel(y[i]));
+  };
+  // The run waiting in one column: the chain's lowest and highest y there, in units (the
+  // pixel of a unit only grows with it, so the run's ends are the pixels of these).
+  bool pending = false;
+  int column = 0;
+  std::int32_t low = 0;
+  std::int32_t high = 0;
+  const auto flush = [&] {
+    if (pending) raster.Run(column, UnitsToPixel(low), UnitsToPixel(high));
+    pending = false;
+  };
+  bool previous_drawn = false;
+  std::int32_t i = first + 1;
+  while (i <= last) {
+    const bool drawn = drawn_from(i - 1);
+    if (drawn && every_segment) {
+      line(i);
+    } else if (drawn) {
+      const int px = UnitsToPixel(x[i - 1]);
+      const std::int32_t column_left = px * 15 - 7;
+      const std::int32_t column_right = px * 15 + 7;
+      if (x[i] < column_left || x[i] > column_right) {
+        flush();
+        line(i);
+      } else {
+        if (pending && (!previous_drawn || px != column)) flush();
+        if (!pending) {
+          pending = true;
+          column = px;
+          low = high = y[i - 1];
+        }
+        low = std::min(low, y[i]);
+        high = std::max(high, y[i]);
+        ++i;
+        // Every further segment that starts in this column is drawn when the whole column is
+        // on the drawn range: take them all at once.
+        if (column_left >= min_x && column_right <= max_x) {
+          while (i <= last && x[i] >= column_left && x[i] <= column_right) {
+            low = std::min(low, y[i]);
+            high = std::max(high, y[i]);
+            ++i;
+          }
+        }
+        previous_drawn = true;
+        continue;
+      }
+    }
+    previous_drawn = drawn;
+    ++i;
+  }
+  flush();
+}
+
 }  // namespace quarvelo::display

@@ -10,12 +10,29 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <cstring>
 
 namespace quarvelo::display {
 
-// Pixel of a surface coordinate (units of 1/15 pixel).
-// Halves go to the even pixel, as every rounding in the program does.
-inline int ToPixel(double units) { return static_cast<int>(std::lrint(units / 15.0)); }
+// Nearest integer, halves to even (the processor's default rounding), for |value| < 2^31.
+// Adding 1.5 x 2^52 leaves the rounded integer in the low bits of the sum; unlike
+// `std::lrint`, which is a library call, loops over whole records vectorise with it.
+inline std::int32_t RoundToInt(double value) {
+  const double shifted = value + 6755399441055744.0;
+  std::int64_t bits;
+  std::memcpy(&bits, &shifted, sizeof bits);
+  return static_cast<std::int32_t>(bits);
+}
+
+// Pixel of a rounded surface coordinate (units of 1/15 pixel), rounded to nearest: 15 is odd,
+// so there are no halves.
+inline int UnitsToPixel(std::int32_t units) {
+  const std::int32_t shifted = units + 7;
+  return shifted >= 0 ? shifted / 15 : -((14 - shifted) / 15);
+}
+
+// Pixel of a surface coordinate; the same pixel as its rounded value in the point tables.
+inline int ToPixel(double units) { return UnitsToPixel(RoundToInt(units)); }
 
 class TraceRaster {
  public:
@@ -40,44 +57,13 @@ class TraceRaster {
   QRgb colour_;
 };
 
-// A polyline fed one segment at a time, in sample order.
-class SegmentPainter {
- public:
-  // `every_segment` draws each segment as it comes (the reference the column drawing must
-  // equal); otherwise segments within a column are merged into one run.
-  SegmentPainter(TraceRaster& raster, bool every_segment)
-      : raster_(raster), every_segment_(every_segment) {}
-  ~SegmentPainter() { Flush(); }
-
-  // The segment between two pixels; `joined` says it starts where the previous one ended.
-  void Segment(int x0, int y0, int x1, int y1, bool joined) {
-    if (every_segment_ || x0 != x1) {
-      if (!every_segment_ && x0 != x1) Flush();
-      raster_.Line(x0, y0, x1, y1);
-      return;
-    }
-    if (pending_ && (!joined || x0 != column_)) Flush();
-    if (!pending_) {
-      pending_ = true;
-      column_ = x0;
-      low_ = high_ = y0;
-    }
-    low_ = std::min({low_, y0, y1});
-    high_ = std::max({high_, y0, y1});
-  }
-  void Flush() {
-    if (pending_) raster_.Run(column_, low_, high_);
-    pending_ = false;
-  }
-
- private:
-  TraceRaster& raster_;
-  bool every_segment_;
-  bool pending_ = false;
-  int column_ = 0;
-  int low_ = 0;
-  int high_ = 0;
-};
+// The polyline through points first..last of the tables (surface units, rounded). The segment
+// from point i to i + 1 is drawn when x[i] lies in [min_x, max_x]. `every_segment` draws each
+// segment as a line (the reference the column drawing must equal); otherwise the segments of a
+// chain within one pixel column are merged into one run.
+void DrawPolyline(TraceRaster& raster, const std::int32_t* x, const std::int32_t* y,
+                  std::int32_t first, std::int32_t last, std::int32_t min_x, std::int32_t max_x,
+                  bool every_segment);
 
 }  // namespace quarvelo::display
 

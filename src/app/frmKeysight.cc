@@ -61,6 +61,16 @@ frmKeysight::frmKeysight(settings::SettingsStore& store, StartupPlatform& platfo
       *ui_, *tools_, store_, static_cast<link::LinkHooks&>(*this));
   BuildControl();
   BuildSweep();
+  BuildFiles();
+}
+
+void frmKeysight::BuildFiles() {
+  csv_host_ = std::make_unique<WindowCsvHost>(sweep_state_, spectrum_, *sweep_view_, *sweep_);
+  csv_files_ = std::make_unique<files::CsvFiles>(files::CsvRecords{scope_, records_},
+                                                 *csv_host_, *ui_, *tools_, data_folder_);
+  image_panels_ = std::make_unique<WindowImagePanels>(*pic_screen_, *pic_keysight_);
+  screen_images_ =
+      std::make_unique<files::ScreenImages>(*link_, *ui_, *image_panels_, data_folder_);
 }
 
 void frmKeysight::BuildSweep() {

@@ -22,6 +22,7 @@
 #include "app/sweep_cycle.h"
 #include "app/sweep_state.h"
 #include "app/sweep_window_view.h"
+#include "app/files_adapters.h"
 #include "control/control_commands.h"
 #include "control/tool_dispatcher.h"
 #include "link/instrument_link.h"
@@ -149,6 +150,7 @@ class frmKeysight : public QMainWindow, private MainWindowView, private link::Li
   // The command set and the dispatchers, with the toolbar's and the window's buttons wired.
   void BuildControl();
   void BuildSweep();
+  void BuildFiles();
 
   settings::SettingsStore& store_;
   StartupPlatform& platform_;
@@ -211,6 +213,12 @@ class frmKeysight : public QMainWindow, private MainWindowView, private link::Li
   std::unique_ptr<spectrum::SpectrumAnalyzer> analyzer_;
   std::unique_ptr<LinkSweepCommands> sweep_commands_;
   std::unique_ptr<SweepCycle> sweep_;
+
+  // CSV waveform files and screen images (BuildFiles), after the sweep they use.
+  std::unique_ptr<WindowCsvHost> csv_host_;
+  std::unique_ptr<files::CsvFiles> csv_files_;
+  std::unique_ptr<WindowImagePanels> image_panels_;
+  std::unique_ptr<files::ScreenImages> screen_images_;
 };
 
 }  // namespace quarvelo::app

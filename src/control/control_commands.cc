@@ -64,8 +64,7 @@ std::string_view ToolIdTail(std::string_view tool_id, std::size_t n) {
 }
 
 ControlCommands::ControlCommands(link::InstrumentLink& link, acquisition::ScopeState& scope,
-                                 ui::UiServices& ui, ui::ToolHost& tools,
-                                 DispatchTargets& targets)
+                                 ui::UiServices& ui, ui::ToolHost& tools, DispatchTargets& targets)
     : link_(link), scope_(scope), ui_(ui), tools_(tools), targets_(targets) {}
 
 std::string ControlCommands::Channel(int ch) { return ":CHANnel" + std::to_string(ch); }
@@ -111,8 +110,7 @@ void ControlCommands::SetChannelScale(int ch, std::string_view tool_id) {
 void ControlCommands::SetChannelOffset(int ch, double divisions) {
   if (!ValidChannel(ch) || std::abs(divisions) > kMaximumDivisions) return;
   const double scale = scope_.Channels[static_cast<std::size_t>(ch)].Scale;
-  link_.SendCommand(
-      Concat({Channel(ch), ":OFFSet ", NumberText(scale * divisions * 1000), "mV"}));
+  link_.SendCommand(Concat({Channel(ch), ":OFFSet ", NumberText(scale * divisions * 1000), "mV"}));
   SweepIfRunning();
 }
 
@@ -123,7 +121,8 @@ void ControlCommands::SetChannelInvert(int ch, bool on) {
 }
 
 void ControlCommands::StepChannelScale(int step) {
-  const int index = std::clamp(scope_.TriggerScaleIndex + step, 0, acquisition::kVoltsPerDivSteps - 1);
+  const int index =
+      std::clamp(scope_.TriggerScaleIndex + step, 0, acquisition::kVoltsPerDivSteps - 1);
   scope_.TriggerScaleIndex = static_cast<std::int16_t>(index);
   const double millivolts = scope_.VoltsPerDivTable[static_cast<std::size_t>(index)];
   link_.SendCommand(
@@ -383,9 +382,8 @@ void ControlCommands::WgenCommand(std::string_view argument) {
     targets_.ReadBackWgen();
     targets_.ShowWgenDialog();
   } else if (argument == "RST") {
-    const ui::MessageResult answer =
-        ui_.ShowMessage("RESET WGEN\r\nAre you sure?", ui::MessageIcon::kQuestion,
-                        ui::MessageButtons::kOkCancel);
+    const ui::MessageResult answer = ui_.ShowMessage(
+        "RESET WGEN\r\nAre you sure?", ui::MessageIcon::kQuestion, ui::MessageButtons::kOkCancel);
     if (answer == ui::MessageResult::kOk) link_.SendCommand(scope_.WgenPrefix + ":RST");
   } else if (argument == "1" || argument == "2") {
     scope_.WgenPrefix = Concat({":WGEN", argument});

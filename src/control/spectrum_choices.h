@@ -17,12 +17,12 @@ struct SpectrumChoices {
   // "ID_Bins": the capture asks for 256 * 2^BinsIndex points. Not persisted; the list shows
   // "65536" when the program starts.
   int BinsIndex = 8;
-  int SpectrumUnit = 0;  // "ID_Scale", "FFT" "SCALE": 0 dBV, 1 dBm, 2 V RMS
-  int WindowIndex = 6;   // "ID_Window", "FFT" "Window": 6 = Hanning
-  int AverageCount = 1;  // "ID_AVG": 1, 2, 4, 8 or 16; "FFT" "AVG" keeps its exponent
-  int Algorithm = 2;     // "FFT" "Algo": 1 "FFT A", 2 "FFT", 3 "DFT (VY SLOW !)"; 0 for junk
-  bool AutoAlgorithm = false;     // "FFT" "Auto"
-  double UpperLimitMhz = 200;     // "FFT" "BWL": the upper-limit entry box beside `ssrBW`
+  int SpectrumUnit = 0;        // "ID_Scale", "FFT" "SCALE": 0 dBV, 1 dBm, 2 V RMS
+  int WindowIndex = 6;         // "ID_Window", "FFT" "Window": 6 = Hanning
+  int AverageCount = 1;        // "ID_AVG": 1, 2, 4, 8 or 16; "FFT" "AVG" keeps its exponent
+  int Algorithm = 2;           // "FFT" "Algo": 1 "FFT A", 2 "FFT", 3 "DFT (VY SLOW !)"; 0 for junk
+  bool AutoAlgorithm = false;  // "FFT" "Auto"
+  double UpperLimitMhz = 200;  // "FFT" "BWL": the upper-limit entry box beside `ssrBW`
   bool BandwidthLimitOn = false;  // "FFT" "BW": `ssrBW` is down
   // Tool ID_MDI: the spectrum pane is shown beside the traces. Not persisted; the FFT run
   // switches it off.

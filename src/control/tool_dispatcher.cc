@@ -151,9 +151,8 @@ const D::Row D::kMainRows[] = {
 
 // By the characters after "ID_"; "MEAS" and "MS" cannot both match one ID.
 const D::FamilyRow D::kFamilyRows[] = {
-    {"MS", &D::MeasureFamily},   {"MEAS", &D::MeasureSourceFamily},
-    {"MATH", &D::MathFamily},    {"WGEN", &D::WgenFamily},
-    {"ACQU", &D::AcquireFamily}, {"PERS", &D::PersistenceFamily},
+    {"MS", &D::MeasureFamily}, {"MEAS", &D::MeasureSourceFamily}, {"MATH", &D::MathFamily},
+    {"WGEN", &D::WgenFamily},  {"ACQU", &D::AcquireFamily},       {"PERS", &D::PersistenceFamily},
 };
 
 ToolDispatcher::ToolDispatcher(ControlCommands& commands, link::InstrumentLink& link,
@@ -314,7 +313,9 @@ void D::ClearPeaksTool(std::string_view) { targets_.ClearPeaks(); }
 void D::SaveData(std::string_view) { targets_.SaveCsvFile(); }
 void D::OpenData(std::string_view) { targets_.OpenCsvFile(); }
 
-void D::Coupling(std::string_view id) { commands_.SetChannelCoupling(menu_channel_, id == "ID_DC"); }
+void D::Coupling(std::string_view id) {
+  commands_.SetChannelCoupling(menu_channel_, id == "ID_DC");
+}
 
 void D::BandwidthLimit(std::string_view id) {
   commands_.SetChannelBandwidthLimit(menu_channel_, State(id) ? 1 : 0);

@@ -1,0 +1,477 @@
+// The dispatchers and the command set against the simulated oscilloscope over loopback TCP,
+// with the recording UI (free pauses, scripted message boxes) and a recording implementation
+// of the operations that belong to the layers above (sweep, screen view, files, dialogs).
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "control/combo_items.h"
+#include "control/control_commands.h"
+#include "control/dispatch_targets.h"
+#include "control/spectrum_choices.h"
+#include "control/tool_dispatcher.h"
+#include "display/time_base_ladder.h"
+#include "link/tool_update_guard.h"
+#include "tests/link/online_scope.h"
+
+namespace quarvelo::control {
+namespace {
+
+using ::testing::ElementsAreArray;
+using ::testing::IsEmpty;
+using testing_support::OnlineScope;
+using testing_support::ScopeModel;
+
+class RecordingTargets : public DispatchTargets {
+ public:
+  void Sweep(bool restart) override { Call("Sweep", restart); }
+  void FftRun(int channel) override { Call("FftRun", channel); }
+  bool SweepMode() const override { return sweep_mode; }
+  void ConfigureInstrumentFft() override { Call("ConfigureInstrumentFft"); }
+  void ReadBackState() override { Call("ReadBackState"); }
+  void ReadBackDvm() override { Call("ReadBackDvm"); }
+  void ReadBackMath() override { Call("ReadBackMath"); }
+  void ReadBackWgen() override { Call("ReadBackWgen"); }
+  void RedrawScreen() override { Call("RedrawScreen"); }
+  void RedrawFrame() override { Call("RedrawFrame"); }
+  void DrawStatusPanel() override { Call("DrawStatusPanel"); }
+  void ZoomView(int mode) override { Call("ZoomView", mode); }
+  void PlaceMarker(int slot) override { Call("PlaceMarker", slot); }
+  void AutoPeak() override { Call("AutoPeak"); }
+  void ClearPeaks() override { Call("ClearPeaks"); }
+  void ClearMarkers() override { Call("ClearMarkers"); }
+  void SelectCursorSource(std::string_view id) override {
+    calls.push_back("SelectCursorSource " + std::string(id));
+  }
+  void SetDrawingTriggerChannel(int channel, bool offline) override {
+    calls.push_back("SetDrawingTriggerChannel " + std::to_string(channel) +
+                    (offline ? " offline" : ""));
+  }
+  std::optional<double> FirstCursorDivisions() const override { return cursor_divisions; }
+  std::optional<CursorTimes> BothCursorTimes() const override { return cursor_times; }
+  void SetCenterSpanFromEntries() override { Call("SetCenterSpanFromEntries"); }
+  void SaveCsvFile() override { Call("SaveCsvFile"); }
+  void OpenCsvFile() override { Call("OpenCsvFile"); }
+  void ImportScreenImage() override { Call("ImportScreenImage"); }
+  void CaptureOwnScreen() override { Call("CaptureOwnScreen"); }
+  void SaveScreenImage() override { Call("SaveScreenImage"); }
+  void ShowMathDialog() override { Call("ShowMathDialog"); }
+  void ShowWgenDialog() override { Call("ShowWgenDialog"); }
+  void ShowChannelLabelDialog(int channel) override { Call("ShowChannelLabelDialog", channel); }
+  void ShowAnnotationDialog() override { Call("ShowAnnotationDialog"); }
+  void ShowSettingsDialog() override { Call("ShowSettingsDialog"); }
+  void ShowAbout() override { Call("ShowAbout"); }
+  void ShowHelp() override { Call("ShowHelp"); }
+  void SetTopMost(bool on) override { Call("SetTopMost", on); }
+  void ExitProgram() override { Call("ExitProgram"); }
+  void RebuildToolbar() override { Call("RebuildToolbar"); }
+
+  std::vector<std::string> calls;
+  bool sweep_mode = true;
+  std::optional<double> cursor_divisions;
+  std::optional<CursorTimes> cursor_times;
+
+ private:
+  void Call(const char* name) { calls.emplace_back(name); }
+  void Call(const char* name, int argument) {
+    calls.push_back(std::string(name) + " " + std::to_string(argument));
+  }
+};
+
+// The instrument's state as the simulator starts, read back once; the oscilloscope stopped.
+class DispatchTest : public ::testing::Test {
+ protected:
+  explicit DispatchTest(const ScopeModel& model = {}) : online_(model) {
+    for (const ComboDefinition& combo : Combos()) {
+      online_.h.tools.SetComboItems(combo.id, {combo.items.begin(), combo.items.end()});
+    }
+    online_.h.tools.SetComboItems("ID_TB", display::TimeBaseLadder());
+    online_.readback.ReadBackState();
+    online_.h.flags.Stopped = true;
+    online_.simulator->ClearTraffic();
+  }
+
+  // The commands the instrument received, without the queries and the error-queue drains.
+  std::vector<std::string> Commands() const {
+    std::vector<std::string> commands;
+    for (const std::string& message : online_.Sent()) {
+      if (!message.ends_with("?")) commands.push_back(message);
+    }
+    return commands;
+  }
+
+  // As the toolbar reports a click: the tool's state has already changed.
+  void Click(std::string_view id, bool down = false) {
+    {
+      link::ToolUpdateGuard user(scope_.ToolUpdateInProgress);  // not the code under test
+      online_.h.tools.SetToolState(id, down);
+    }
+    dispatcher_.ToolClick(id);
+  }
+  void Pick(std::string_view id, int index) {
+    online_.h.tools.SetComboIndex(id, index);
+    dispatcher_.ComboChange(id);
+  }
+
+  OnlineScope online_;
+  acquisition::ScopeState& scope_ = online_.h.scope;
+  RecordingTargets targets_;
+  SpectrumChoices choices_;
+  ControlCommands commands_{online_.h.link, scope_, online_.h.ui, online_.h.tools, targets_};
+  ToolDispatcher dispatcher_{commands_,    online_.h.link,  scope_,  choices_,
+                             online_.h.ui, online_.h.tools, targets_};
+};
+
+struct ClickCase {
+  const char* name;
+  std::function<void(ToolDispatcher&, RecordingTargets&, acquisition::ScopeState&)> setup;
+  const char* id;
+  bool down;
+  std::vector<std::string> commands;
+  std::vector<std::string> calls;
+  std::string status;  // the status line afterwards
+};
+
+class ClickTest : public DispatchTest, public ::testing::WithParamInterface<ClickCase> {};
+
+auto NoSetup = [](ToolDispatcher&, RecordingTargets&, acquisition::ScopeState&) {};
+
+TEST_P(ClickTest, SendsAndCalls) {
+  const ClickCase& c = GetParam();
+  c.setup(dispatcher_, targets_, scope_);
+  targets_.calls.clear();
+  online_.simulator->ClearTraffic();
+  Click(c.id, c.down);
+  EXPECT_THAT(Commands(), ElementsAreArray(c.commands));
+  EXPECT_THAT(targets_.calls, ElementsAreArray(c.calls));
+  EXPECT_EQ(online_.h.ui.status(), c.status);
+  EXPECT_THAT(online_.h.tools.unguarded, IsEmpty()) << "a tool changed outside the guard";
+}
+
+const ClickCase kClickCases[] = {
+    {"HoldoffZeroIsTheMinimum",
+     NoSetup,
+     "ID_TGHOZ",
+     false,
+     {":TRIGger:HOLDoff 4E-08"},
+     {"Sweep 1"},
+     ""},
+    {"HoldoffAboveTenSecondsIsTen",
+     [](auto&, auto& t, auto&) {
+       t.cursor_times = CursorTimes{1, 13};
+     },
+     "ID_TGHOL",
+     false,
+     {":TRIGger:HOLDoff 10"},
+     {"Sweep 1"},
+     ""},
+    {"NegativeHoldoffIsMadePositive",
+     [](auto&, auto& t, auto&) {
+       t.cursor_times = CursorTimes{0.005, 0};
+     },
+     "ID_TGHOL",
+     false,
+     {":TRIGger:HOLDoff .005"},
+     {"Sweep 1"},
+     ""},
+    {"HoldoffWithoutCursors", NoSetup, "ID_TGHOL", false, {}, {}, "HoldOff error: Cursors not set"},
+    {"HoldoffOnTheSpectrumView",
+     [](auto&, auto& t, auto&) { t.sweep_mode = false; },
+     "ID_TGHOL",
+     false,
+     {},
+     {},
+     ""},
+    {"OffsetFromTheCursor",
+     [](auto&, auto& t, auto& s) {
+       t.cursor_divisions = -1.5;
+       s.Channels[1].Scale = 0.5;
+     },
+     "ID_OFS",
+     false,
+     {":CHANnel1:OFFSet -750mV"},
+     {"Sweep 0"},
+     ""},
+    {"OffsetBeyondTheScreenIsIgnored",
+     [](auto&, auto& t, auto&) { t.cursor_divisions = 4.5; },
+     "ID_OFS",
+     false,
+     {},
+     {},
+     ""},
+    {"TriggerLevelFromTheCursor",
+     [](auto&, auto& t, auto& s) {
+       t.cursor_divisions = 2;
+       s.TriggerChannel = 2;
+       s.Channels[2].Scale = 0.2;
+     },
+     "ID_TGL",
+     false,
+     {":TRIGger:EDGE:LEVel -.4"},
+     {"Sweep 1"},
+     ""},
+    {"VoltsUpAtTheSmallestStepStays",
+     [](auto&, auto&, auto& s) { s.TriggerScaleIndex = 11; },
+     "ID_VUP",
+     false,
+     {":CHANnel1:SCALe 1mV"},
+     {"Sweep 0"},
+     ""},
+    {"VoltsDownAtTheLargestStepStays",
+     [](auto&, auto&, auto& s) {
+       s.TriggerScaleIndex = 0;
+       s.TriggerChannel = 2;
+     },
+     "ID_VDN",
+     false,
+     {":CHANnel2:SCALe 5000mV"},
+     {"Sweep 0"},
+     ""},
+    {"ProbeOnTheMenuChannel",
+     [](auto& t, auto&, auto&) { t.DropDown("ID_CH2"); },
+     "ID_PR01",
+     false,
+     {":CHANnel2:PROBe 1"},
+     {"Sweep 1"},
+     ""},
+    {"ScaleToolOnTheMenuChannel",
+     [](auto& t, auto&, auto&) { t.DropDown("ID_CH4"); },
+     "ID_500",
+     true,
+     {":CHANnel4:SCALe 500mV"},
+     {"Sweep 0"},
+     ""},
+    {"AutoRangeOnTheTriggerChannel",
+     [](auto&, auto&, auto& s) {
+       s.TriggerSource = "CHAN2";
+       s.DvmSource = 2;
+     },
+     "ID_ADVM",
+     true,
+     {},
+     {"ReadBackDvm"},
+     ""},
+    {"AutoRangeElsewhere",
+     [](auto&, auto&, auto& s) {
+       s.TriggerSource = "CHAN1";
+       s.DvmSource = 2;
+     },
+     "ID_ADVM",
+     true,
+     {":DVM:ARANge 1"},
+     {"ReadBackDvm"},
+     ""},
+    {"DvmModeSettles",
+     NoSetup,
+     "ID_DVMM4",
+     true,
+     {":DVM:Mode FREQuency"},
+     {"ReadBackDvm", "RedrawScreen"},
+     ""},
+    {"SourceExternalKeepsTheTriggerChannel",
+     NoSetup,
+     "ID_TGEXT",
+     false,
+     {":TRIGger:EDGE:SOURce EXT"},
+     {"Sweep 1"},
+     ""},
+    {"MathSettingsOpenTheDialog",
+     NoSetup,
+     "ID_MATHSET",
+     false,
+     {":FUNC1:DISPlay 1"},
+     {"ReadBackMath", "ShowMathDialog"},
+     ""},
+    {"GeneratorSettings", NoSetup, "ID_WGENSET", false, {}, {"ReadBackWgen", "ShowWgenDialog"}, ""},
+    {"RemoteOffClosesAndRedraws",
+     NoSetup,
+     "ID_Remote",
+     false,
+     {},
+     {"RebuildToolbar", "RedrawFrame"},
+     ""},
+    {"RefreshOnReadsBack", NoSetup, "ID_Refresh", true, {}, {"ReadBackState"}, ""},
+    {"RunOnSweeps", NoSetup, "ID_Run", true, {":RUN"}, {"Sweep 1"}, ""},
+    {"SingleStartsTheSinglePoll",
+     NoSetup,
+     "ID_Single",
+     true,
+     {":RUN", ":SINGLE"},
+     {"DrawStatusPanel"},
+     ""},
+    {"AutoScaleRunsAndReadsBack",
+     NoSetup,
+     "ID_AutoScale",
+     false,
+     {":AUToscale", ":RUN"},
+     {"ReadBackState", "ReadBackState", "Sweep 1"},
+     ""},
+    {"OscilloscopeMenuReadsTheOptions",
+     NoSetup,
+     "mnu_Oscilloscope",
+     false,
+     {},
+     {"ReadBackDvm", "ReadBackWgen"},
+     ""},
+    {"ChannelLabelOfTheMenuChannel",
+     [](auto& t, auto&, auto&) { t.DropDown("ID_CH3"); },
+     "ID_CHANLBL",
+     false,
+     {},
+     {"ShowChannelLabelDialog 3"},
+     ""},
+    {"FftRun", NoSetup, "ID_FFT3", false, {}, {"FftRun 3"}, ""},
+    {"ZoomOut", NoSetup, "ID_ZoomM", false, {}, {"ZoomView 1"}, ""},
+    {"MarkerSlot", NoSetup, "ID_Cursor4", false, {}, {"PlaceMarker 3"}, ""},
+    {"OpenWithControlOnDoesNothing", NoSetup, "ID_Open", false, {}, {}, ""},
+    {"SaveImage", NoSetup, "ID_SAVIMG", false, {}, {"SaveScreenImage"}, ""},
+    {"CursorSource", NoSetup, "ID_CSR2", true, {}, {"SelectCursorSource ID_CSR2"}, ""},
+    {"AlwaysOnTop", NoSetup, "ID_TOP", true, {}, {"SetTopMost 1"}, ""},
+};
+
+INSTANTIATE_TEST_SUITE_P(Tools, ClickTest, ::testing::ValuesIn(kClickCases),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+TEST_F(DispatchTest, ResetGeneratorAsksFirst) {
+  online_.h.ui.QueueMessageAnswer(ui::MessageResult::kCancel);
+  Click("ID_WGENRST");
+  EXPECT_THAT(Commands(), IsEmpty());
+  online_.h.ui.QueueMessageAnswer(ui::MessageResult::kOk);
+  Click("ID_WGENRST");
+  EXPECT_THAT(Commands(), ElementsAreArray({":WGEN1:RST"}));
+  ASSERT_EQ(online_.h.ui.messages().size(), 2u);
+  EXPECT_EQ(online_.h.ui.messages()[0].text, "RESET WGEN\r\nAre you sure?");
+  EXPECT_EQ(online_.h.ui.messages()[0].buttons, ui::MessageButtons::kOkCancel);
+}
+
+TEST_F(DispatchTest, AutoRangeRefusalSaysWhy) {
+  scope_.TriggerSource = "CHAN1";
+  scope_.DvmSource = 1;
+  Click("ID_ADVM", true);
+  ASSERT_EQ(online_.h.ui.messages().size(), 1u);
+  EXPECT_EQ(online_.h.ui.messages()[0].text, "Not available in this mode");
+  EXPECT_EQ(online_.h.ui.messages()[0].icon, ui::MessageIcon::kCritical);
+}
+
+TEST_F(DispatchTest, DvmSettleWaitsASecondUnderTheHourglass) {
+  Click("ID_DVMCH2", true);
+  EXPECT_THAT(Commands(), ElementsAreArray({":DVM:SOURce CHANnel2"}));
+  EXPECT_THAT(online_.h.ui.pauses(), ElementsAreArray({kDvmSettleMs}));
+  EXPECT_EQ(online_.h.ui.pointer(), ui::PointerShape::kDefault);
+  EXPECT_THAT(targets_.calls, ElementsAreArray({"ReadBackDvm", "RedrawScreen"}));
+}
+
+TEST_F(DispatchTest, CombosWriteTheUsersChoices) {
+  Pick("ID_Bins", 4);  // the list shows "4906"
+  EXPECT_EQ(256 << choices_.BinsIndex, 4096);
+  Pick("ID_AVG", 3);
+  EXPECT_EQ(choices_.AverageCount, 8);
+  Pick("ID_Window", 1);
+  EXPECT_EQ(FftSettingsOf(choices_).WindowIndex, 1);
+  targets_.calls.clear();
+  Pick("ID_Scale", 2);
+  EXPECT_EQ(FftSettingsOf(choices_).SpectrumUnit, 2);
+  EXPECT_THAT(targets_.calls, ElementsAreArray({"ClearMarkers"}));
+}
+
+TEST_F(DispatchTest, TimeBaseStepsMoveTheComboAndSendItsTime) {
+  const int last = static_cast<int>(display::TimeBaseLadder().size()) - 1;
+  online_.h.tools.SetComboIndex("ID_TB", last - 1);
+  Click("ID_TBUP");
+  Click("ID_TBUP");  // at the slow end: nothing moves, nothing is sent
+  online_.h.tools.SetComboIndex("ID_TB", 1);
+  Click("ID_TBDN");
+  Click("ID_TBDN");  // at the fast end
+  EXPECT_THAT(Commands(), ElementsAreArray({":TIMebase:SCALe 50", ":TIMebase:SCALe 2E-10"}));
+  EXPECT_EQ(online_.h.tools.ComboIndex("ID_TB"), 0);
+}
+
+TEST_F(DispatchTest, ChannelMenuShowsTheChannelAndReadsBackAfterwards) {
+  scope_.Channels[2].Coupling = "AC";
+  scope_.Channels[2].BandwidthLimit = 1;
+  scope_.Channels[2].Scale = 0.05;
+  dispatcher_.DropDown("ID_CH2");
+  EXPECT_EQ(dispatcher_.MenuChannel(), 2);
+  EXPECT_TRUE(online_.h.tools.ToolState("ID_AC"));
+  EXPECT_FALSE(online_.h.tools.ToolState("ID_DC"));
+  EXPECT_TRUE(online_.h.tools.ToolState("ID_BW"));
+  EXPECT_TRUE(online_.h.tools.ToolState("ID_50"));
+  EXPECT_THAT(online_.h.tools.unguarded, IsEmpty());
+  dispatcher_.DropDownClosed("ID_CH2");
+  EXPECT_THAT(targets_.calls, ElementsAreArray({"ReadBackState"}));
+}
+
+TEST_F(DispatchTest, NothingActsWhileTheProgramChangesTools) {
+  scope_.ToolUpdateInProgress = true;
+  for (const char* id : {"ID_Run", "ID_FFT1", "ID_CH1", "ID_Exit", "ID_TGHOL"}) Click(id, true);
+  Pick("ID_Scale", 1);
+  dispatcher_.DropDown("ID_CH3");
+  EXPECT_THAT(Commands(), IsEmpty());
+  EXPECT_THAT(targets_.calls, IsEmpty());
+  EXPECT_EQ(choices_.SpectrumUnit, 0);
+  EXPECT_EQ(dispatcher_.MenuChannel(), 1);
+}
+
+TEST_F(DispatchTest, MacroWithoutCommandsOnlySweeps) {
+  dispatcher_.RunMacro("", "", true);
+  dispatcher_.RunMacro(":RUN", ":MEASure:VPP %", false);
+  EXPECT_THAT(Commands(), ElementsAreArray({":RUN", ":MEASure:VPP %"}));
+  EXPECT_THAT(targets_.calls, ElementsAreArray({"Sweep 1"}));
+}
+
+TEST_F(DispatchTest, SetButtonByView) {
+  dispatcher_.SetClicked("  :STOP  ");
+  choices_.MixedDomain = true;
+  dispatcher_.SetClicked(":RUN");
+  choices_.MixedDomain = false;
+  targets_.sweep_mode = false;
+  dispatcher_.SetClicked(":RUN");
+  EXPECT_THAT(Commands(), ElementsAreArray({":STOP"}));
+  EXPECT_THAT(targets_.calls, ElementsAreArray({"Sweep 1", "SetCenterSpanFromEntries"}));
+}
+
+class TwoChannelDispatchTest : public DispatchTest {
+ protected:
+  TwoChannelDispatchTest() : DispatchTest(ScopeModel{"2000X", 2, true, true}) {}
+};
+
+TEST_F(TwoChannelDispatchTest, ChannelThreeCommandsSendNothing) {
+  dispatcher_.DropDown("ID_CH3");
+  Click("ID_PR01");
+  Click("ID_DC", true);
+  Click("ID_TG3", true);
+  commands_.SetChannelProbe(2, 10);
+  EXPECT_THAT(Commands(), ElementsAreArray({":CHANnel2:PROBe 10"}));
+  EXPECT_EQ(scope_.TriggerChannel, 1);
+}
+
+// Remote control off: only the tools that work on files and the view act.
+TEST_F(DispatchTest, OfflineStage) {
+  online_.h.link.CloseInstrument();
+  online_.simulator->ClearTraffic();
+  targets_.calls.clear();
+  online_.h.flags.RunBit = 1;
+  for (const char* id :
+       {"ID_Run", "ID_TGEXT", "ID_AutoScale", "mnu_Math", "ID_MSVPP", "ID_DVM", "ID_ACQUPEAK"}) {
+    Click(id, true);
+  }
+  EXPECT_THAT(targets_.calls, IsEmpty());
+  for (const char* id : {"ID_DIG", "ID_FFT2", "ID_Open", "ID_HLP", "ID_MDI", "ID_TG2", "ID_Exit"}) {
+    Click(id, true);
+  }
+  Click("ID_CH3", false);
+  EXPECT_THAT(targets_.calls,
+              ElementsAreArray({"Sweep 1", "FftRun 2", "OpenCsvFile", "ShowHelp", "Sweep 0",
+                                "SetDrawingTriggerChannel 2 offline", "ExitProgram"}));
+  EXPECT_TRUE(choices_.MixedDomain);
+  EXPECT_EQ(scope_.TriggerChannel, 2);
+  EXPECT_FALSE(scope_.Channels[3].Displayed);
+  EXPECT_THAT(online_.Sent(), IsEmpty());
+}
+
+}  // namespace
+}  // namespace quarvelo::control

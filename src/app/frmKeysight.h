@@ -22,6 +22,7 @@
 #include "app/sweep_cycle.h"
 #include "app/sweep_state.h"
 #include "app/sweep_window_view.h"
+#include "app/screen_wiring.h"
 #include "app/files_adapters.h"
 #include "control/control_commands.h"
 #include "control/tool_dispatcher.h"
@@ -49,6 +50,10 @@ class QToolButton;
 namespace quarvelo::control {
 class QtToolHost;
 }  // namespace quarvelo::control
+
+namespace quarvelo::dialogs {
+class DialogLauncher;
+}  // namespace quarvelo::dialogs
 
 namespace quarvelo::qt {
 class ActivityIndicator;
@@ -149,6 +154,8 @@ class frmKeysight : public QMainWindow, private MainWindowView, private link::Li
   void Form_Unload();
   // The command set and the dispatchers, with the toolbar's and the window's buttons wired.
   void BuildControl();
+  // The screen drawing, its upward answers and picScreen's mouse (before the sweep).
+  void BuildDisplay();
   void BuildSweep();
   void BuildFiles();
 
@@ -204,6 +211,9 @@ class frmKeysight : public QMainWindow, private MainWindowView, private link::Li
   spectrum::FourierWorkspace workspace_;
   spectrum::clsFourier fourier_;
   SweepState sweep_state_;
+  // The screen drawing with its markers, cursors and layout (BuildDisplay); the sweep draws
+  // through it.
+  std::unique_ptr<ScreenWiring> screen_;
   std::unique_ptr<WindowReadbackHooks> readback_hooks_;
   std::unique_ptr<acquisition::StateReadback> readback_;
   std::unique_ptr<acquisition::WaveformCapture> capture_;
@@ -211,7 +221,7 @@ class frmKeysight : public QMainWindow, private MainWindowView, private link::Li
   std::unique_ptr<RecordSampleStore> sample_store_;
   std::unique_ptr<WindowSpectrumHost> spectrum_host_;
   std::unique_ptr<spectrum::SpectrumAnalyzer> analyzer_;
-  std::unique_ptr<LinkSweepCommands> sweep_commands_;
+  std::unique_ptr<ControlSweepCommands> sweep_commands_;
   std::unique_ptr<SweepCycle> sweep_;
 
   // CSV waveform files and screen images (BuildFiles), after the sweep they use.
@@ -219,6 +229,9 @@ class frmKeysight : public QMainWindow, private MainWindowView, private link::Li
   std::unique_ptr<files::CsvFiles> csv_files_;
   std::unique_ptr<WindowImagePanels> image_panels_;
   std::unique_ptr<files::ScreenImages> screen_images_;
+
+  // The dialogs, last: they use the records and subsystems above and go before them.
+  std::unique_ptr<dialogs::DialogLauncher> dialogs_;
 };
 
 }  // namespace quarvelo::app

@@ -22,7 +22,6 @@
 #include "app/sweep_cycle.h"
 #include "app/sweep_state.h"
 #include "app/sweep_window_view.h"
-#include "app/screen_wiring.h"
 #include "app/files_adapters.h"
 #include "control/control_commands.h"
 #include "control/tool_dispatcher.h"
@@ -154,8 +153,6 @@ class frmKeysight : public QMainWindow, private MainWindowView, private link::Li
   void Form_Unload();
   // The command set and the dispatchers, with the toolbar's and the window's buttons wired.
   void BuildControl();
-  // The screen drawing, its upward answers and picScreen's mouse (before the sweep).
-  void BuildDisplay();
   void BuildSweep();
   void BuildFiles();
 
@@ -211,9 +208,6 @@ class frmKeysight : public QMainWindow, private MainWindowView, private link::Li
   spectrum::FourierWorkspace workspace_;
   spectrum::clsFourier fourier_;
   SweepState sweep_state_;
-  // The screen drawing with its markers, cursors and layout (BuildDisplay); the sweep draws
-  // through it.
-  std::unique_ptr<ScreenWiring> screen_;
   std::unique_ptr<WindowReadbackHooks> readback_hooks_;
   std::unique_ptr<acquisition::StateReadback> readback_;
   std::unique_ptr<acquisition::WaveformCapture> capture_;
@@ -221,7 +215,7 @@ class frmKeysight : public QMainWindow, private MainWindowView, private link::Li
   std::unique_ptr<RecordSampleStore> sample_store_;
   std::unique_ptr<WindowSpectrumHost> spectrum_host_;
   std::unique_ptr<spectrum::SpectrumAnalyzer> analyzer_;
-  std::unique_ptr<ControlSweepCommands> sweep_commands_;
+  std::unique_ptr<LinkSweepCommands> sweep_commands_;
   std::unique_ptr<SweepCycle> sweep_;
 
   // CSV waveform files and screen images (BuildFiles), after the sweep they use.

@@ -6,19 +6,31 @@
 #include "app/frmKeysight.h"
 #include "app/set_top_most.h"
 #include "dialogs/dialog_launcher.h"
+#include "spectrum/instrument_fft.h"
 
 namespace quarvelo::app {
 
 // --- Sweep cycle and readback (sweep).
-void WindowTargets::Sweep(bool) {}
-void WindowTargets::FftRun(int) {}
-// Until the sweep cycle lands every view is the time-domain one.
-bool WindowTargets::SweepMode() const { return true; }
-void WindowTargets::ConfigureInstrumentFft() {}
-void WindowTargets::ReadBackState() {}
-void WindowTargets::ReadBackDvm() {}
-void WindowTargets::ReadBackMath() {}
-void WindowTargets::ReadBackWgen() {}
+void WindowTargets::Sweep(bool restart) { window_.sweep_->ID_Sweep(restart); }
+void WindowTargets::FftRun(int channel) {
+  window_.sweep_->FftRun(static_cast<std::int16_t>(channel));
+}
+bool WindowTargets::SweepMode() const { return window_.sweep_state_.SweepMode; }
+void WindowTargets::ConfigureInstrumentFft() {
+  link::InstrumentLink& link = *window_.link_;
+  const spectrum::InstrumentCommands commands{
+      [&link](std::string_view command) { link.SendCommand(command); },
+      [&link](std::string_view query) { return link.QueryString(query); }};
+  const spectrum::InstrumentFftReadings readings = spectrum::ConfigureInstrumentFft(
+      commands, window_.scope_.MathPrefix, window_.spectrum_.SpectrumChannel,
+      window_.session_.RemoteOn);
+  window_.scope_.TimebaseScale = readings.TimebaseScale;
+  window_.scope_.SampleRate = readings.SampleRate;
+}
+void WindowTargets::ReadBackState() { window_.readback_->ReadBackState(); }
+void WindowTargets::ReadBackDvm() { window_.readback_->ReadBackDvm(); }
+void WindowTargets::ReadBackMath() { window_.readback_->ReadBackMath(true); }
+void WindowTargets::ReadBackWgen() { window_.readback_->ReadBackWgen(); }
 
 // --- Screen view (display).
 void WindowTargets::RedrawScreen() {}
@@ -32,17 +44,15 @@ void WindowTargets::ClearMarkers() {}
 void WindowTargets::SelectCursorSource(std::string_view) {}
 void WindowTargets::SetDrawingTriggerChannel(int, bool) {}
 std::optional<double> WindowTargets::FirstCursorDivisions() const { return std::nullopt; }
-std::optional<control::CursorTimes> WindowTargets::BothCursorTimes() const {
-  return std::nullopt;
-}
+std::optional<control::CursorTimes> WindowTargets::BothCursorTimes() const { return std::nullopt; }
 void WindowTargets::SetCenterSpanFromEntries() {}
 
 // --- Files and images (files).
-void WindowTargets::SaveCsvFile() {}
-void WindowTargets::OpenCsvFile() {}
-void WindowTargets::ImportScreenImage() {}
-void WindowTargets::CaptureOwnScreen() {}
-void WindowTargets::SaveScreenImage() {}
+void WindowTargets::SaveCsvFile() { window_.csv_files_->SaveCsvFile(); }
+void WindowTargets::OpenCsvFile() { window_.csv_files_->OpenCsvFile(); }
+void WindowTargets::ImportScreenImage() { window_.screen_images_->ImportScreenImage(); }
+void WindowTargets::CaptureOwnScreen() { window_.screen_images_->CaptureOwnScreen(); }
+void WindowTargets::SaveScreenImage() { window_.screen_images_->SaveScreenImage(); }
 
 // --- Dialogs (dialogs).
 void WindowTargets::ShowMathDialog() { window_.dialogs_->ShowMathDialog(); }

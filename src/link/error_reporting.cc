@@ -39,8 +39,10 @@ void InstrumentLink::ReportVisaError(ViSession session) {
   }
   session_.Instrument = VI_NULL;
   session_.ResourceManager = VI_NULL;
-  ui_.ShowMessage(message, ui::MessageIcon::kCritical, ui::MessageButtons::kOk);
+  // The link is down before the box shows: the box lets events run, and a timer tick that
+  // found RemoteOn still set would use the closed session and report a second error.
   session_.RemoteOn = false;
+  ui_.ShowMessage(message, ui::MessageIcon::kCritical, ui::MessageButtons::kOk);
   SetRemoteToolOff();
   scope_.ChannelCount = 2;
   settings_.Set("Setup", "Channels", "2");

@@ -20,6 +20,7 @@
 #include "app/window_targets.h"
 #include "control/qt/qt_tool_host.h"
 #include "control/set_toolbar.h"
+#include "control/spectrum_choices.h"
 #include "dialogs/dialog_launcher.h"
 #include "dialogs/frmSettings.h"
 #include "platform/qt/activity_indicator.h"
@@ -61,6 +62,7 @@ frmKeysight::frmKeysight(settings::SettingsStore& store, StartupPlatform& platfo
                         scope_.ToolUpdateInProgress},
       *ui_, *tools_, store_, static_cast<link::LinkHooks&>(*this));
   BuildControl();
+  BuildDisplay();
   BuildSweep();
   BuildFiles();
   dialogs_ = std::make_unique<dialogs::DialogLauncher>(
@@ -78,6 +80,36 @@ void frmKeysight::BuildFiles() {
       std::make_unique<files::ScreenImages>(*link_, *ui_, *image_panels_, data_folder_);
 }
 
+void frmKeysight::BuildDisplay() {
+  ScreenHostCalls calls;
+  calls.sweep_mode = [this] { return sweep_state_.SweepMode; };
+  calls.mixed_domain = [this] { return settings_.MixedDomain; };
+  calls.spectrum_unit = [this] { return settings_.SpectrumUnit; };
+  // The sweep's screen shows only the record's length; an FFT run plans its transform.
+  calls.plan_transform = [this](int channel) {
+    return analyzer_->PlanTransform(channel, sweep_state_.SweepMode,
+                                    control::FftSettingsOf(settings_));
+  };
+  calls.mixed_domain_spectrum = [this](int first, int last) {
+    analyzer_->MDISpectrum(first, last, control::FftSettingsOf(settings_));
+  };
+  calls.reapply_bandwidth_limit = [this] {
+    dispatcher_->BandwidthLimitClicked(ssr_bw_->isChecked(), txt_mhz_[2]->text().toStdString());
+  };
+  calls.send_fft_centre_span = [this](double centre_hz, double span_hz) {
+    commands_->SetFftCenterSpan(centre_hz, span_hz);
+  };
+  calls.show_cursor_source_tool = [this](int channel) {
+    const bool guard = scope_.ToolUpdateInProgress;
+    scope_.ToolUpdateInProgress = true;
+    for (int n = 1; n <= acquisition::kMaxChannels; ++n)
+      tools_->SetToolState("ID_CSR" + std::to_string(n), n == channel);
+    scope_.ToolUpdateInProgress = guard;
+  };
+  screen_ = std::make_unique<ScreenWiring>(*pic_screen_, pic_temp_, scope_, records_, spectrum_,
+                                           *ui_, std::move(calls));
+}
+
 void frmKeysight::BuildSweep() {
   readback_hooks_ = std::make_unique<WindowReadbackHooks>(*tools_, session_.RemoteOn);
   readback_ = std::make_unique<acquisition::StateReadback>(*link_, scope_, records_, *ui_,
@@ -86,6 +118,7 @@ void frmKeysight::BuildSweep() {
                                                              *tools_);
   sweep_view_ = std::make_unique<SweepWindowView>(SweepWidgets{
       this, fra_fft_, fra_visa_, fra_activity_, pic_screen_, lbl_avg_count_, pgb_fft_});
+  sweep_view_->AttachScreen(screen_->View(), screen_->State());
   sample_store_ = std::make_unique<RecordSampleStore>(records_);
   spectrum_host_ = std::make_unique<WindowSpectrumHost>(scope_, *tools_, *sweep_view_);
   analyzer_ = std::make_unique<spectrum::SpectrumAnalyzer>(
@@ -372,6 +405,7 @@ void frmKeysight::StartDisplay() {
   pic_screen_->Clear();
   pic_temp_ = QImage(pic_screen_->Image().size(), QImage::Format_RGB32);
   pic_temp_.fill(Qt::black);
+  screen_->View().StartDisplay();  // the empty frame; the last zoom was a reset
 }
 
 void frmKeysight::RebuildToolbar() {

@@ -22,6 +22,7 @@
 #include "app/sweep_cycle.h"
 #include "app/sweep_state.h"
 #include "app/sweep_window_view.h"
+#include "app/screen_wiring.h"
 #include "app/files_adapters.h"
 #include "control/control_commands.h"
 #include "control/tool_dispatcher.h"
@@ -153,6 +154,8 @@ class frmKeysight : public QMainWindow, private MainWindowView, private link::Li
   void Form_Unload();
   // The command set and the dispatchers, with the toolbar's and the window's buttons wired.
   void BuildControl();
+  // The screen drawing, its upward answers and picScreen's mouse (before the sweep).
+  void BuildDisplay();
   void BuildSweep();
   void BuildFiles();
 
@@ -208,6 +211,9 @@ class frmKeysight : public QMainWindow, private MainWindowView, private link::Li
   spectrum::FourierWorkspace workspace_;
   spectrum::clsFourier fourier_;
   SweepState sweep_state_;
+  // The screen drawing with its markers, cursors and layout (BuildDisplay); the sweep draws
+  // through it.
+  std::unique_ptr<ScreenWiring> screen_;
   std::unique_ptr<WindowReadbackHooks> readback_hooks_;
   std::unique_ptr<acquisition::StateReadback> readback_;
   std::unique_ptr<acquisition::WaveformCapture> capture_;

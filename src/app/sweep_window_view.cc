@@ -5,6 +5,8 @@
 #include <QWidget>
 #include <cmath>
 
+#include "display/screen_view.h"
+#include "display/view_state.h"
 #include "platform/qt/picture_box.h"
 
 namespace quarvelo::app {
@@ -18,15 +20,31 @@ void SweepWindowView::ShowPanels(bool fft, bool visa, bool activity) {
 // The screen drawing lays out the entry boxes for the spectrum view.
 void SweepWindowView::PrepareSpectrumEntries() {}
 
-void SweepWindowView::ClearScreen() { widgets_.pic_screen->Clear(); }
+void SweepWindowView::ClearScreen() { screen_->ClearSurface(); }
 
-// The screen drawing's operations; they act once it is connected.
-void SweepWindowView::ClearMarkers() {}
-void SweepWindowView::DrawStatusPanel() {}
-void SweepWindowView::RedrawScreen() { widgets_.pic_screen->update(); }
-void SweepWindowView::DrawChannelTrace(int) {}
-void SweepWindowView::DrawSpectrum(int) { widgets_.pic_screen->update(); }
-void SweepWindowView::RestoreOscilloscopePane() {}
+// The screen drawing's operations and view values (AttachScreen).
+void SweepWindowView::ClearMarkers() { screen_->ClearMarkers(); }
+void SweepWindowView::DrawStatusPanel() { screen_->DrawStatusPanel(); }
+void SweepWindowView::RedrawScreen() { screen_->RedrawScreen(); }
+void SweepWindowView::DrawChannelTrace(int channel) {
+  screen_->DrawChannelTrace(channel, true, false);
+}
+void SweepWindowView::DrawSpectrum(int channel) { screen_->DrawSpectrum(channel, false); }
+void SweepWindowView::RestoreOscilloscopePane() { screen_->RestoreOscilloscopePane(); }
+
+int SweepWindowView::CursorChannel() const { return state_->CursorSourceChannel(); }
+void SweepWindowView::SetCursorChannel(int channel) {
+  state_->Cursors[1].channel = static_cast<std::int16_t>(channel);
+  state_->Cursors[2].channel = static_cast<std::int16_t>(channel);
+}
+int SweepWindowView::DisplayedChannel() const { return state_->DisplayedChannel; }
+void SweepWindowView::SetDisplayedChannel(int channel) {
+  state_->DisplayedChannel = static_cast<std::int16_t>(channel);
+}
+void SweepWindowView::SetZoomCentre(double centre) { state_->ZoomCentre = centre; }
+void SweepWindowView::SetLastZoomMode(int mode) { state_->LastZoomMode = mode; }
+double SweepWindowView::ZoomCentre() const { return state_->ZoomCentre; }
+int SweepWindowView::LastZoomMode() const { return state_->LastZoomMode; }
 
 void SweepWindowView::ClearDrawnFlags() { drawn_.fill(false); }
 

@@ -15,6 +15,11 @@ namespace quarvelo::qt {
 class PictureBox;
 }  // namespace quarvelo::qt
 
+namespace quarvelo::display {
+class ScreenView;
+struct ViewState;
+}  // namespace quarvelo::display
+
 namespace quarvelo::app {
 
 // The window's widgets; Qt's parent chain owns them and they outlive the view.
@@ -31,6 +36,11 @@ struct SweepWidgets {
 class SweepWindowView final : public SweepView {
  public:
   explicit SweepWindowView(const SweepWidgets& widgets) : widgets_(widgets) {}
+  // The screen drawing the screen operations and view values go to; both outlive the view.
+  void AttachScreen(display::ScreenView& screen, display::ViewState& state) {
+    screen_ = &screen;
+    state_ = &state;
+  }
 
   void ShowPanels(bool fft, bool visa, bool activity) override;
   void PrepareSpectrumEntries() override;
@@ -44,28 +54,25 @@ class SweepWindowView final : public SweepView {
 
   void ClearDrawnFlags() override;
   void MarkDrawn(int channel) override;
-  int CursorChannel() const override { return cursor_channel_; }
-  void SetCursorChannel(int channel) override { cursor_channel_ = channel; }
-  int DisplayedChannel() const override { return displayed_channel_; }
-  void SetDisplayedChannel(int channel) override { displayed_channel_ = channel; }
-  void SetZoomCentre(double centre) override { zoom_centre_ = centre; }
-  void SetLastZoomMode(int mode) override { last_zoom_mode_ = mode; }
+  int CursorChannel() const override;
+  void SetCursorChannel(int channel) override;
+  int DisplayedChannel() const override;
+  void SetDisplayedChannel(int channel) override;
+  void SetZoomCentre(double centre) override;
+  void SetLastZoomMode(int mode) override;
 
   void ShowAverageCount(int count) override;
   void SetProgressRange(int minimum, int maximum) override;
   void SetProgressValue(double value) override;
   bool WindowMinimised() const override;
 
-  double ZoomCentre() const { return zoom_centre_; }
-  int LastZoomMode() const { return last_zoom_mode_; }
+  double ZoomCentre() const;
+  int LastZoomMode() const;
 
  private:
   SweepWidgets widgets_;
-  // Kept here until the screen drawing owns them.
-  int cursor_channel_ = 1;
-  int displayed_channel_ = 1;
-  double zoom_centre_ = 0;
-  int last_zoom_mode_ = 2;
+  display::ScreenView* screen_ = nullptr;
+  display::ViewState* state_ = nullptr;
   std::array<bool, 5> drawn_{};
 };
 

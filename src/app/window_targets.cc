@@ -3,9 +3,12 @@
 // generator, label, annotation, about, help). Until then an operation does nothing.
 #include "app/window_targets.h"
 
+#include <QLineEdit>
+
 #include "app/frmKeysight.h"
 #include "app/set_top_most.h"
 #include "dialogs/dialog_launcher.h"
+#include "platform/text/number_parse.h"
 #include "spectrum/instrument_fft.h"
 
 namespace quarvelo::app {
@@ -33,19 +36,39 @@ void WindowTargets::ReadBackMath() { window_.readback_->ReadBackMath(true); }
 void WindowTargets::ReadBackWgen() { window_.readback_->ReadBackWgen(); }
 
 // --- Screen view (display).
-void WindowTargets::RedrawScreen() {}
-void WindowTargets::RedrawFrame() {}
-void WindowTargets::DrawStatusPanel() {}
-void WindowTargets::ZoomView(int) {}
-void WindowTargets::PlaceMarker(int) {}
-void WindowTargets::AutoPeak() {}
-void WindowTargets::ClearPeaks() {}
-void WindowTargets::ClearMarkers() {}
-void WindowTargets::SelectCursorSource(std::string_view) {}
-void WindowTargets::SetDrawingTriggerChannel(int, bool) {}
-std::optional<double> WindowTargets::FirstCursorDivisions() const { return std::nullopt; }
-std::optional<control::CursorTimes> WindowTargets::BothCursorTimes() const { return std::nullopt; }
-void WindowTargets::SetCenterSpanFromEntries() {}
+void WindowTargets::RedrawScreen() { window_.screen_->View().RedrawScreen(); }
+void WindowTargets::RedrawFrame() {
+  display::ScreenView& view = window_.screen_->View();
+  view.ClearSurface();
+  view.DrawScreenFrame(false, true);
+  view.DrawStatusPanel();
+}
+void WindowTargets::DrawStatusPanel() { window_.screen_->View().DrawStatusPanel(); }
+void WindowTargets::ZoomView(int mode) { window_.screen_->View().ZoomView(mode); }
+void WindowTargets::PlaceMarker(int slot) { window_.screen_->View().PlaceMarker(slot); }
+void WindowTargets::AutoPeak() { window_.screen_->View().AutoPeak(); }
+void WindowTargets::ClearPeaks() { window_.screen_->View().ClearPeaks(); }
+void WindowTargets::ClearMarkers() { window_.screen_->View().ClearMarkers(); }
+void WindowTargets::SelectCursorSource(std::string_view tool_id) {
+  window_.screen_->View().SelectCursorSource(std::string(tool_id));
+}
+void WindowTargets::SetDrawingTriggerChannel(int channel, bool) {
+  window_.screen_->State().DisplayedChannel = static_cast<std::int16_t>(channel);
+}
+std::optional<double> WindowTargets::FirstCursorDivisions() const {
+  return window_.screen_->FirstCursorDivisions();
+}
+std::optional<control::CursorTimes> WindowTargets::BothCursorTimes() const {
+  const display::ViewState& state = window_.screen_->State();
+  if (!window_.sweep_state_.SweepMode || !state.Cursors[1].shown || !state.Cursors[2].shown)
+    return std::nullopt;
+  return control::CursorTimes{state.Cursors[1].position, state.Cursors[2].position};
+}
+void WindowTargets::SetCenterSpanFromEntries() {
+  window_.screen_->View().SetCenterSpanFromEntries(
+      text::LeadingNumber(window_.txt_mhz_[0]->text().toStdString()),
+      text::LeadingNumber(window_.txt_mhz_[1]->text().toStdString()));
+}
 
 // --- Files and images (files).
 void WindowTargets::SaveCsvFile() { window_.csv_files_->SaveCsvFile(); }

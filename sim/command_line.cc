@@ -21,9 +21,10 @@ const char* Usage() {
   return "usage: quarvelo-scope-sim [--bind ADDR] [--socket-port N] [--vxi11-port N]\n"
          "         [--portmapper-port N] [--hislip-port N] [--model 2000X|3000X]\n"
          "         [--channels 2|4] [--options wgen,dvm|none] [--signals probes|flat]\n"
-         "         [--log FILE]\n"
+         "         [--latency MS] [--log FILE]\n"
          "A port of 0 takes a free one, -1 leaves that transport off. The first line printed\n"
-         "lists the ports bound. --log - logs the traffic on standard output.\n";
+         "lists the ports bound. --log - logs the traffic on standard output.\n"
+         "--latency 1 answers at the pace of an instrument on a LAN (1 ms per exchange).\n";
 }
 
 CommandLine ParseCommandLine(const std::vector<std::string>& arguments) {
@@ -68,6 +69,10 @@ CommandLine ParseCommandLine(const std::vector<std::string>& arguments) {
     } else if (name == "--signals") {
       ok = SignalPresetNamed(value).has_value();
       options.signal_preset = value;
+    } else if (name == "--latency") {
+      char* end = nullptr;
+      options.latency_ms = std::strtod(value.c_str(), &end);
+      ok = !value.empty() && *end == '\0' && options.latency_ms >= 0 && options.latency_ms <= 1e4;
     } else if (name == "--log") {
       options.log_file = value;
     } else {

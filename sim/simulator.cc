@@ -24,6 +24,7 @@ InstrumentConfig ConfigFrom(const SimulatorOptions& options) {
   config.has_wgen = options.has_wgen;
   config.has_dvm = options.has_dvm;
   config.signal_preset = SignalPresetNamed(options.signal_preset).value_or(SignalPreset::kProbes);
+  config.latency_ms = options.latency_ms;
   return config;
 }
 

@@ -19,6 +19,9 @@ struct SimulatorOptions {
   // The inputs' signals at start-up: "probes" (a scope with its probes connected) or "flat"
   // (nothing at all, not even noise, for tests that need silence).
   std::string signal_preset = "probes";
+  // A real instrument's pace: milliseconds each exchange takes, and the slow commands'
+  // time built on it (sim/model/pace.h); 0 answers at once.
+  double latency_ms = 0;
   std::string bind_address = "127.0.0.1";
   // 0 picks an ephemeral port; -1 leaves that transport off.
   int socket_port = 0;

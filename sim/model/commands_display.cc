@@ -6,6 +6,7 @@
 #include "sim/image/screen_drawing.h"
 #include "sim/model/channel_data.h"
 #include "sim/model/command_table.h"
+#include "sim/model/pace.h"
 #include "sim/model/run_control.h"
 #include "sim/scpi/definite_block.h"
 #include "sim/scpi/header_pattern.h"
@@ -51,6 +52,7 @@ ScreenContent CurrentScreen(const InstrumentState& state) {
 
 int ScreenImage(InstrumentState& state, const Call& call, std::string* reply) {
   if (call.parameters.size() > 2) return -108;
+  ChargeSlowCommand(state, SlowCommand::kScreenImage);
   ImageFormat format = ImageFormat::kBmp24;
   bool gray = false;
   if (!call.parameters.empty()) {

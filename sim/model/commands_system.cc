@@ -3,6 +3,7 @@
 #include <string>
 
 #include "sim/model/command_table.h"
+#include "sim/model/pace.h"
 #include "sim/model/run_control.h"
 #include "sim/model/setting_rules.h"
 #include "sim/scpi/header_pattern.h"
@@ -131,6 +132,7 @@ int DigitizeCommand(InstrumentState& state, const Call& call, std::string*) {
     if (!known) return -224;
   }
   Digitize(state);
+  ChargeSlowCommand(state, SlowCommand::kDigitize);
   return 0;
 }
 int ForceCommand(InstrumentState& state, const Call& call, std::string*) {
@@ -139,6 +141,7 @@ int ForceCommand(InstrumentState& state, const Call& call, std::string*) {
 }
 int AutoscaleCommand(InstrumentState& state, const Call&, std::string*) {
   Autoscale(state);
+  ChargeSlowCommand(state, SlowCommand::kAutoscale);
   return 0;
 }
 int LevelSetupCommand(InstrumentState& state, const Call& call, std::string*) {

@@ -1,5 +1,8 @@
 #include "sim/model/instrument.h"
 
+#include <thread>
+
+#include "sim/model/pace.h"
 #include "sim/model/run_control.h"
 #include "sim/model/setting_rules.h"
 #include "sim/model/signal_presets.h"
@@ -105,7 +108,20 @@ std::string Instrument::Run(std::string_view message) {
 }
 
 HandlerResponse Instrument::HandleMessage(std::string_view message) {
-  std::lock_guard lock(mutex_);
+  HandlerResponse response;
+  std::chrono::microseconds busy{0};
+  {
+    std::lock_guard lock(mutex_);
+    response = Respond(message);
+    busy = TakeMessageTime(state_);
+  }
+  // The instrument is busy with the message before it answers or reads the next one; other
+  // connections may still be served meanwhile.
+  if (busy.count() > 0) std::this_thread::sleep_for(busy);
+  return response;
+}
+
+HandlerResponse Instrument::Respond(std::string_view message) {
   HandlerResponse response;
   Faults& faults = state_.faults;
   if (faults.drop_after == 0) {
@@ -153,7 +169,9 @@ void Instrument::DeviceClear() {
 
 std::string Instrument::Execute(std::string_view message) {
   std::lock_guard lock(mutex_);
-  return Run(message);
+  std::string reply = Run(message);
+  state_.charged_seconds = 0;  // a set-up step takes no time
+  return reply;
 }
 
 }  // namespace quarvelo::sim

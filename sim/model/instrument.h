@@ -37,6 +37,8 @@ class Instrument : public MessageHandler {
  private:
   // The replies of the message's queries joined by ";", without LF ("" when none).
   std::string Run(std::string_view message);
+  // The response to a message with the faults applied; called under the lock.
+  HandlerResponse Respond(std::string_view message);
   int RunCommand(const ScpiCommand& command, std::string* reply);
   void QueueError(int number);
 

@@ -17,6 +17,7 @@ struct InstrumentConfig {
   bool has_wgen = true;
   bool has_dvm = true;
   SignalPreset signal_preset = SignalPreset::kProbes;
+  double latency_ms = 0;  // per exchange; 0 answers at once (see pace.h)
 
   SuffixLimits suffix_limits() const {
     SuffixLimits limits;

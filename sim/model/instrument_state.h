@@ -57,6 +57,7 @@ struct InstrumentState {
 
   std::array<ChannelSource, 5> sources{};  // index 1..4
   bool front_end_noise = false;            // the channels add the front end's noise floor
+  double charged_seconds = 0;              // slow commands' time in the current message
   long requested_points = 1000;            // :WAVeform:POINts
   std::string persistence = "MIN";         // :DISPlay:PERSistence reply
   std::string measure_source1 = "CHAN1";

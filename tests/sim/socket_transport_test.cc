@@ -147,3 +147,36 @@ TEST_F(SocketTransportTest, StopClosesConnectionsAndRefusesNewOnes) {
 
 }  // namespace
 }  // namespace quarvelo::sim
+
+namespace quarvelo::sim {
+namespace {
+
+// With a latency set, every exchange (commands included) and each slow command takes at least
+// the time the pace model gives it.
+TEST(PaceTest, LatencyAddsItsTimeToEveryExchangeAndSlowCommands) {
+  SimulatorOptions options;
+  options.vxi11_port = options.portmapper_port = options.hislip_port = -1;
+  options.latency_ms = 10;
+  std::string error;
+  std::unique_ptr<Simulator> simulator = Simulator::Start(options, &error);
+  ASSERT_TRUE(simulator) << error;
+  LoopbackClient client(simulator->socket_port());
+  ASSERT_TRUE(client.connected());
+  using Clock = std::chrono::steady_clock;
+  auto start = Clock::now();
+  client.Send("*CLS\n:CHANnel1:SCALe 0.5\n");
+  for (int i = 0; i < 3; ++i) {
+    client.Send("*IDN?\n");
+    ASSERT_TRUE(client.ReadLine(kWait));
+  }
+  EXPECT_GE(Clock::now() - start, milliseconds(5 * 10));
+  // A digitize of 10 ms of screen: the acquisition, its transfer and the exchange.
+  client.Send(":TIMebase:SCALe 1ms\n");
+  start = Clock::now();
+  client.Send(":DIGitize;*OPC?\n");
+  ASSERT_TRUE(client.ReadLine(kWait));
+  EXPECT_GE(Clock::now() - start, milliseconds(10 + 20 * 10 + 10));
+}
+
+}  // namespace
+}  // namespace quarvelo::sim

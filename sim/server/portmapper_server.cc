@@ -150,6 +150,7 @@ void PortmapperServer::Run() {
         if (!AnswerPortmapperCall(call, core_port_, &reply)) continue;
         xdr::Bytes framed;
         rpc::AppendRecord(reply.bytes(), &framed);
+        if (omit_last_fragment_bit_) framed[0] &= std::byte{0x7F};
         keep = WriteAll(connection.socket.fd(), framed, stop_,
                         ServerClock::now() + kWriteTimeout) == IoResult::kOk;
       }

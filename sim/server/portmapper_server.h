@@ -22,6 +22,10 @@ class PortmapperServer {
   PortmapperServer(const PortmapperServer&) = delete;
   PortmapperServer& operator=(const PortmapperServer&) = delete;
 
+  // Some instruments' portmappers omit the last-fragment bit of their replies; call before
+  // Start to do the same over TCP.
+  void set_omit_last_fragment_bit(bool omit) { omit_last_fragment_bit_ = omit; }
+
   bool Start(std::string* error);
   std::uint16_t port() const { return port_; }
   bool serves_udp() const { return udp_.valid(); }
@@ -34,6 +38,7 @@ class PortmapperServer {
   std::uint16_t requested_port_;
   std::uint16_t core_port_;
   std::uint16_t port_ = 0;
+  bool omit_last_fragment_bit_ = false;
   Socket listener_;
   Socket udp_;
   StopSignal stop_;

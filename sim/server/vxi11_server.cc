@@ -45,8 +45,14 @@ ServerDeadline After(std::uint32_t milliseconds) {
 class Vxi11Session {
  public:
   Vxi11Session(MessageHandler& handler, const Vxi11ServerOptions& options, int fd,
-               const StopSignal& stop, std::atomic<std::int32_t>& next_lid)
-      : handler_(handler), options_(options), fd_(fd), stop_(stop), next_lid_(next_lid) {}
+               const StopSignal& stop, std::atomic<std::int32_t>& next_lid,
+               std::atomic<int>& live_links)
+      : handler_(handler),
+        options_(options),
+        fd_(fd),
+        stop_(stop),
+        next_lid_(next_lid),
+        live_links_(live_links) {}
 
   // Answers one record: the reply's RPC header and, for a successful call, the procedure's
   // results. Returns false when the connection must close (after the reply).
@@ -81,6 +87,7 @@ class Vxi11Session {
   int fd_;
   const StopSignal& stop_;
   std::atomic<std::int32_t>& next_lid_;
+  std::atomic<int>& live_links_;
   std::set<std::int32_t> links_;
   std::string input_;
   PendingReply pending_;
@@ -192,10 +199,16 @@ bool Vxi11Session::Dispatch(std::uint32_t procedure, xdr::Reader& in, xdr::Write
       out.PutInt32(vxi11::kNoError);
       return true;
     }
+    case vxi11::kDeviceUnlock: {
+      // Device_Link: the link id alone.
+      std::int32_t lid = 0;
+      if (!in.GetInt32(&lid)) return false;
+      out.PutInt32(LinkKnown(lid) ? vxi11::kNoError : vxi11::kInvalidLinkIdentifier);
+      return true;
+    }
     case vxi11::kDeviceTrigger:
     case vxi11::kDeviceRemote:
-    case vxi11::kDeviceLocal:
-    case vxi11::kDeviceUnlock: {
+    case vxi11::kDeviceLocal: {
       vxi11::DeviceGenericParms parms;
       if (!vxi11::Get(in, &parms)) return false;
       out.PutInt32(LinkKnown(parms.lid) ? vxi11::kNoError : vxi11::kInvalidLinkIdentifier);
@@ -232,7 +245,9 @@ bool Vxi11Session::Dispatch(std::uint32_t procedure, xdr::Reader& in, xdr::Write
     case vxi11::kDestroyLink: {
       std::int32_t lid = 0;
       if (!in.GetInt32(&lid)) return false;
-      out.PutInt32(links_.erase(lid) != 0 ? vxi11::kNoError : vxi11::kInvalidLinkIdentifier);
+      const bool known = links_.erase(lid) != 0;
+      if (known) --live_links_;
+      out.PutInt32(known ? vxi11::kNoError : vxi11::kInvalidLinkIdentifier);
       return true;
     }
     default:
@@ -244,6 +259,9 @@ void Vxi11Session::CreateLink(const vxi11::CreateLinkParms& parms, xdr::Writer& 
   vxi11::CreateLinkResp response;
   if (!IsDeviceName(parms.device)) {
     response.error = vxi11::kDeviceNotAccessible;
+  } else if (++live_links_ > options_.max_links) {
+    --live_links_;
+    response.error = vxi11::kOutOfResources;
   } else {
     response.lid = next_lid_++;
     links_.insert(response.lid);
@@ -317,6 +335,11 @@ bool Vxi11Session::DeviceRead(const vxi11::DeviceReadParms& parms, xdr::Writer& 
   bool ready = false;
   if (!WaitForReply(parms.io_timeout, &ready)) return true;  // stopping; reply is dropped
   if (!ready) {
+    if (options_.late_timeout_reply.count() > 0 &&
+        WaitFor(fd_, 0, stop_, ServerClock::now() + options_.late_timeout_reply) ==
+            IoResult::kStopped) {
+      return true;
+    }
     response.error = vxi11::kIoTimeout;
     vxi11::Put(out, response);
     return true;
@@ -380,7 +403,7 @@ void Vxi11Server::Serve(Socket connection) {
       std::max<std::size_t>(options_.max_recv_size, kScratchSize) + kRecordOverhead;
   rpc::RecordAssembler assembler(max_record);
   std::vector<std::byte> scratch(kScratchSize);
-  Vxi11Session session(handler_, options_, connection.fd(), loop_.stop(), next_lid_);
+  Vxi11Session session(handler_, options_, connection.fd(), loop_.stop(), next_lid_, live_links_);
   for (;;) {
     while (!assembler.HasRecord()) {
       std::size_t count = 0;

@@ -6,6 +6,7 @@
 #define QUARVELO_SIM_SERVER_VXI11_SERVER_H_
 
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <string>
 
@@ -19,6 +20,12 @@ struct Vxi11ServerOptions {
   std::uint32_t max_recv_size = 64 * 1024;
   // The most bytes one device_read returns, whatever the client asks (0 = as asked).
   std::uint32_t max_read_size = 0;
+  // Links open at once, over all connections; create_link beyond answers error 9. A link
+  // ends only with destroy_link, as on instruments that never notice a client gone.
+  int max_links = 16;
+  // A device_read that runs out of io_timeout is answered (error 15) this much later, as
+  // real instruments answer a little after io_timeout.
+  std::chrono::milliseconds late_timeout_reply{0};
 };
 
 class Vxi11Server {
@@ -33,6 +40,7 @@ class Vxi11Server {
   bool Start(std::string* error);
   // The bound port (the ephemeral one when constructed with 0), 0 before Start.
   std::uint16_t port() const { return loop_.port(); }
+  int live_links() const { return live_links_.load(); }
   // Ends the current connection and the thread; safe to call more than once.
   void Stop();
 
@@ -44,6 +52,7 @@ class Vxi11Server {
   std::uint16_t requested_port_;
   Vxi11ServerOptions options_;
   std::atomic<std::int32_t> next_lid_{1};
+  std::atomic<int> live_links_{0};
   AcceptLoop loop_;
 };
 

@@ -27,11 +27,13 @@ using visa::Transport;
 
 class Vxi11Test : public ::testing::Test {
  protected:
-  void StartServers(sim::Vxi11ServerOptions options = {}) {
+  void StartServers(sim::Vxi11ServerOptions options = {}, bool omit_last_fragment_bit = false) {
+    portmapper_.reset();
     core_ = std::make_unique<sim::Vxi11Server>(handler_, "127.0.0.1", 0, options);
     std::string error;
     ASSERT_TRUE(core_->Start(&error)) << error;
     portmapper_ = std::make_unique<sim::PortmapperServer>("127.0.0.1", 0, core_->port());
+    portmapper_->set_omit_last_fragment_bit(omit_last_fragment_bit);
     ASSERT_TRUE(portmapper_->Start(&error)) << error;
   }
 
@@ -59,18 +61,57 @@ TEST_F(Vxi11Test, WritesAreSplitToTheLinksMaxRecvSize) {
   EXPECT_EQ(reply, text + "\n");
 }
 
-TEST_F(Vxi11Test, WriteTimeOutThenAGoodExchange) {
+// Instruments answer a read that ran out of io_timeout a little late; the client waits for
+// that answer, so the next exchange does not queue behind it.
+TEST_F(Vxi11Test, LateTimeOutReplyIsReceivedNotLeftPending) {
+  StartServers({.late_timeout_reply = std::chrono::milliseconds(400)});
+  auto transport = Open();
+  ASSERT_NE(transport, nullptr);
+  std::string reply;
+  EXPECT_EQ(Query(*transport, "SLOW?", &reply, 150), VI_ERROR_TMO);
+  const auto start = Clock::now();
+  ASSERT_EQ(Query(*transport, "*IDN?", &reply, 1000), VI_SUCCESS);
+  EXPECT_EQ(reply, kIdn);
+  EXPECT_LT(Clock::now() - start, std::chrono::milliseconds(250));
+}
+
+TEST_F(Vxi11Test, PortmapperReplyWithoutTheLastFragmentBit) {
+  StartServers({}, /*omit_last_fragment_bit=*/true);
+  auto transport = Open();
+  ASSERT_NE(transport, nullptr);
+  std::string reply;
+  EXPECT_EQ(Query(*transport, "*IDN?", &reply), VI_SUCCESS);
+}
+
+TEST_F(Vxi11Test, LinkLimitIsABusyResourceAndClosingFreesTheLink) {
+  StartServers({.max_links = 1});
+  std::unique_ptr<Transport> link = Open();
+  ASSERT_NE(link, nullptr);
+  EXPECT_EQ(core_->live_links(), 1);
+  link.reset();
+  EXPECT_EQ(core_->live_links(), 0) << "destroy_link landed";
+  link = Open();
+  ASSERT_NE(link, nullptr);
+  link.reset();
+  StartServers({.max_links = 0});
+  EXPECT_EQ(visa::OpenVxi11Transport("127.0.0.1:core:" + std::to_string(core_->port()), "inst0",
+                                     In(1000), &link),
+            VI_ERROR_RSRC_BUSY);
+}
+
+TEST_F(Vxi11Test, LateWriteReplyWithinTheGraceThenAGoodExchange) {
   StartServers();
   auto transport = Open();
   ASSERT_NE(transport, nullptr);
-  // The instrument is busy with the message and answers the device_write late.
+  // The instrument is busy with the message and answers the device_write after io_timeout;
+  // the answer is waited for, so nothing is left over.
   const auto start = Clock::now();
-  EXPECT_EQ(WriteMessage(*transport, "STALL\n", In(200)), VI_ERROR_TMO);
-  EXPECT_LT(Clock::now() - start, std::chrono::milliseconds(450));
+  EXPECT_EQ(WriteMessage(*transport, "STALL\n", In(200)), VI_SUCCESS);
+  EXPECT_LT(Clock::now() - start, std::chrono::milliseconds(1200));
   std::string reply;
   ASSERT_EQ(Query(*transport, "*IDN?", &reply), VI_SUCCESS);
   EXPECT_EQ(reply, kIdn);
-  EXPECT_EQ(handler_.cleared.load(), 1) << "the next write clears what may be left over";
+  EXPECT_EQ(handler_.cleared.load(), 0);
 }
 
 TEST_F(Vxi11Test, PortmapperAnswersDatagramsToo) {

@@ -66,6 +66,7 @@ constexpr std::array kStatusTexts = {
     StatusEntry{VI_ERROR_USER_BUF,
                 "VI_ERROR_USER_BUF: A specified user buffer is not valid or cannot be accessed "
                 "for the required size."},
+    StatusEntry{VI_ERROR_ABORT, "VI_ERROR_ABORT: User abort occurred during transfer."},
     StatusEntry{VI_ERROR_RSRC_BUSY,
                 "VI_ERROR_RSRC_BUSY: The resource is valid, but VISA cannot currently access "
                 "it."},

@@ -76,6 +76,7 @@ inline constexpr ViStatus VI_ERROR_CLOSING_FAILED = ViErrorCode(0x16);
 inline constexpr ViStatus VI_ERROR_NSUP_ATTR = ViErrorCode(0x1D);
 inline constexpr ViStatus VI_ERROR_NSUP_ATTR_STATE = ViErrorCode(0x1E);
 inline constexpr ViStatus VI_ERROR_ATTR_READONLY = ViErrorCode(0x1F);
+inline constexpr ViStatus VI_ERROR_ABORT = ViErrorCode(0x30);
 inline constexpr ViStatus VI_ERROR_RAW_WR_PROT_VIOL = ViErrorCode(0x34);
 inline constexpr ViStatus VI_ERROR_RAW_RD_PROT_VIOL = ViErrorCode(0x35);
 inline constexpr ViStatus VI_ERROR_OUTP_PROT_VIOL = ViErrorCode(0x36);

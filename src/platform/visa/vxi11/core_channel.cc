@@ -16,6 +16,11 @@ ViStatus StatusFromDeviceError(std::int32_t error) {
       return VI_ERROR_TMO;
     case kDeviceLockedByAnotherLink:
       return VI_ERROR_RSRC_LOCKED;
+    case kOutOfResources:
+      // The instrument's limit of simultaneous links (or other resources) is reached.
+      return VI_ERROR_RSRC_BUSY;
+    case kAbort:
+      return VI_ERROR_ABORT;
     case kInvalidLinkIdentifier:
     case kChannelNotEstablished:
       return VI_ERROR_CONN_LOST;

@@ -149,7 +149,7 @@ bool RecordAssembler::Feed(std::span<const std::byte> data) {
 void RecordAssembler::EndFragmentIfComplete() {
   if (!in_fragment_ || fragment_left_ != 0) return;
   in_fragment_ = false;
-  if (last_fragment_) {
+  if (last_fragment_ || every_fragment_ends_record_) {
     records_.push_back(std::move(current_));
     current_.clear();
   }

@@ -72,6 +72,9 @@ class RecordAssembler {
   bool failed() const { return failed_; }
   void set_max_record(std::size_t max_record) { max_record_ = max_record; }
   bool HasRecord() const { return !records_.empty(); }
+  // Takes every fragment as a whole record: some instruments' portmappers omit the
+  // last-fragment bit on their one-fragment replies.
+  void set_every_fragment_ends_record(bool value) { every_fragment_ends_record_ = value; }
   xdr::Bytes PopRecord();
   // Inside a fragment's data, how much of it is still to come (0 elsewhere), and room for up
   // to `max` of those bytes at the end of the record, so that a large fragment can be
@@ -92,6 +95,7 @@ class RecordAssembler {
   bool last_fragment_ = false;
   std::size_t fragment_left_ = 0;
   bool failed_ = false;
+  bool every_fragment_ends_record_ = false;
   std::size_t space_offset_ = 0;  // where FragmentSpace's room starts in current_
 
   void EndFragmentIfComplete();

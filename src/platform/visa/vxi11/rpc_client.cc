@@ -65,7 +65,12 @@ ViStatus RpcClient::Call(std::uint32_t procedure, const xdr::Bytes& arguments, D
     xdr::Reader reader(record);
     rpc::ReplyHeader header;
     if (!rpc::GetReplyHeader(reader, &header)) return Fail(VI_ERROR_IO);
-    if (header.xid != xid) continue;  // the late answer to a call that timed out
+    if (header.xid != xid) {
+      // The late answer to a call that timed out; a server sending nothing but those must
+      // not hold this call past its deadline.
+      if (deadline != Deadline::max() && Clock::now() >= deadline) return VI_ERROR_TMO;
+      continue;
+    }
     if (!header.accepted || header.stat != rpc::AcceptStat::kSuccess) return VI_ERROR_IO;
     *results_offset = record.size() - reader.remaining();
     *results = std::move(record);

@@ -30,6 +30,9 @@ class RpcClient {
                 xdr::Bytes* results, std::size_t* results_offset);
 
   void set_max_reply(std::size_t max_reply);
+  void set_every_fragment_ends_record(bool value) {
+    assembler_.set_every_fragment_ends_record(value);
+  }
   bool broken() const { return broken_; }
 
  private:

@@ -19,7 +19,16 @@ constexpr std::size_t kMinReadRequest = 64 * 1024;
 constexpr std::size_t kMaxReadRequest = 8 * 1024 * 1024;
 // Servers report maxRecvSize; the standard's minimum is 1024.
 constexpr std::uint32_t kMinRecvSize = 1024;
-constexpr auto kCloseTimeout = std::chrono::milliseconds(500);
+// destroy_link may queue behind a device_read the instrument is still timing out.
+constexpr auto kCloseTimeout = std::chrono::milliseconds(1000);
+// The instrument answers a call that ran out of io_timeout with error 15, a little after
+// io_timeout; the reply is waited for this much longer so that it is received rather than
+// left to delay the next call.
+constexpr auto kReplyGrace = std::chrono::milliseconds(1000);
+
+Deadline ReplyDeadline(Deadline io_deadline) {
+  return io_deadline == Deadline::max() ? io_deadline : io_deadline + kReplyGrace;
+}
 
 std::optional<std::uint16_t> ParsePort(std::string_view text) {
   unsigned value = 0;
@@ -36,6 +45,7 @@ ViStatus LookUpCorePort(const Vxi11Endpoint& endpoint, Deadline deadline, std::u
     return VI_ERROR_RSRC_NFOUND;
   }
   RpcClient portmapper(std::move(stream), portmapper::kProgram, portmapper::kVersion, kSmallReply);
+  portmapper.set_every_fragment_ends_record(true);
   xdr::Writer arguments;
   portmapper::PutMapping(arguments,
                          {vxi11::kCoreProgram, vxi11::kCoreVersion, portmapper::kProtocolTcp, 0});
@@ -107,9 +117,11 @@ ViStatus Vxi11Transport::Open(const Vxi11Endpoint& endpoint, const std::string& 
   }
   xdr::Reader reader(std::span<const std::byte>(results).subspan(offset));
   vxi11::CreateLinkResp response;
-  if (!vxi11::Get(reader, &response) || response.error != vxi11::kNoError) {
-    return VI_ERROR_RSRC_NFOUND;
+  if (!vxi11::Get(reader, &response)) return VI_ERROR_RSRC_NFOUND;
+  if (response.error == vxi11::kOutOfResources || response.error == vxi11::kAbort) {
+    return vxi11::StatusFromDeviceError(response.error);
   }
+  if (response.error != vxi11::kNoError) return VI_ERROR_RSRC_NFOUND;
   rpc->set_max_reply(kMaxReadRequest);
   out->reset(new Vxi11Transport(std::move(rpc), response.lid,
                                 std::max(response.max_recv_size, kMinRecvSize)));
@@ -147,8 +159,8 @@ ViStatus Vxi11Transport::Write(std::span<const std::byte> data, bool end, Deadli
     vxi11::Put(arguments, parms);
     xdr::Bytes results;
     std::size_t results_offset = 0;
-    const ViStatus status =
-        rpc_->Call(vxi11::kDeviceWrite, arguments.bytes(), deadline, &results, &results_offset);
+    const ViStatus status = rpc_->Call(vxi11::kDeviceWrite, arguments.bytes(),
+                                       ReplyDeadline(deadline), &results, &results_offset);
     if (status != VI_SUCCESS) {
       write_timed_out_ = status == VI_ERROR_TMO;
       return status;
@@ -181,8 +193,8 @@ ViStatus Vxi11Transport::Read(std::span<std::byte> buffer, Deadline deadline, Re
     vxi11::Put(arguments, parms);
     xdr::Bytes results;
     std::size_t results_offset = 0;
-    const ViStatus status =
-        rpc_->Call(vxi11::kDeviceRead, arguments.bytes(), deadline, &results, &results_offset);
+    const ViStatus status = rpc_->Call(vxi11::kDeviceRead, arguments.bytes(),
+                                       ReplyDeadline(deadline), &results, &results_offset);
     if (status != VI_SUCCESS) return status;
     xdr::Reader reader(std::span<const std::byte>(results).subspan(results_offset));
     vxi11::DeviceReadResp response;
@@ -213,8 +225,8 @@ ViStatus Vxi11Transport::Clear(Deadline deadline) {
   vxi11::Put(arguments, parms);
   xdr::Bytes results;
   std::size_t offset = 0;
-  const ViStatus status =
-      rpc_->Call(vxi11::kDeviceClear, arguments.bytes(), deadline, &results, &offset);
+  const ViStatus status = rpc_->Call(vxi11::kDeviceClear, arguments.bytes(),
+                                     ReplyDeadline(deadline), &results, &offset);
   if (status != VI_SUCCESS) return status;
   xdr::Reader reader(std::span<const std::byte>(results).subspan(offset));
   std::int32_t error = 0;

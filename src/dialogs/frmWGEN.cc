@@ -284,7 +284,8 @@ void frmWGEN::ShowFunction() {
     ssp_value_->setValue(value);
     lbl_value_->setText(QString::fromLatin1(label));
     ssp_value_->setToolTip(QString::fromLatin1(tooltip));
-    ssp_value_->setAccessibleName(QString::fromLatin1(label));
+    ssp_value_->setAccessibleName(*label != '\0' ? QString::fromLatin1(label)
+                                                 : QStringLiteral("Shape parameter (%)"));
   };
   if (f == "SIN") {
     shape(0, 0, "", "");

@@ -6,8 +6,10 @@
 #include <QComboBox>
 #include <QLineEdit>
 #include <QRadioButton>
+#include <QRegularExpression>
 #include <QSpinBox>
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -64,6 +66,27 @@ class InstrumentDialogTest : public testing::Test {
   OnlineScope s_;
   std::vector<bool> sweeps_;
 };
+
+TEST_F(InstrumentDialogTest, EveryControlHasANameForScreenReaders) {
+  s_.readback.ReadBackMath(true);
+  s_.readback.ReadBackWgen();
+  const std::unique_ptr<QDialog> dialogs[] = {std::make_unique<frmMath>(Services()),
+                                              std::make_unique<frmWGEN>(Services()),
+                                              std::make_unique<frmChannelLabel>(Services(), 1),
+                                              std::make_unique<frmAnnotation>(Services())};
+  for (const auto& dialog : dialogs) {
+    int named = 0;
+    for (QWidget* widget : dialog->findChildren<QWidget*>()) {
+      const QString name = widget->objectName();
+      static const QRegularExpression kControl("^(txt|cmd|cbo|ssp|ssr|opt|fra|fa)[A-Z]");
+      if (!kControl.match(name).hasMatch()) continue;
+      ++named;
+      EXPECT_FALSE(widget->accessibleName().isEmpty())
+          << dialog->objectName().toStdString() << " " << name.toStdString();
+    }
+    EXPECT_GT(named, 3) << dialog->objectName().toStdString();
+  }
+}
 
 // --- Math.
 

@@ -120,15 +120,12 @@ void frmKeysight::BuildSweep() {
       this, fra_fft_, fra_visa_, fra_activity_, pic_screen_, lbl_avg_count_, pgb_fft_});
   sweep_view_->AttachScreen(screen_->View(), screen_->State());
   sample_store_ = std::make_unique<RecordSampleStore>(records_);
-  spectrum_host_ = std::make_unique<WindowSpectrumHost>(scope_, *tools_, *sweep_view_);
+  sweep_commands_ = std::make_unique<ControlSweepCommands>(*commands_, settings_, *tools_,
+                                                           scope_.ToolUpdateInProgress);
+  spectrum_host_ = std::make_unique<WindowSpectrumHost>(scope_, *sweep_commands_, *sweep_view_);
   analyzer_ = std::make_unique<spectrum::SpectrumAnalyzer>(
       spectrum_, workspace_, fourier_, *sample_store_, *spectrum_host_, *ui_,
       sweep_state_.StopRequested);
-  // Until the control command set owns the user's spectrum choices, the settings record and
-  // the bandwidth-limit ribbon are read here.
-  sweep_commands_ = std::make_unique<LinkSweepCommands>(
-      *link_, scope_, *tools_, settings_,
-      [this] { return std::make_pair(BandwidthLimitDown(), UpperLimitText()); });
   sweep_ = std::make_unique<SweepCycle>(
       SweepParts{*link_, scope_, records_, *readback_, *capture_, spectrum_, *analyzer_, *ui_,
                  *tools_},

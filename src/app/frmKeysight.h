@@ -221,7 +221,7 @@ class frmKeysight : public QMainWindow, private MainWindowView, private link::Li
   std::unique_ptr<RecordSampleStore> sample_store_;
   std::unique_ptr<WindowSpectrumHost> spectrum_host_;
   std::unique_ptr<spectrum::SpectrumAnalyzer> analyzer_;
-  std::unique_ptr<LinkSweepCommands> sweep_commands_;
+  std::unique_ptr<ControlSweepCommands> sweep_commands_;
   std::unique_ptr<SweepCycle> sweep_;
 
   // CSV waveform files and screen images (BuildFiles), after the sweep they use.

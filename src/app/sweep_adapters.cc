@@ -1,6 +1,5 @@
 #include "app/sweep_adapters.h"
 
-#include <string_view>
 #include <utility>
 
 #include "display/format.h"
@@ -53,51 +52,32 @@ bool WindowSpectrumHost::ChannelDisplayed(int channel) const {
 }
 
 void WindowSpectrumHost::DrawSpectrum(int channel) { view_.DrawSpectrum(channel); }
-bool WindowSpectrumHost::MdiChecked() const { return tools_.ToolState("ID_MDI"); }
+bool WindowSpectrumHost::MdiChecked() const { return commands_.MixedDomain(); }
 int WindowSpectrumHost::ReferenceChannel() const { return view_.DisplayedChannel(); }
 void WindowSpectrumHost::RedrawStatusPanel() { view_.DrawStatusPanel(); }
 void WindowSpectrumHost::ShowAverageCount(int count) { view_.ShowAverageCount(count); }
 void WindowSpectrumHost::SetLastZoomMode(int mode) { view_.SetLastZoomMode(mode); }
 void WindowSpectrumHost::RestoreOscilloscopePane() { view_.RestoreOscilloscopePane(); }
 
-spectrum::FftSettings FftSettingsFrom(const AppSettings& settings, bool upper_limit_on,
-                                      std::string upper_limit_text) {
-  spectrum::FftSettings fft;
-  fft.WindowIndex = static_cast<std::int16_t>(settings.WindowIndex);
-  fft.AverageCount = settings.AverageCount;
-  fft.SpectrumUnit = static_cast<std::int16_t>(settings.SpectrumUnit);
-  fft.AutoAlgorithm = settings.AutoAlgorithm ? 1 : 0;
-  fft.Algorithm = static_cast<std::int16_t>(settings.Algorithm);
-  fft.UpperLimitOn = upper_limit_on;
-  fft.UpperLimitText = std::move(upper_limit_text);
-  return fft;
+void ControlSweepCommands::SetChannelDisplay(int channel, bool on) {
+  commands_.SetChannelDisplay(channel, on, /*refresh=*/false);
 }
 
-void LinkSweepCommands::SetChannelDisplay(int channel, bool on) {
-  if (channel < 1 || channel > scope_.ChannelCount || link_.session().TimedOut) return;
-  scope_.Channels[static_cast<std::size_t>(channel)].Displayed = on;
-  {
-    link::ToolUpdateGuard guard(scope_.ToolUpdateInProgress);
-    tools_.SetToolState("ID_CH" + std::to_string(channel), on);
-  }
-  link_.SendCommand(":CHANnel" + std::to_string(channel) + ":DISPlay " + (on ? "1" : "0"));
+void ControlSweepCommands::SetTriggerSource(int channel) {
+  commands_.SetTriggerSource(channel, /*refresh=*/false);
 }
 
-void LinkSweepCommands::SetTriggerSource(int channel) {
-  if (channel < 1 || channel > scope_.ChannelCount) return;
-  scope_.TriggerSource = "CHAN" + std::to_string(channel);
-  scope_.TriggerChannel = static_cast<std::int16_t>(channel);
-  link_.SendCommand(":TRIGger:EDGE:SOURce " + scope_.TriggerSource);
+void ControlSweepCommands::SetDvmEnable(bool on) { commands_.SetDvmEnable(on, /*refresh=*/false); }
+
+spectrum::FftSettings ControlSweepCommands::FftSettings() const {
+  return control::FftSettingsOf(choices_);
 }
 
-void LinkSweepCommands::SetDvmEnable(bool on) {
-  if (!scope_.HasDvm) return;
-  link_.SendCommand(on ? ":DVM:ENABle 1" : ":DVM:ENABle 0");
-}
-
-spectrum::FftSettings LinkSweepCommands::FftSettings() const {
-  auto [on, text] = ribbon_();
-  return FftSettingsFrom(settings_, on, std::move(text));
+void ControlSweepCommands::PrepareFftTools() {
+  choices_.MixedDomain = false;
+  link::ToolUpdateGuard guard(tool_update_in_progress_);
+  tools_.SetComboIndex("ID_Bins", choices_.BinsIndex);
+  tools_.SetToolState("ID_MDI", false);
 }
 
 }  // namespace quarvelo::app

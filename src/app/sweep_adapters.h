@@ -5,15 +5,14 @@
 #ifndef QUARVELO_APP_SWEEP_ADAPTERS_H_
 #define QUARVELO_APP_SWEEP_ADAPTERS_H_
 
-#include <functional>
 #include <string>
 
 #include "acquisition/readback.h"
 #include "acquisition/scope_state.h"
 #include "acquisition/waveform_record.h"
-#include "app/app_settings.h"
 #include "app/sweep_view.h"
-#include "link/instrument_link.h"
+#include "control/control_commands.h"
+#include "control/spectrum_choices.h"
 #include "platform/ui/tool_host.h"
 #include "spectrum/spectrum_host.h"
 
@@ -47,9 +46,9 @@ class RecordSampleStore final : public spectrum::SampleStore {
 
 class WindowSpectrumHost final : public spectrum::SpectrumHost {
  public:
-  WindowSpectrumHost(const acquisition::ScopeState& scope, const ui::ToolHost& tools,
+  WindowSpectrumHost(const acquisition::ScopeState& scope, const SweepCommands& commands,
                      SweepView& view)
-      : scope_(scope), tools_(tools), view_(view) {}
+      : scope_(scope), commands_(commands), view_(view) {}
   void SetProgressRange(int minimum, int maximum) override;
   void SetProgressValue(double value) override;
   bool WindowMinimised() const override;
@@ -66,37 +65,31 @@ class WindowSpectrumHost final : public spectrum::SpectrumHost {
 
  private:
   const acquisition::ScopeState& scope_;
-  const ui::ToolHost& tools_;
+  const SweepCommands& commands_;
   SweepView& view_;
 };
 
-// The user's spectrum choices from the settings record and the bandwidth-limit ribbon.
-spectrum::FftSettings FftSettingsFrom(const AppSettings& settings, bool upper_limit_on,
-                                      std::string upper_limit_text);
-
-// The channel-display, trigger-source and voltmeter commands sent straight through the link.
-class LinkSweepCommands final : public SweepCommands {
+// The front-panel commands of the control command set and the user's spectrum choices.
+class ControlSweepCommands final : public SweepCommands {
  public:
-  // `ribbon` reads the bandwidth-limit button and its entry box.
-  LinkSweepCommands(link::InstrumentLink& link, acquisition::ScopeState& scope, ui::ToolHost& tools,
-                    const AppSettings& settings,
-                    std::function<std::pair<bool, std::string>()> ribbon)
-      : link_(link),
-        scope_(scope),
+  ControlSweepCommands(control::ControlCommands& commands, control::SpectrumChoices& choices,
+                       ui::ToolHost& tools, bool& tool_update_in_progress)
+      : commands_(commands),
+        choices_(choices),
         tools_(tools),
-        settings_(settings),
-        ribbon_(std::move(ribbon)) {}
+        tool_update_in_progress_(tool_update_in_progress) {}
   void SetChannelDisplay(int channel, bool on) override;
   void SetTriggerSource(int channel) override;
   void SetDvmEnable(bool on) override;
   spectrum::FftSettings FftSettings() const override;
+  bool MixedDomain() const override { return choices_.MixedDomain; }
+  void PrepareFftTools() override;
 
  private:
-  link::InstrumentLink& link_;
-  acquisition::ScopeState& scope_;
+  control::ControlCommands& commands_;
+  control::SpectrumChoices& choices_;
   ui::ToolHost& tools_;
-  const AppSettings& settings_;
-  std::function<std::pair<bool, std::string>()> ribbon_;
+  bool& tool_update_in_progress_;
 };
 
 }  // namespace quarvelo::app

@@ -47,7 +47,7 @@ void SweepCycle::ID_Sweep(bool restart) {
   BusyScope busy(state_.SweepBusy, parts_.ui, ui::PointerShape::kHourglass);
   state_.SweepMode = true;
 
-  if (parts_.tools.ToolState("ID_MDI")) {
+  if (commands_.MixedDomain()) {
     view_.ShowPanels(/*fft=*/true, /*visa=*/false, /*activity=*/true);
     view_.PrepareSpectrumEntries();
   } else {
@@ -138,7 +138,7 @@ void SweepCycle::SweepOffline() {
   spectrum.FirstPoint = 0;
   spectrum.LastPoint = parts_.records.Records[static_cast<std::size_t>(channel)].ByteCount - 1;
   view_.RedrawScreen();
-  if (parts_.tools.ToolState("ID_MDI") && Displayed(channel)) {
+  if (commands_.MixedDomain() && Displayed(channel)) {
     parts_.analyzer.MDISpectrum(spectrum.FirstPoint, spectrum.LastPoint, commands_.FftSettings());
   }
   view_.SetZoomCentre((spectrum.FirstPoint + spectrum.LastPoint) / 2.0);
@@ -152,11 +152,7 @@ void SweepCycle::FftRun(std::int16_t channel) {
   BusyScope busy(state_.FftBusy, parts_.ui, ui::PointerShape::kHourglass);
 
   state_.SweepMode = false;
-  {
-    link::ToolUpdateGuard guard(scope.ToolUpdateInProgress);
-    parts_.tools.SetToolVisible("ID_Bins", true);
-    parts_.tools.SetToolState("ID_MDI", false);
-  }
+  commands_.PrepareFftTools();
   view_.ShowPanels(/*fft=*/true, /*visa=*/false, /*activity=*/false);
   view_.PrepareSpectrumEntries();
 

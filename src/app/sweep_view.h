@@ -54,6 +54,10 @@ class SweepCommands {
   virtual void SetDvmEnable(bool on) = 0;
   // The user's spectrum choices as the computation reads them.
   virtual spectrum::FftSettings FftSettings() const = 0;
+  // Tool `ID_MDI`: the spectrum pane beside the traces.
+  virtual bool MixedDomain() const = 0;
+  // For the FFT run: `ID_MDI` off and the Max Bins list at the user's choice.
+  virtual void PrepareFftTools() = 0;
 };
 
 }  // namespace quarvelo::app

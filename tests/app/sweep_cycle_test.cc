@@ -1,29 +1,26 @@
-// The sweep and the FFT run against the simulated oscilloscope over loopback TCP, with the
-// real link, readback, capture and spectrum computation; the recording UI makes the pauses
-// free and plays the user. Assertions are on the lines the simulator received.
-#include "app/sweep_cycle.h"
-
+// The sweep, the FFT run and the refresh tick of the real main window against the simulated
+// oscilloscope over loopback TCP. Assertions are on the lines the simulator received.
 #include <gtest/gtest.h>
 
+#include <QApplication>
 #include <QLabel>
-#include <QProgressBar>
-#include <QWidget>
+#include <QPushButton>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTimer>
 #include <algorithm>
+#include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
-#include "app/app_settings.h"
-#include "app/sweep_adapters.h"
-#include "app/sweep_window_view.h"
-#include "platform/qt/picture_box.h"
-#include "spectrum/spectrum_analyzer.h"
-#include "tests/link/online_scope.h"
-#include "tests/link/sim_faults.h"
+#include "app/frmKeysight.h"
+#include "app/qt_startup_platform.h"
+#include "platform/qt/qsettings_store.h"
+#include "sim/simulator.h"
 
 namespace quarvelo::app {
 namespace {
-
-using testing_support::OnlineScope;
 
 // The lines received, without the error-queue queries that follow every command.
 std::vector<std::string> Lines(const sim::Simulator& simulator) {
@@ -48,26 +45,41 @@ std::vector<int> CaptureOrder(const std::vector<std::string>& lines) {
   return channels;
 }
 
-std::ptrdiff_t Position(const std::vector<std::string>& lines, const std::string& line) {
+std::ptrdiff_t First(const std::vector<std::string>& lines, const std::string& line) {
   return std::find(lines.begin(), lines.end(), line) - lines.begin();
+}
+
+std::ptrdiff_t Last(const std::vector<std::string>& lines, const std::string& line) {
+  return lines.rend() - std::find(lines.rbegin(), lines.rend(), line) - 1;
 }
 
 class SweepCycleTest : public testing::Test {
  protected:
-  SweepCycleTest() {
-    for (QWidget*& frame : frames_) frame = new QWidget(&window_);
-    view_ = std::make_unique<SweepWindowView>(
-        SweepWidgets{&window_, frames_[0], frames_[1], frames_[2], picture_, label_, progress_});
-    host_ = std::make_unique<WindowSpectrumHost>(s_.h.scope, s_.h.tools, *view_);
-    analyzer_ = std::make_unique<spectrum::SpectrumAnalyzer>(
-        spectrum_, workspace_, fourier_, store_, *host_, s_.h.ui, state_.StopRequested);
-    commands_ = std::make_unique<LinkSweepCommands>(
-        s_.h.link, s_.h.scope, s_.h.tools, settings_,
-        [] { return std::make_pair(false, std::string("200")); });
-    cycle_ = std::make_unique<SweepCycle>(
-        SweepParts{s_.h.link, s_.h.scope, s_.records, s_.readback, s_.capture, spectrum_,
-                   *analyzer_, s_.h.ui, s_.h.tools},
-        *view_, *commands_, state_);
+  void SetUp() override {
+    sim::SimulatorOptions options;
+    options.vxi11_port = -1;
+    options.portmapper_port = -1;
+    options.hislip_port = -1;
+    std::string error;
+    simulator_ = sim::Simulator::Start(options, &error);
+    ASSERT_NE(simulator_, nullptr) << error;
+    store_ = std::make_unique<qt::QSettingsStore>(dir_.path() + "/QUARVELO.conf");
+    store_->Set("Setup", "VISA", simulator_->SocketResource());
+    store_->Set("Setup", "Channels", "4");
+    store_->Set("Setup", "DVM", "1");
+    window_ = std::make_unique<frmKeysight>(*store_, platform_);
+    ASSERT_TRUE(window_->Form_Load());
+    window_->Link().OpenInstrument();
+    ASSERT_TRUE(window_->Session().RemoteOn);
+    // The poll would read the run bit in the middle of a sweep; the tick test starts it.
+    RefreshTimer()->stop();
+    // The user, playing along while the program lets events run.
+    user_.setInterval(1);
+    QObject::connect(&user_, &QTimer::timeout, [this] {
+      if (QWidget* box = QApplication::activeModalWidget()) box->close();
+      if (play_) play_();
+    });
+    user_.start();
   }
 
   // Channels 1..4 shown, the trigger on `trigger`, and nothing received so far.
@@ -75,28 +87,19 @@ class SweepCycleTest : public testing::Test {
     for (int n = 1; n <= 4; ++n) Execute(":CHANnel" + std::to_string(n) + ":DISPlay 1");
     Execute(":TRIGger:EDGE:SOURce CHANnel" + std::to_string(trigger));
     Execute(":TIMebase:SCALe 1E-5");
-    s_.simulator->ClearTraffic();
+    simulator_->ClearTraffic();
   }
-  void Execute(const std::string& line) { s_.simulator->Execute(line); }
-  std::vector<std::string> Sent() const { return Lines(*s_.simulator); }
+  void Execute(const std::string& line) { simulator_->Execute(line); }
+  std::vector<std::string> Sent() const { return Lines(*simulator_); }
+  QTimer* RefreshTimer() const { return window_->findChild<QTimer*>("tmrRefresh"); }
 
-  OnlineScope s_;
-  QWidget window_;
-  std::array<QWidget*, 3> frames_{};
-  qt::PictureBox* picture_ = new qt::PictureBox(true, Qt::black, &window_);
-  QLabel* label_ = new QLabel(&window_);
-  QProgressBar* progress_ = new QProgressBar(&window_);
-  spectrum::Spectrum spectrum_;
-  spectrum::FourierWorkspace workspace_;
-  spectrum::clsFourier fourier_;
-  RecordSampleStore store_{s_.records};
-  AppSettings settings_;
-  SweepState state_;
-  std::unique_ptr<SweepWindowView> view_;
-  std::unique_ptr<WindowSpectrumHost> host_;
-  std::unique_ptr<spectrum::SpectrumAnalyzer> analyzer_;
-  std::unique_ptr<LinkSweepCommands> commands_;
-  std::unique_ptr<SweepCycle> cycle_;
+  QTemporaryDir dir_;
+  std::unique_ptr<sim::Simulator> simulator_;
+  std::unique_ptr<qt::QSettingsStore> store_;
+  QtStartupPlatform platform_;
+  std::unique_ptr<frmKeysight> window_;
+  QTimer user_;
+  std::function<void()> play_;
 };
 
 struct SweepCase {
@@ -112,7 +115,7 @@ TEST_P(SweepTraffic, TriggerChannelLastOneDigitizeAndRunAsPolled) {
   Execute(c.running ? ":RUN" : ":STOP");
   ShowAllChannels(2);
 
-  cycle_->ID_Sweep(c.restart);
+  window_->Sweep().ID_Sweep(c.restart);
 
   const std::vector<std::string> sent = Sent();
   EXPECT_EQ(CaptureOrder(sent), (std::vector<int>{1, 3, 4, 2}));
@@ -120,17 +123,17 @@ TEST_P(SweepTraffic, TriggerChannelLastOneDigitizeAndRunAsPolled) {
   EXPECT_EQ(Count(sent, ":DIGitize"), c.restart ? 1 : 0);
   EXPECT_EQ(Count(sent, ":DIGitize CHANnel1") + Count(sent, ":DIGitize CHANnel2"), 0);
   if (c.restart) {
-    EXPECT_GT(Position(sent, ":DIGitize"), Position(sent, ":WAVeform:SOURce CHANnel1"));
-    EXPECT_LT(Position(sent, ":DIGitize"), Position(sent, ":WAVeform:SOURce CHANnel3"));
+    EXPECT_GT(First(sent, ":DIGitize"), First(sent, ":WAVeform:SOURce CHANnel1"));
+    EXPECT_LT(First(sent, ":DIGitize"), First(sent, ":WAVeform:SOURce CHANnel3"));
   }
   EXPECT_EQ(Count(sent, ":RUN"), c.running ? 1 : 0);
   if (c.running) EXPECT_EQ(sent.back(), ":RUN");
-  EXPECT_EQ(view_->DisplayedChannel(), 2);
-  EXPECT_EQ(spectrum_.LastPoint, s_.records.Records[2].ByteCount - 1);
-  EXPECT_GT(spectrum_.LastPoint, 0);
-  EXPECT_FALSE(state_.SweepBusy);
-  EXPECT_TRUE(state_.SweepMode);
-  EXPECT_EQ(s_.h.ui.pointer(), ui::PointerShape::kDefault);
+  const spectrum::Spectrum& spectrum = window_->SpectrumRecord();
+  EXPECT_EQ(spectrum.LastPoint, window_->Records().Records[2].ByteCount - 1);
+  EXPECT_GT(spectrum.LastPoint, 0);
+  EXPECT_TRUE(window_->SweepFlags().SweepMode);
+  EXPECT_FALSE(window_->SweepFlags().SweepBusy);
+  EXPECT_FALSE(window_->Tools().ToolCaption("ID_SR").empty());
 }
 
 INSTANTIATE_TEST_SUITE_P(Cases, SweepTraffic,
@@ -149,19 +152,18 @@ class SweepDvm : public SweepCycleTest, public testing::WithParamInterface<DvmCa
 
 TEST_P(SweepDvm, VoltmeterPausedOnlyOffTheTriggerChannel) {
   const DvmCase& c = GetParam();
-  s_.h.scope.HasDvm = true;
   Execute(":DVM:ENABle 1");
   Execute(":DVM:SOURce CHANnel" + std::to_string(c.dvm_source));
   ShowAllChannels(1);
 
-  cycle_->ID_Sweep(true);
+  window_->Sweep().ID_Sweep(false);
 
   const std::vector<std::string> sent = Sent();
   EXPECT_EQ(Count(sent, ":DVM:ENABle 0"), c.switched ? 1 : 0);
   EXPECT_EQ(Count(sent, ":DVM:ENABle 1"), c.switched ? 1 : 0);
   if (c.switched) {
-    EXPECT_LT(Position(sent, ":DVM:ENABle 0"), Position(sent, ":WAVeform:SOURce CHANnel2"));
-    EXPECT_GT(Position(sent, ":DVM:ENABle 1"), Position(sent, ":WAVeform:SOURce CHANnel1"));
+    EXPECT_LT(First(sent, ":DVM:ENABle 0"), First(sent, ":WAVeform:SOURce CHANnel2"));
+    EXPECT_GT(First(sent, ":DVM:ENABle 1"), First(sent, ":WAVeform:SOURce CHANnel1"));
   }
 }
 
@@ -171,64 +173,74 @@ INSTANTIATE_TEST_SUITE_P(Cases, SweepDvm,
                          [](const auto& info) { return std::string(info.param.name); });
 
 TEST_F(SweepCycleTest, StopDuringThirdPassStillConfiguresTheMathFft) {
-  settings_.AverageCount = 8;
+  window_->Settings().AverageCount = 8;
   ShowAllChannels(1);
-  s_.h.ui.SetEventHook([this] {
-    if (state_.AvgIndex == 3) cycle_->cmdStop_Click();
-  });
+  auto* stop = window_->findChild<QPushButton*>("cmdStop");
+  play_ = [&] {
+    if (window_->SweepFlags().AvgIndex == 3) stop->click();
+  };
 
-  cycle_->FftRun(1);
+  window_->Sweep().FftRun(1);
 
   const std::vector<std::string> sent = Sent();
-  EXPECT_EQ(state_.AvgIndex, 3);
+  EXPECT_EQ(window_->SweepFlags().AvgIndex, 3);
   EXPECT_EQ(Count(sent, ":DIGitize CHANnel1"), 3);
-  EXPECT_EQ(label_->text(), QStringLiteral("3"));
-  const std::string prefix = s_.h.scope.MathPrefix;
-  const std::ptrdiff_t fft = Position(sent, prefix + ":OPERation FFT");
-  ASSERT_LT(fft, static_cast<std::ptrdiff_t>(sent.size()));
-  EXPECT_LT(Position(sent, prefix + ":SOURce1 CHAN1"), fft);
-  EXPECT_GT(fft, std::find(sent.rbegin(), sent.rend(), ":DIGitize CHANnel1").base() - sent.begin());
-  EXPECT_TRUE(spectrum_.SpectrumReady);
-  EXPECT_FALSE(state_.SweepMode);
-  EXPECT_FALSE(state_.FftBusy);
+  EXPECT_EQ(window_->findChild<QLabel*>("lblAVGCount")->text(), QStringLiteral("3"));
+  const std::string prefix = window_->Scope().MathPrefix;
+  EXPECT_LT(Last(sent, ":DIGitize CHANnel1"), First(sent, prefix + ":SOURce1 CHAN1"));
+  EXPECT_LT(First(sent, prefix + ":SOURce1 CHAN1"), First(sent, prefix + ":OPERation FFT"));
+  EXPECT_LT(First(sent, prefix + ":OPERation FFT"), static_cast<std::ptrdiff_t>(sent.size()));
+  EXPECT_TRUE(window_->SpectrumRecord().SpectrumReady);
+  EXPECT_FALSE(window_->SweepFlags().SweepMode);
+  EXPECT_FALSE(window_->SweepFlags().FftBusy);
 }
 
 TEST_F(SweepCycleTest, FftRunMakesItsChannelShownAndTheTrigger) {
   Execute(":CHANnel3:DISPlay 0");
   Execute(":TRIGger:EDGE:SOURce CHANnel1");
-  s_.simulator->ClearTraffic();
+  simulator_->ClearTraffic();
 
-  cycle_->FftRun(3);
+  window_->Sweep().FftRun(3);
 
   const std::vector<std::string> sent = Sent();
-  EXPECT_LT(Position(sent, ":CHANnel3:DISPlay 1"), Position(sent, ":DIGitize CHANnel3"));
-  EXPECT_LT(Position(sent, ":TRIGger:EDGE:SOURce CHAN3"), Position(sent, ":DIGitize CHANnel3"));
-  EXPECT_EQ(state_.AvgIndex, 1);
-  EXPECT_GT(spectrum_.LastPoint, spectrum_.FirstPoint);
+  EXPECT_LT(First(sent, ":CHANnel3:DISPlay 1"), First(sent, ":DIGitize CHANnel3"));
+  EXPECT_LT(First(sent, ":TRIGger:EDGE:SOURce CHAN3"), First(sent, ":DIGitize CHANnel3"));
+  EXPECT_EQ(window_->SweepFlags().AvgIndex, 1);
+  EXPECT_GT(window_->SpectrumRecord().LastPoint, window_->SpectrumRecord().FirstPoint);
+}
+
+TEST_F(SweepCycleTest, FrontPanelKeyWithAutoRefreshSweepsOnTheNextTick) {
+  window_->Sweep().ID_Sweep(false);
+  window_->Link().flags().AutoRefresh = true;
+  Execute(":SIMulate:KEY");
+  simulator_->ClearTraffic();
+
+  RefreshTimer()->start();
+  ASSERT_TRUE(QTest::qWaitFor([&] { return !CaptureOrder(Sent()).empty(); }, 3000));
+
+  const std::vector<std::string> sent = Sent();
+  EXPECT_LT(First(sent, "*ESR?"), First(sent, ":WAVeform:SOURce CHANnel1"));
 }
 
 TEST_F(SweepCycleTest, TimeOutDuringCaptureEndsTheSweepWithTheCursorRestored) {
   ShowAllChannels(2);
   bool silenced = false;
-  // The capture pauses after ":STOP"; the next query then goes unanswered.
-  s_.h.ui.SetEventHook([&] {
+  // The capture pauses after ":STOP"; the query after the pause goes unanswered.
+  play_ = [&] {
     if (!silenced && Count(Sent(), ":STOP") == 1) {
-      Execute(testing_support::kNeverAnswerNextQuery);
+      Execute(":SIMulate:SILent");
       silenced = true;
     }
-  });
+  };
 
-  cycle_->ID_Sweep(true);
+  window_->Sweep().ID_Sweep(true);
 
   ASSERT_TRUE(silenced);
   // The capture does not tolerate time-outs: the link reports the error and closes.
-  EXPECT_FALSE(s_.h.session.RemoteOn);
-  ASSERT_EQ(s_.h.ui.messages().size(), 1u);
+  EXPECT_FALSE(window_->Session().RemoteOn);
   EXPECT_EQ(CaptureOrder(Sent()), std::vector<int>{1});
-  const std::vector<ui::Rgb>& activity = s_.h.ui.activity_history();
-  EXPECT_EQ(std::count(activity.begin(), activity.end(), ui::MakeRgb(0, 255, 0)), 0);
-  EXPECT_FALSE(state_.SweepBusy);
-  EXPECT_EQ(s_.h.ui.pointer(), ui::PointerShape::kDefault);
+  EXPECT_FALSE(window_->SweepFlags().SweepBusy);
+  EXPECT_FALSE(QApplication::overrideCursor());
 }
 
 }  // namespace

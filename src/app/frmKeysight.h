@@ -105,6 +105,8 @@ class frmKeysight : public QMainWindow, private MainWindowView, private link::Li
   acquisition::StateReadback& Readback() { return *readback_; }
   acquisition::WaveformCapture& Capture() { return *capture_; }
   spectrum::Spectrum& SpectrumRecord() { return spectrum_; }
+  // The screen drawing with its markers, cursors and layout.
+  ScreenWiring& Screen() { return *screen_; }
   spectrum::FourierWorkspace& Workspace() { return workspace_; }
   spectrum::clsFourier& Fourier() { return fourier_; }
   spectrum::SpectrumAnalyzer& Analyzer() { return *analyzer_; }

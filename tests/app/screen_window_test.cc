@@ -1,0 +1,102 @@
+// The screen drawing inside the real main window against the simulated oscilloscope over
+// loopback TCP: start-up frame, a sweep's traces, the mouse on picScreen and the zoom tool.
+#include <gtest/gtest.h>
+
+#include <QAction>
+#include <QApplication>
+#include <QLabel>
+#include <QTemporaryDir>
+#include <QTest>
+#include <memory>
+#include <string>
+
+#include "app/frmKeysight.h"
+#include "app/qt_startup_platform.h"
+#include "display/colours.h"
+#include "display/trace_raster.h"
+#include "platform/qt/picture_box.h"
+#include "platform/qt/qsettings_store.h"
+#include "sim/simulator.h"
+
+namespace quarvelo::app {
+namespace {
+
+class ScreenWindowTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    sim::SimulatorOptions options;
+    options.vxi11_port = -1;
+    options.portmapper_port = -1;
+    options.hislip_port = -1;
+    std::string error;
+    simulator_ = sim::Simulator::Start(options, &error);
+    ASSERT_NE(simulator_, nullptr) << error;
+    store_ = std::make_unique<qt::QSettingsStore>(dir_.path() + "/QUARVELO.conf");
+    store_->Set("Setup", "VISA", simulator_->SocketResource());
+    store_->Set("Setup", "Channels", "4");
+    window_ = std::make_unique<frmKeysight>(*store_, platform_);
+    window_->resize(1400, 900);
+    window_->show();
+    QApplication::processEvents();
+    ASSERT_TRUE(window_->Form_Load());
+  }
+
+  QRgb Pixel(double x_units, double y_units) const {
+    return window_->picScreen()->Image().pixel(display::ToPixel(x_units),
+                                               display::ToPixel(y_units)) &
+           0xffffffu;
+  }
+  QString Status() const { return window_->findChild<QLabel*>("lblScreen")->text(); }
+
+  QTemporaryDir dir_;
+  std::unique_ptr<sim::Simulator> simulator_;
+  std::unique_ptr<qt::QSettingsStore> store_;
+  QtStartupPlatform platform_;
+  std::unique_ptr<frmKeysight> window_;
+};
+
+TEST_F(ScreenWindowTest, SweepDrawsTracesTheMouseMeasuresAndTheZoomToolNarrowsTheView) {
+  const display::ScreenLayout& layout = window_->Screen().Layout();
+  // Start-up: the empty frame, the last zoom a reset.
+  EXPECT_EQ(window_->Screen().State().LastZoomMode, display::kZoomReset);
+  EXPECT_EQ(Pixel((layout.GridLeft + layout.GridRight) / 2 + 300, layout.GridTop), 0xffffffu);
+
+  window_->Link().OpenInstrument();
+  ASSERT_TRUE(window_->Session().RemoteOn);
+  simulator_->Execute(":CHANnel1:DISPlay 1");
+  simulator_->Execute(":CHANnel2:DISPlay 1");
+  simulator_->Execute(":TRIGger:EDGE:SOURce CHANnel2");
+  window_->Sweep().ID_Sweep(true);
+
+  // The trigger channel lies on top along its drawn points.
+  const std::int32_t first = layout.PointsFirst[2];
+  const std::int32_t last = layout.PointsLast[2];
+  ASSERT_GT(last, first);
+  const std::int32_t middle = (first + last) / 2;
+  EXPECT_EQ(Pixel(layout.PointX[2][middle], layout.PointY[2][middle]),
+            display::ChannelColour(2).rgb() & 0xffffffu);
+
+  // The left button on the trace: the cursor takes the sample under the pointer.
+  qt::PictureBox* screen = window_->picScreen();
+  const QPoint at(display::ToPixel(layout.PointX[2][middle]),
+                  display::ToPixel((layout.GridTop + layout.GridBottom) / 2));
+  QTest::mousePress(screen, Qt::LeftButton, {}, at);
+  EXPECT_TRUE(Status().startsWith("[L: ")) << Status().toStdString();
+  QTest::mouseRelease(screen, Qt::LeftButton, {}, at);
+  const display::Cursor& cursor = window_->Screen().State().Cursors[1];
+  EXPECT_TRUE(cursor.shown);
+  EXPECT_NEAR(cursor.index, middle, (last - first) / 200.0 + 1);
+
+  // Zoom in around the cursor: half the samples, every channel's range with it.
+  window_->findChild<QAction*>("ID_ZoomP")->trigger();
+  const spectrum::Spectrum& spectrum = window_->SpectrumRecord();
+  EXPECT_EQ(spectrum.LastPoint - spectrum.FirstPoint, (last - first) / 2);
+  EXPECT_LE(spectrum.FirstPoint, cursor.index);
+  EXPECT_GE(spectrum.LastPoint, cursor.index);
+  EXPECT_EQ(window_->Scope().Channels[1].FirstSample, spectrum.FirstPoint);
+  EXPECT_EQ(window_->Screen().State().LastZoomMode, display::kZoomIn);
+  window_->Link().CloseInstrument();
+}
+
+}  // namespace
+}  // namespace quarvelo::app

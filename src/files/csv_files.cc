@@ -70,6 +70,7 @@ void CsvFiles::SaveCsvFile() {
 }
 
 bool CsvFiles::WriteCsvFile(const std::string& path, std::int16_t channel) {
+  if (!ValidChannel(channel)) return false;
   const acquisition::WaveformRecord& record = records_.waveforms.Records[channel];
   const acquisition::ChannelSettings& settings = records_.scope.Channels[channel];
   const acquisition::SampleStorage& samples = records_.waveforms.Samples;

@@ -80,20 +80,6 @@ TEST_F(HelpTest, OpenDocumentChecksLocalFilesAndReportsFailuresInWords) {
   EXPECT_EQ(catcher_.opened[0].toLocalFile(), dir_.path() + "/notes.pdf");
 }
 
-TEST(OpenDocumentTextTest, CodesMapToTheirTexts) {
-  const struct {
-    int code;
-    const char* text;
-  } cases[] = {{2, "File not found"},
-               {11, "invalid EXE file or mirror in EXE image"},
-               {26, "A sharing violation occured"},
-               {31, "No association for file extension"},
-               {32, "DLL not found"},
-               {0, "unknow error"},
-               {4, "unknow error"}};
-  for (const auto& c : cases) EXPECT_EQ(OpenDocumentErrorText(c.code), c.text) << c.code;
-}
-
 TEST_F(HelpTest, GuideOpensAtItsIndexAndEveryPageLinkLeadsToAPageOfTheGuide) {
   frmHelp help(ui_);
   auto* browser = help.findChild<QTextBrowser*>("txtHelp");

@@ -2,6 +2,8 @@
 #include <algorithm>
 #include <cmath>
 #include <numeric>
+#include <optional>
+#include <utility>
 #include <string>
 #include <vector>
 
@@ -9,6 +11,7 @@
 #include "sim/model/command_table.h"
 #include "sim/scpi/header_pattern.h"
 #include "sim/scpi/number_text.h"
+#include "sim/signal/pulse_analysis.h"
 
 namespace quarvelo::sim {
 namespace {
@@ -105,6 +108,148 @@ int Vmin(InstrumentState& s, const Call& c, std::string* r) {
 int Vaverage(InstrumentState& s, const Call& c, std::string* r) {
   return ScreenMeasurement(s, c, r, [](const Statistics& m, bool) { return m.mean; });
 }
+// The pulse parameters of a channel's displayed waveform, and the time at the screen's
+// reference point (time measurements are made nearest it); nullopt when the channel is off.
+struct ScreenPulses {
+  PulseAnalysis analysis;
+  double reference = 0;
+  double signal_period = 0;  // of the input, when a whole one fits the screen; else 0
+
+  // From the edges on screen, else (one cycle with its edges at the screen's borders) the
+  // input's.
+  std::optional<double> Period() const {
+    if (std::optional<double> period = analysis.Period()) return period;
+    if (signal_period > 0 && !analysis.edges.empty()) return signal_period;
+    return std::nullopt;
+  }
+};
+
+std::optional<ScreenPulses> AnalyseChannel(const InstrumentState& state, int channel) {
+  if (channel == 0 || !state.settings.Flag(":CHANnel#C:DISPlay", channel)) return std::nullopt;
+  double span = 10 * state.settings.Number(":TIMebase:SCALe");
+  double left = CurrentGeometry(state).screen_left;
+  std::vector<double> volts =
+      ChannelVolts(state, channel, left, span / kMeasurePoints, kMeasurePoints);
+  return ScreenPulses{AnalysePulses(volts, left, span / kMeasurePoints),
+                      state.settings.Number(":TIMebase:POSition"),
+                      PeriodOnScreen(state, channel)};
+}
+
+using PulsePick = std::optional<double> (*)(const ScreenPulses& pulses);
+
+int PulseMeasurement(InstrumentState& state, const Call& call, std::string* reply,
+                     PulsePick pick) {
+  std::optional<ScreenPulses> pulses = AnalyseChannel(state, MeasuredChannel(state, call));
+  std::optional<double> value = pulses ? pick(*pulses) : std::nullopt;
+  *reply = ValueText(value.value_or(kNoValue));
+  return 0;
+}
+
+// Percentages of the amplitude need one worth measuring: a tenth of a code at 1 mV/div.
+std::optional<double> PercentOfAmplitude(const PulseAnalysis& a, double excursion) {
+  if (a.amplitude() < 4e-6) return std::nullopt;
+  return 100 * std::max(0.0, excursion) / a.amplitude();
+}
+
+std::optional<double> DutyCycle(const ScreenPulses& pulses) {
+  const PulseAnalysis& a = pulses.analysis;
+  double reference = pulses.reference;
+  std::optional<double> period = pulses.Period();
+  if (!period || *period <= 0) return std::nullopt;
+  if (std::optional<double> width = a.PositiveWidth(reference)) return 100 * *width / *period;
+  if (std::optional<double> width = a.NegativeWidth(reference)) {
+    return 100 * (1 - *width / *period);
+  }
+  return std::nullopt;
+}
+
+int Vamplitude(InstrumentState& s, const Call& c, std::string* r) {
+  return PulseMeasurement(s, c, r, [](const ScreenPulses& p) -> std::optional<double> {
+    return p.analysis.amplitude();
+  });
+}
+int Vtop(InstrumentState& s, const Call& c, std::string* r) {
+  return PulseMeasurement(
+      s, c, r, [](const ScreenPulses& p) -> std::optional<double> { return p.analysis.top; });
+}
+int Vbase(InstrumentState& s, const Call& c, std::string* r) {
+  return PulseMeasurement(
+      s, c, r, [](const ScreenPulses& p) -> std::optional<double> { return p.analysis.base; });
+}
+int Overshoot(InstrumentState& s, const Call& c, std::string* r) {
+  return PulseMeasurement(s, c, r, [](const ScreenPulses& p) {
+    return PercentOfAmplitude(p.analysis, p.analysis.maximum - p.analysis.top);
+  });
+}
+int Preshoot(InstrumentState& s, const Call& c, std::string* r) {
+  return PulseMeasurement(s, c, r, [](const ScreenPulses& p) {
+    return PercentOfAmplitude(p.analysis, p.analysis.base - p.analysis.minimum);
+  });
+}
+int PositiveWidth(InstrumentState& s, const Call& c, std::string* r) {
+  return PulseMeasurement(
+      s, c, r, [](const ScreenPulses& p) { return p.analysis.PositiveWidth(p.reference); });
+}
+int NegativeWidth(InstrumentState& s, const Call& c, std::string* r) {
+  return PulseMeasurement(
+      s, c, r, [](const ScreenPulses& p) { return p.analysis.NegativeWidth(p.reference); });
+}
+int Duty(InstrumentState& s, const Call& c, std::string* r) {
+  return PulseMeasurement(
+      s, c, r, [](const ScreenPulses& p) { return DutyCycle(p); });
+}
+int RiseTime(InstrumentState& s, const Call& c, std::string* r) {
+  return PulseMeasurement(
+      s, c, r, [](const ScreenPulses& p) { return p.analysis.RiseTime(p.reference); });
+}
+int FallTime(InstrumentState& s, const Call& c, std::string* r) {
+  return PulseMeasurement(
+      s, c, r, [](const ScreenPulses& p) { return p.analysis.FallTime(p.reference); });
+}
+
+// The two sources of a delay or phase: those given, else the measurement sources.
+std::pair<int, int> SourcePair(const InstrumentState& state, const Call& call) {
+  int first = ChannelOf(state.measure_source1);
+  int second = ChannelOf(state.measure_source2);
+  int given = 0;
+  for (const ScpiParameter& parameter : call.parameters) {
+    std::string source = SourceMnemonic(state, parameter.text);
+    if (source.empty()) continue;
+    (given++ == 0 ? first : second) = ChannelOf(source);
+  }
+  return {first, second};
+}
+
+// From the first source's rising edge nearest the reference to the second source's rising
+// edge nearest that one; the phase is that delay in degrees of the first source's period.
+std::optional<double> DelayBetween(const InstrumentState& state, const Call& call,
+                                   std::optional<double>* period) {
+  auto [first, second] = SourcePair(state, call);
+  std::optional<ScreenPulses> a = AnalyseChannel(state, first);
+  std::optional<ScreenPulses> b = AnalyseChannel(state, second);
+  if (!a || !b) return std::nullopt;
+  std::optional<double> from = a->analysis.EdgeNear(a->reference, true);
+  if (!from) return std::nullopt;
+  std::optional<double> to = b->analysis.EdgeNear(*from, true);
+  if (!to) return std::nullopt;
+  *period = a->Period();
+  return *to - *from;
+}
+
+int Delay(InstrumentState& state, const Call& call, std::string* reply) {
+  std::optional<double> period;
+  *reply = ValueText(DelayBetween(state, call, &period).value_or(kNoValue));
+  return 0;
+}
+
+int Phase(InstrumentState& state, const Call& call, std::string* reply) {
+  std::optional<double> period;
+  std::optional<double> delay = DelayBetween(state, call, &period);
+  bool known = delay && period && *period > 0;
+  *reply = ValueText(known ? *delay / *period * 360 : kNoValue);
+  return 0;
+}
+
 int Frequency(InstrumentState& state, const Call& call, std::string* reply) {
   double period = PeriodOnScreen(state, MeasuredChannel(state, call));
   *reply = ValueText(period > 0 ? 1.0 / period : kNoValue);
@@ -184,6 +329,20 @@ void AddMeasureCommands(std::vector<CommandEntry>& table) {
   table.push_back({HeaderPattern(":MEASure:VAVerage"), Install, Vaverage});
   table.push_back({HeaderPattern(":MEASure:FREQuency"), Install, Frequency});
   table.push_back({HeaderPattern(":MEASure:PERiod"), Install, Period});
+  table.push_back({HeaderPattern(":MEASure:VAMPlitude"), Install, Vamplitude});
+  table.push_back({HeaderPattern(":MEASure:VTOP"), Install, Vtop});
+  table.push_back({HeaderPattern(":MEASure:VBASe"), Install, Vbase});
+  table.push_back({HeaderPattern(":MEASure:OVERshoot"), Install, Overshoot});
+  table.push_back({HeaderPattern(":MEASure:PREShoot"), Install, Preshoot});
+  table.push_back({HeaderPattern(":MEASure:PWIDth"), Install, PositiveWidth});
+  table.push_back({HeaderPattern(":MEASure:NWIDth"), Install, NegativeWidth});
+  table.push_back({HeaderPattern(":MEASure:DUTYcycle"), Install, Duty});
+  table.push_back({HeaderPattern(":MEASure:RISetime"), Install, RiseTime});
+  table.push_back({HeaderPattern(":MEASure:FALLtime"), Install, FallTime});
+  table.push_back({HeaderPattern(":MEASure:DELay"), Install, Delay});
+  table.push_back({HeaderPattern(":MEASure:PHASe"), Install, Phase});
+  // A snapshot of every measurement on the screen; the command form only.
+  table.push_back({HeaderPattern(":MEASure:ALL"), Install, nullptr});
   table.push_back({HeaderPattern(":MEASure:CLEar"), Clear, nullptr});
   table.push_back({HeaderPattern(":DVM:CURRent"), nullptr, DvmCurrent, Option::kDvm});
   table.push_back({HeaderPattern(":DVM:FREQuency"), nullptr, DvmFrequency, Option::kDvm});

@@ -3,8 +3,8 @@
 #include <cmath>
 #include <numeric>
 #include <optional>
-#include <utility>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "sim/model/channel_data.h"
@@ -131,14 +131,12 @@ std::optional<ScreenPulses> AnalyseChannel(const InstrumentState& state, int cha
   std::vector<double> volts =
       ChannelVolts(state, channel, left, span / kMeasurePoints, kMeasurePoints);
   return ScreenPulses{AnalysePulses(volts, left, span / kMeasurePoints),
-                      state.settings.Number(":TIMebase:POSition"),
-                      PeriodOnScreen(state, channel)};
+                      state.settings.Number(":TIMebase:POSition"), PeriodOnScreen(state, channel)};
 }
 
 using PulsePick = std::optional<double> (*)(const ScreenPulses& pulses);
 
-int PulseMeasurement(InstrumentState& state, const Call& call, std::string* reply,
-                     PulsePick pick) {
+int PulseMeasurement(InstrumentState& state, const Call& call, std::string* reply, PulsePick pick) {
   std::optional<ScreenPulses> pulses = AnalyseChannel(state, MeasuredChannel(state, call));
   std::optional<double> value = pulses ? pick(*pulses) : std::nullopt;
   *reply = ValueText(value.value_or(kNoValue));
@@ -195,16 +193,15 @@ int NegativeWidth(InstrumentState& s, const Call& c, std::string* r) {
       s, c, r, [](const ScreenPulses& p) { return p.analysis.NegativeWidth(p.reference); });
 }
 int Duty(InstrumentState& s, const Call& c, std::string* r) {
-  return PulseMeasurement(
-      s, c, r, [](const ScreenPulses& p) { return DutyCycle(p); });
+  return PulseMeasurement(s, c, r, [](const ScreenPulses& p) { return DutyCycle(p); });
 }
 int RiseTime(InstrumentState& s, const Call& c, std::string* r) {
-  return PulseMeasurement(
-      s, c, r, [](const ScreenPulses& p) { return p.analysis.RiseTime(p.reference); });
+  return PulseMeasurement(s, c, r,
+                          [](const ScreenPulses& p) { return p.analysis.RiseTime(p.reference); });
 }
 int FallTime(InstrumentState& s, const Call& c, std::string* r) {
-  return PulseMeasurement(
-      s, c, r, [](const ScreenPulses& p) { return p.analysis.FallTime(p.reference); });
+  return PulseMeasurement(s, c, r,
+                          [](const ScreenPulses& p) { return p.analysis.FallTime(p.reference); });
 }
 
 // The two sources of a delay or phase: those given, else the measurement sources.

@@ -39,8 +39,14 @@ std::int32_t ScreenView::SampleCount(int channel) const {
   return std::clamp<std::int32_t>(count, 0, samples.capacity());
 }
 
+int ScreenView::ReferenceChannel() const {
+  // An FFT run makes its channel the trigger source; the readback it starts with may have
+  // found it so already, without the trigger-source command that moves `DisplayedChannel`.
+  return OnSpectrum() ? records_.scope.TriggerChannel : records_.view.DisplayedChannel;
+}
+
 bool ScreenView::ReferenceZoomed() const {
-  const int reference = records_.view.DisplayedChannel;
+  const int reference = ReferenceChannel();
   if (reference < 1 || reference > acquisition::kMaxChannels) return false;
   const auto& channel = records_.scope.Channels[reference];
   return channel.LastSample < SampleCount(reference) - 1 || channel.FirstSample > 0;
@@ -77,7 +83,7 @@ void ScreenView::RedrawScreen() {
   view.FirstTrace = true;
   const bool zoomed = ReferenceZoomed();
   DrawScreenFrame(true, true);
-  const int reference = view.DisplayedChannel;
+  const int reference = ReferenceChannel();
   const int trigger = scope.TriggerChannel;
   const std::int32_t trigger_count = SampleCount(trigger);
   const int channels = std::min<int>(scope.ChannelCount, acquisition::kMaxChannels);
@@ -215,7 +221,7 @@ void ScreenView::DrawPanel(SurfacePainter& painter) {
 }
 
 void ScreenView::PrintAcquisitionLines(SurfacePainter& painter) {
-  const int reference = records_.view.DisplayedChannel;
+  const int reference = ReferenceChannel();
   if (SampleCount(reference) < 2) return;
   const std::optional<spectrum::PlanLines> lines = host_.PlanTransform(reference);
   if (!lines) return;
@@ -303,7 +309,7 @@ bool ScreenView::DrawTrace(int channel) {
   const auto& settings = scope.Channels[channel];
   const std::int32_t count = SampleCount(channel);
   const double interval = records_.waveforms.Records[channel].XIncrement;
-  const int reference = records_.view.DisplayedChannel;
+  const int reference = ReferenceChannel();
   const bool reference_channel = channel == reference;
   const bool zoomed = reference >= 1 && reference <= acquisition::kMaxChannels &&
                       scope.Channels[reference].Displayed && ReferenceZoomed();

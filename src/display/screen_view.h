@@ -109,6 +109,7 @@ class ScreenView {
  private:
   bool OnSpectrum() const;
   bool SpectrumShown() const;
+  int ReferenceChannel() const;
   bool ReferenceZoomed() const;
   std::int32_t SampleCount(int channel) const;
   void Changed();

@@ -330,6 +330,19 @@ class SocketTimeoutTest : public TransportTest {};
 INSTANTIATE_TEST_SUITE_P(Socket, SocketTimeoutTest,
                          ::testing::Values(Link{"Socket", Kind::kSocket}), LinkName);
 
+// Nothing on a raw socket tells a late reply from the next one: a reply later than the wait
+// before the next message must not answer that message.
+TEST_P(SocketTimeoutTest, ReplyLaterThanTheNextMessageDoesNotAnswerIt) {
+  SetTimeout(150);
+  Query("SLOW?");
+  EXPECT_EQ(status_, VI_ERROR_TMO);
+  ASSERT_EQ(Printf("*IDN?\n"), VI_SUCCESS);  // waits 150 ms for the late reply, in vain
+  SetTimeout(2000);
+  char reply[64] = {};
+  ASSERT_EQ(Scanf("%t", reply), VI_SUCCESS);
+  EXPECT_STREQ(reply, kIdn);
+}
+
 TEST_P(SocketTimeoutTest, UnansweredQueryEndsAtItsTimeout) {
   const struct {
     ViUInt32 earlier_ms;  // time-out of a good exchange just before

@@ -131,6 +131,8 @@ TEST_F(ServerRobustnessTest, Vxi11ServerAnswersBadCallsAndSurvivesGarbage) {
       {"another version", Call(vxi11::kCoreProgram, 7, vxi11::kCreateLink), 2},
       {"unknown procedure", Call(vxi11::kCoreProgram, 1, 99), 3},
       {"create_link cut short", Call(vxi11::kCoreProgram, 1, vxi11::kCreateLink, "\0\0"), 4},
+      {"device_unlock takes a link id alone",
+       Call(vxi11::kCoreProgram, 1, vxi11::kDeviceUnlock, std::string("\0\0\0\1", 4)), 0},
       {"device_write lying about its data",
        Call(vxi11::kCoreProgram, 1, vxi11::kDeviceWrite,
             std::string("\0\0\0\1\0\0\0\0\0\0\0\0\0\0\0\x08"

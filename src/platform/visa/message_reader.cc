@@ -224,7 +224,12 @@ ViStatus MessageReader::DiscardResponse() {
   at_boundary_ = true;
   awaiting_late_response_ = false;
   scan_hit_end_ = false;
-  if (status == VI_ERROR_TMO && nothing_came) return VI_SUCCESS;
+  if (status == VI_ERROR_TMO) {
+    // Whatever is still to come of this response must never answer a later message.
+    const ViStatus abandoned = transport_->AbandonResponse(DeadlineAfter(timeout_ms_));
+    if (abandoned < VI_SUCCESS) return abandoned;
+    if (nothing_came) return VI_SUCCESS;
+  }
   return status < VI_SUCCESS ? status : VI_SUCCESS;
 }
 

@@ -7,16 +7,27 @@ namespace {
 
 class SocketTransport : public Transport {
  public:
-  explicit SocketTransport(std::unique_ptr<TcpConnection> connection)
-      : connection_(std::move(connection)) {}
+  SocketTransport(std::unique_ptr<TcpConnection> connection, std::string host, std::uint16_t port)
+      : connection_(std::move(connection)), host_(std::move(host)), port_(port) {}
 
   ViStatus Write(std::span<const std::byte> data, bool /*end*/, Deadline deadline) override {
+    if (connection_ == nullptr) return VI_ERROR_CONN_LOST;
     return connection_->SendAll(data, deadline);
   }
 
   ViStatus Read(std::span<std::byte> buffer, Deadline deadline, ReadResult* result) override {
     *result = ReadResult{};
+    if (connection_ == nullptr) return VI_ERROR_CONN_LOST;
     return connection_->ReceiveSome(buffer, deadline, &result->count);
+  }
+
+  // Nothing on a raw socket tells a late reply from the next one: a reply that has not come
+  // (or not ended) by now goes to a connection that is closed, and the session goes on over a
+  // new one, so every later query and answer stay paired.
+  ViStatus AbandonResponse(Deadline deadline) override {
+    connection_.reset();
+    const ViStatus status = TcpConnection::Connect(host_, port_, deadline, &connection_);
+    return status == VI_SUCCESS ? VI_SUCCESS : VI_ERROR_CONN_LOST;
   }
 
   bool EndsOnLineFeed() const override { return true; }
@@ -26,6 +37,8 @@ class SocketTransport : public Transport {
 
  private:
   std::unique_ptr<TcpConnection> connection_;
+  std::string host_;
+  std::uint16_t port_;
 };
 
 }  // namespace
@@ -35,7 +48,7 @@ ViStatus OpenSocketTransport(const std::string& host, std::uint16_t port, Deadli
   std::unique_ptr<TcpConnection> connection;
   const ViStatus status = TcpConnection::Connect(host, port, deadline, &connection);
   if (status != VI_SUCCESS) return status;
-  *out = std::make_unique<SocketTransport>(std::move(connection));
+  *out = std::make_unique<SocketTransport>(std::move(connection), host, port);
   return VI_SUCCESS;
 }
 

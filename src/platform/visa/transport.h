@@ -47,6 +47,12 @@ class Transport {
   // socket has none and only discards what it has buffered.
   virtual ViStatus Clear(Deadline deadline) = 0;
 
+  // The response awaited after a time-out did not come, or did not end, within the time the
+  // session waits for it: make sure no part of it can later be read as the answer to another
+  // message. Transports whose responses carry an id (VXI-11 xid, HiSLIP message id) or that
+  // abort the transfer (USB-TMC) have nothing to do; a raw socket reconnects.
+  virtual ViStatus AbandonResponse(Deadline /*deadline*/) { return VI_SUCCESS; }
+
   // The instrument's status byte (VXI-11 device_readstb, HiSLIP AsyncStatusQuery, USB488
   // READ_STATUS_BYTE); a raw socket has none.
   virtual ViStatus ReadStatusByte(Deadline /*deadline*/, ViUInt16* /*status_byte*/) {

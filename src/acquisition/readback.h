@@ -51,7 +51,10 @@ class StateReadback {
   double Number(std::string_view query);
   std::int16_t Whole16(std::string_view query);
   bool IsOne(std::string_view query);
-  void Check(std::string_view tool_id) { tools_.SetToolState(tool_id, true); }
+  // An empty ID (a value no tool shows) checks nothing.
+  void Check(std::string_view tool_id) {
+    if (!tool_id.empty()) tools_.SetToolState(tool_id, true);
+  }
 
   void ReadTriggerSource();
   void ReadChannel(int n);

@@ -6,6 +6,7 @@
 
 #include "acquisition/readback.h"
 #include "acquisition/reply_fields.h"
+#include "acquisition/state_tool_ids.h"
 #include "link/tool_update_guard.h"
 #include "platform/text/number_parse.h"
 
@@ -45,8 +46,8 @@ void StateReadback::ReadBackDvm() {
   link::ToolUpdateGuard guard(scope_.ToolUpdateInProgress);
   tools_.SetToolState("ID_DVM", scope_.DvmEnabled);
   tools_.SetToolState("ID_ADVM", scope_.DvmAutoRange == 1);
-  Check("ID_DVMM" + std::to_string(scope_.DvmMode));
-  Check("ID_DVMCH" + std::to_string(scope_.DvmSource));
+  Check(DvmModeToolId(scope_.DvmMode));
+  Check(DvmSourceToolId(scope_.DvmSource));
 }
 
 void StateReadback::ReadBackMath(bool all) {
@@ -81,11 +82,9 @@ void StateReadback::ReadBackMath(bool all) {
     }
   }
   link::ToolUpdateGuard guard(scope_.ToolUpdateInProgress);
-  if (IsOneOf(scope_.MathOperation, {"ADD", "SUBT", "MULT", "FFT", "DIV"})) {
-    Check("ID_MATH" + scope_.MathOperation);
-  }
+  Check(MathOperationToolId(scope_.MathOperation));
   tools_.SetToolState("ID_MATHDISP", scope_.MathDisplay);
-  Check("ID_MATH" + (p.empty() ? std::string() : p.substr(1)));
+  Check(MathPrefixToolId(p));
 }
 
 }  // namespace quarvelo::acquisition

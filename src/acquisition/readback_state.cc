@@ -5,6 +5,7 @@
 
 #include "acquisition/readback.h"
 #include "acquisition/reply_fields.h"
+#include "acquisition/state_tool_ids.h"
 #include "link/tool_update_guard.h"
 #include "platform/text/number_parse.h"
 
@@ -40,8 +41,8 @@ void StateReadback::ReadBackState() {
     ReadTriggerSource();
     const bool sweep_auto = FirstChars(Query(":TRIGger:SWEep?"), 4) == "AUTO";
     scope_.TriggerSweepAuto = sweep_auto ? 1 : 0;
-    tools_.SetToolState("ID_TGSA", sweep_auto);
-    tools_.SetToolState("ID_TGSN", !sweep_auto);
+    tools_.SetToolState(TriggerSweepToolId(1), sweep_auto);
+    tools_.SetToolState(TriggerSweepToolId(0), !sweep_auto);
     scope_.NoiseReject = IsOne(":TRIGger:NREJect?");
     tools_.SetToolState("ID_TGNR", scope_.NoiseReject);
 
@@ -57,7 +58,7 @@ void StateReadback::ReadBackState() {
           scope_.VoltsPerDivTable, scope_.Channels[scope_.TriggerChannel].Scale,
           scope_.TriggerScaleIndex);
     }
-    Check("ID_ACQU" + Query(":ACQuire:TYPE?"));
+    Check(AcquireTypeToolId(Query(":ACQuire:TYPE?")));
     ReadDisplay();
 
     hooks_.ShowSampleRate(scope_.SampleRate);
@@ -70,24 +71,13 @@ void StateReadback::ReadBackState() {
 }
 
 void StateReadback::ReadTriggerSource() {
-  const std::string source = FirstChars(Query(":TRIGger:EDGE:SOURce?"), 3);
+  const std::string reply = Query(":TRIGger:EDGE:SOURce?");
   scope_.Holdoff = Number(":TRIGger:HOLDoff?");
-  scope_.TriggerChannel = 1;
-  if (source == "CHA") {
-    const std::string channel_source = Query(":TRIGger:EDGE:SOURce?");
-    scope_.TriggerSource = FirstChars(channel_source, 5);
-    const int n = DigitAt(channel_source, 4);
-    // A reply that names no channel keeps channel 1, so that indexing by it stays valid.
-    if (n >= 1 && n <= kMaxChannels) scope_.TriggerChannel = static_cast<std::int16_t>(n);
-  } else if (IsOneOf(source, {"DIG", "EXT", "WMO"})) {
-    scope_.TriggerSource = source;
-  } else if (source == "LIN") {
-    scope_.TriggerSource = "LINE";
-  } else if (source == "WGE") {
-    scope_.TriggerSource = "WGEN";
-  } else {
-    scope_.TriggerSource = "CHA";
-  }
+  // A channel is asked again for its number.
+  const TriggerSourceReading reading = TriggerSourceFromReply(
+      FirstChars(reply, 3) == "CHA" ? Query(":TRIGger:EDGE:SOURce?") : reply);
+  scope_.TriggerSource = reading.source;
+  scope_.TriggerChannel = reading.channel;
 }
 
 void StateReadback::ReadChannel(int n) {
@@ -95,7 +85,7 @@ void StateReadback::ReadChannel(int n) {
   ChannelSettings& channel = scope_.Channels[n];
   channel.Inverted = text::LeadingNumber(FirstChars(Query(prefix + ":INVert?"), 1)) == 1;
   channel.Displayed = text::LeadingNumber(FirstChars(Query(prefix + ":DISPlay?"), 1)) == 1;
-  tools_.SetToolState("ID_CH" + std::to_string(n), channel.Displayed);
+  tools_.SetToolState(ChannelToolId(n), channel.Displayed);
   channel.Coupling = FirstChars(Query(prefix + ":COUPling?"), 2);
   channel.ProbeAttenuation = Whole16(prefix + ":PROBe?");
   channel.BandwidthLimit = Whole16(prefix + ":BWLimit?");
@@ -110,17 +100,17 @@ void StateReadback::ReadTriggerEdge() {
   const std::string slope = FirstChars(Query(":TRIGger:EDGE:SLOPe?"), 3);
   if (IsOneOf(slope, {"NEG", "POS", "EIT", "ALT"})) {
     scope_.TriggerSlope = slope;
-    Check("ID_TS" + FirstChars(slope, 1));
+    Check(TriggerSlopeToolId(slope));
   }
   const std::string coupling = FirstChars(Query(":TRIGger:EDGE:COUPLing?"), 1);
   if (IsOneOf(coupling, {"A", "D", "L"})) {
     scope_.TriggerCoupling = coupling;
-    Check("ID_TC" + coupling);
+    Check(TriggerCouplingToolId(coupling));
   }
   const std::string reject = FirstChars(Query(":TRIGger:EDGE:REJect?"), 1);
   if (IsOneOf(reject, {"L", "H", "O"})) {
     scope_.TriggerReject = reject;
-    Check("ID_TJ" + reject);
+    Check(TriggerRejectToolId(reject));
   }
   scope_.TriggerLevel = Number(":TRIGger:EDGE:LEVel?");
 }
@@ -130,12 +120,12 @@ void StateReadback::ReadTimebaseAndAcquisition() {
   const std::string reference = FirstChars(Query(":TIMebase:REFerence?"), 1);
   if (IsOneOf(reference, {"L", "C", "R"})) {
     scope_.TimebaseReference = reference;
-    Check("ID_TR" + reference);
+    Check(TimebaseReferenceToolId(reference));
   }
   const std::string mode = FirstChars(Query(":TIMebase:Mode?"), 1);
   if (IsOneOf(mode, {"M", "W", "X", "R"})) {
     scope_.TimebaseMode = mode;
-    Check("ID_TM" + mode);
+    Check(TimebaseModeToolId(mode));
   }
   hooks_.ShowTimeBase(scope_.TimebaseScale);
   scope_.TimebasePosition = Number(":TIMebase:POSition?");
@@ -145,18 +135,7 @@ void StateReadback::ReadTimebaseAndAcquisition() {
 }
 
 void StateReadback::ShowTriggerSourceTool() {
-  const std::string source = FirstChars(scope_.TriggerSource, 3);
-  if (source == "DIG") {
-    Check("ID_TGDIG");
-  } else if (source == "EXT") {
-    Check("ID_TGEXT");
-  } else if (source == "LIN") {
-    Check("ID_TGLINE");
-  } else if (source == "WGE") {
-    Check("ID_TGWAV");
-  } else if (scope_.TriggerChannel >= 1 && scope_.TriggerChannel <= kMaxChannels) {
-    Check("ID_TG" + std::to_string(scope_.TriggerChannel));
-  }
+  Check(TriggerSourceToolId(scope_.TriggerSource, scope_.TriggerChannel));
 }
 
 void StateReadback::ReadDisplay() {
@@ -164,20 +143,14 @@ void StateReadback::ReadDisplay() {
   scope_.VariablePersistence = "2.0";
   scope_.DisplayLabels = IsOne(":DISPlay:LABel?");
   tools_.SetToolState("ID_DISPLBL", scope_.DisplayLabels);
-  if (scope_.PersistenceReply == "INF" || scope_.PersistenceReply == "MIN") {
-    Check("ID_PERS" + scope_.PersistenceReply);
-  } else {
-    Check("ID_PERSVAR");
-    scope_.VariablePersistence = scope_.PersistenceReply;
-  }
+  const std::string tool = PersistenceToolId(scope_.PersistenceReply);
+  Check(tool);
+  if (tool == "ID_PERSVAR") scope_.VariablePersistence = scope_.PersistenceReply;
 }
 
 void StateReadback::ReadMeasureSource() {
   scope_.MeasureSource = Query(":MEASure:SOURce?");
-  const std::string first = scope_.MeasureSource.substr(0, scope_.MeasureSource.find(','));
-  if (IsOneOf(first, {"CHAN1", "CHAN2", "CHAN3", "CHAN4", "EXT", "WMEM1", "WMEM2", "FUNC"})) {
-    Check("ID_MEAS" + first);
-  }
+  Check(MeasureSourceToolId(scope_.MeasureSource));
 }
 
 }  // namespace quarvelo::acquisition

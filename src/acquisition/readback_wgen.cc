@@ -4,6 +4,7 @@
 
 #include "acquisition/readback.h"
 #include "acquisition/reply_fields.h"
+#include "acquisition/state_tool_ids.h"
 #include "link/tool_update_guard.h"
 
 namespace quarvelo::acquisition {
@@ -22,7 +23,7 @@ void StateReadback::ReadBackWgen() {
 
   link::ToolUpdateGuard guard(scope_.ToolUpdateInProgress);
   tools_.SetToolState("ID_WG", wgen.OutputOn);
-  Check("ID_WGEN" + (p.size() > 5 ? p.substr(5) : std::string()));
+  Check(WgenPrefixToolId(p));
 }
 
 void StateReadback::ReadWgenShape(const std::string& p) {

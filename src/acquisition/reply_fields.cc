@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <limits>
 
+#include "acquisition/scope_state.h"
 #include "platform/text/number_parse.h"
 
 namespace quarvelo::acquisition {
@@ -30,6 +31,18 @@ std::int16_t WholeNumber16(std::string_view text) {
 
 bool IsOneOf(std::string_view text, std::initializer_list<std::string_view> known) {
   return std::find(known.begin(), known.end(), text) != known.end();
+}
+
+TriggerSourceReading TriggerSourceFromReply(std::string_view reply) {
+  const std::string head = FirstChars(reply, 3);
+  if (head == "CHA") {
+    const int n = DigitAt(reply, 4);
+    return {FirstChars(reply, 5), static_cast<std::int16_t>(n >= 1 && n <= kMaxChannels ? n : 1)};
+  }
+  if (IsOneOf(head, {"DIG", "EXT", "WMO"})) return {head};
+  if (head == "LIN") return {"LINE"};
+  if (head == "WGE") return {"WGEN"};
+  return {"CHA"};
 }
 
 }  // namespace quarvelo::acquisition

@@ -23,6 +23,16 @@ int DigitAt(std::string_view text, std::size_t position);
 // Whole number of a reply, clamped to int16.
 std::int16_t WholeNumber16(std::string_view text);
 
+// The trigger source of a ":TRIGger:EDGE:SOURce?" reply, by its first three characters:
+// "CHAN3" gives "CHAN3" and channel 3 (channel 1 when the reply names none of 1..4); "DIG",
+// "EXT" and "WMO" stay as they are; "LIN" gives "LINE", "WGE" "WGEN"; anything else "CHA" on
+// channel 1, so that indexing by the channel stays valid.
+struct TriggerSourceReading {
+  std::string source;
+  std::int16_t channel = 1;
+};
+TriggerSourceReading TriggerSourceFromReply(std::string_view reply);
+
 // True when `text` is one of `known`.
 bool IsOneOf(std::string_view text, std::initializer_list<std::string_view> known);
 

@@ -4,9 +4,11 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <map>
 #include <string>
 #include <vector>
 
+#include "acquisition/reply_fields.h"
 #include "platform/text/number_parse.h"
 #include "tests/link/online_scope.h"
 #include "tests/link/sim_faults.h"
@@ -63,13 +65,7 @@ TEST(ReadbackTest, ChangedInstrumentFillsEveryFieldAndChecksItsTools) {
                               ":DVM:ARANge 1",
                               ":FUNC1:DISPlay 1",
                               ":FUNC1:OPERation FFT",
-                              ":WGEN1:FUNCtion SQUare",
-                              ":WGEN1:FREQuency 2000",
-                              ":WGEN1:FUNCtion:SQUare:DCYCle 30",
                               ":WGEN1:OUTPut 1",
-                              ":WGEN1:MODulation:STATe 1",
-                              ":WGEN1:MODulation:TYPE FM",
-                              ":WGEN1:OUTPut:LOAD FIFTy",
                               ":DISPlay:ANNotation 1",
                               ":DISPlay:ANNotation:TEXT \"Hello scope\"",
                               ":DISPlay:ANNotation:COLor RED",
@@ -121,14 +117,6 @@ TEST(ReadbackTest, ChangedInstrumentFillsEveryFieldAndChecksItsTools) {
   EXPECT_TRUE(st.MathDisplay);
   EXPECT_EQ(st.MathOperation, "FFT");
   EXPECT_TRUE(st.Wgen.OutputOn);
-  EXPECT_EQ(st.Wgen.Function, "SQU");
-  EXPECT_DOUBLE_EQ(st.Wgen.Frequency, 2000);
-  EXPECT_DOUBLE_EQ(st.Wgen.Period, 1.0 / 2000);
-  EXPECT_EQ(st.Wgen.SquareDutyCycle, 30);
-  EXPECT_EQ(st.Wgen.ModulationState, 1);
-  EXPECT_EQ(st.Wgen.ModulationType, "FM");
-  EXPECT_GT(st.Wgen.FmFrequency, 0);
-  EXPECT_EQ(st.Wgen.OutputLoad, "FIFT");
   EXPECT_TRUE(st.AnnotationOn);
   EXPECT_EQ(st.AnnotationText, "Hello scope");
   EXPECT_EQ(st.AnnotationColor, "RED");
@@ -183,7 +171,169 @@ INSTANTIATE_TEST_SUITE_P(
     Sources, TriggerSourceTest,
     testing::Values(SourceCase{":TRIGger:EDGE:SOURce CHANnel3", "CHAN3", 3, "ID_TG3"},
                     SourceCase{":TRIGger:EDGE:SOURce LINE", "LINE", 1, "ID_TGLINE"},
-                    SourceCase{":TRIGger:EDGE:SOURce EXTernal", "EXT", 1, "ID_TGEXT"}));
+                    SourceCase{":TRIGger:EDGE:SOURce EXTernal", "EXT", 1, "ID_TGEXT"},
+                    SourceCase{":TRIGger:EDGE:SOURce WGEN", "WGEN", 1, "ID_TGWAV"},
+                    // The modulation source is kept; channel 1's tool shows it.
+                    SourceCase{":TRIGger:EDGE:SOURce WMODulation", "WMO", 1, "ID_TG1"}));
+
+// Replies the simulator cannot give (no digital channels, an unknown source) are read by the
+// same reading the readback uses.
+TEST(TriggerSourceReplyTest, DigitalKeptAndUnknownFallsBackToChannelOne) {
+  const struct {
+    const char* reply;
+    const char* source;
+    int channel;
+  } cases[] = {{"DIG3", "DIG", 1},
+               {"XYZ", "CHA", 1},
+               {"", "CHA", 1},
+               {"CHAN9", "CHAN9", 1},
+               {"CHAN4", "CHAN4", 4}};
+  for (const auto& c : cases) {
+    const TriggerSourceReading reading = TriggerSourceFromReply(c.reply);
+    EXPECT_EQ(reading.source, c.source) << c.reply;
+    EXPECT_EQ(reading.channel, c.channel) << c.reply;
+  }
+}
+
+// Persistence and voltmeter modes: the setting read back into its field and its tool.
+struct ModeCase {
+  const char* setting;
+  const char* tool;
+  bool variable_persistence;  // otherwise "2.0"
+  int dvm_mode;
+};
+
+class ModeReadbackTest : public testing::TestWithParam<ModeCase> {};
+
+TEST_P(ModeReadbackTest, ChecksTheToolAndKeepsTheVariablePersistence) {
+  const ModeCase& c = GetParam();
+  OnlineScope s;
+  s.simulator->Execute(":DVM:ENABle 1");
+  s.simulator->Execute(":DVM:MODE DC");
+  s.simulator->Execute(c.setting);
+  s.readback.ReadBackState();
+  const std::string persistence = s.simulator->Execute(":DISPlay:PERSistence?");
+  EXPECT_TRUE(s.h.tools.ToolState(c.tool)) << c.tool;
+  EXPECT_EQ(s.h.scope.PersistenceReply, persistence);
+  EXPECT_EQ(s.h.scope.VariablePersistence, c.variable_persistence ? persistence : "2.0");
+  EXPECT_EQ(s.h.scope.DvmMode, c.dvm_mode);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Modes, ModeReadbackTest,
+    testing::Values(ModeCase{":DISPlay:PERSistence MINimum", "ID_PERSMIN", false, 2},
+                    ModeCase{":DISPlay:PERSistence 2.5", "ID_PERSVAR", true, 2},
+                    ModeCase{":DVM:MODE ACRMs", "ID_DVMM1", false, 1},
+                    ModeCase{":DVM:MODE DCRMs", "ID_DVMM3", false, 3}));
+
+// Each generator function and modulation asks for exactly its own settings, and each lands in
+// its own field.
+struct WgenCase {
+  const char* name;
+  std::vector<std::string> settings;  // after the prefix
+  std::vector<std::string> queries;   // between ":FUNCtion?" and ":OUTPut:LOAD?"
+};
+
+class WgenReadbackTest : public testing::TestWithParam<WgenCase> {};
+
+TEST_P(WgenReadbackTest, AsksTheFunctionsAndModulationsOwnSettings) {
+  OnlineScope s;
+  const std::string p = ":WGEN1";
+  for (const auto& setting : GetParam().settings) s.simulator->Execute(p + setting);
+  ASSERT_EQ(text::LeadingNumber(s.simulator->Execute(":SYSTem:ERRor?")), 0);
+  s.simulator->ClearTraffic();
+  s.readback.ReadBackWgen();
+
+  std::vector<std::string> expected = {p + ":OUTPut?", p + ":FUNCtion?"};
+  for (const auto& q : GetParam().queries) expected.push_back(p + q);
+  expected.push_back(p + ":OUTPut:LOAD?");
+  EXPECT_EQ(s.Sent(), testing_support::WithErrorQuery(expected));
+
+  const WgenSettings& w = s.h.scope.Wgen;
+  const std::map<std::string, double> fields = {
+      {":FREQuency?", w.Frequency},
+      {":PERiod?", w.Period},
+      {":VOLTage?", w.Amplitude},
+      {":VOLTage:OFFSet?", w.Offset},
+      {":VOLTage:HIGH?", w.High},
+      {":VOLTage:LOW?", w.Low},
+      {":FUNCtion:SQUare:DCYCle?", w.SquareDutyCycle},
+      {":FUNCtion:RAMP:SYMMetry?", w.RampSymmetry},
+      {":FUNCtion:PULSe:WIDTh?", w.PulseWidth},
+      {":MODulation:STATe?", w.ModulationState},
+      {":MODulation:AM:DEPTh?", w.AmDepth},
+      {":MODulation:AM:FREQuency?", w.AmFrequency},
+      {":MODulation:FM:DEViation?", w.FmDeviation},
+      {":MODulation:FM:FREQuency?", w.FmFrequency},
+      {":MODulation:FUNCtion:RAMP:SYMMetry?", w.ModulationRampSymmetry},
+      {":MODulation:FSKey:FREQuency?", w.FskFrequency},
+      {":MODulation:FSKey:RATE?", w.FskRate}};
+  for (const auto& q : GetParam().queries) {
+    const auto field = fields.find(q);
+    if (field == fields.end()) continue;
+    EXPECT_DOUBLE_EQ(field->second, text::LeadingNumber(s.simulator->Execute(p + q))) << q;
+  }
+  EXPECT_EQ(w.Function, s.simulator->Execute(p + ":FUNCtion?"));
+  EXPECT_TRUE(s.h.tools.ToolState("ID_WGEN1"));
+}
+
+const std::vector<std::string> kTiming = {":FREQuency?", ":PERiod?"};
+const std::vector<std::string> kLevels = {":VOLTage?", ":VOLTage:OFFSet?", ":VOLTage:HIGH?",
+                                          ":VOLTage:LOW?"};
+const std::vector<std::string> kModulation = {":MODulation:STATe?", ":MODulation:NOISe?"};
+
+std::vector<std::string> Join(std::initializer_list<std::vector<std::string>> parts) {
+  std::vector<std::string> all;
+  for (const auto& part : parts) all.insert(all.end(), part.begin(), part.end());
+  return all;
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Functions, WgenReadbackTest,
+    testing::Values(
+        WgenCase{"Sine",
+                 {":FUNCtion SINusoid", ":FREQuency 3000"},
+                 Join({kTiming, kLevels, kModulation})},
+        WgenCase{"Square",
+                 {":FUNCtion SQUare", ":FUNCtion:SQUare:DCYCle 30"},
+                 Join({kTiming, kLevels, {":FUNCtion:SQUare:DCYCle?"}, kModulation})},
+        WgenCase{"Ramp",
+                 {":FUNCtion RAMP", ":FUNCtion:RAMP:SYMMetry 40"},
+                 Join({kTiming, kLevels, {":FUNCtion:RAMP:SYMMetry?"}, kModulation})},
+        WgenCase{"Pulse",
+                 {":FUNCtion PULSe", ":FUNCtion:PULSe:WIDTh 2E-4"},
+                 Join({kTiming, kLevels, {":FUNCtion:PULSe:WIDTh?"}, kModulation})},
+        WgenCase{"Noise", {":FUNCtion NOISe"}, Join({kLevels, kModulation})},
+        WgenCase{"Dc",
+                 {":FUNCtion DC", ":VOLTage:OFFSet 0.5"},
+                 Join({{":VOLTage:OFFSet?"}, kModulation})},
+        WgenCase{"OtherFunction",
+                 {":FUNCtion SINC"},
+                 Join({kTiming, {":VOLTage?", ":VOLTage:OFFSet?"}, kModulation})},
+        WgenCase{"Am",
+                 {":FUNCtion SINusoid", ":MODulation:STATe 1", ":MODulation:TYPE AM",
+                  ":MODulation:AM:DEPTh 40", ":MODulation:AM:FREQuency 300"},
+                 Join({kTiming,
+                       kLevels,
+                       kModulation,
+                       {":MODulation:TYPE?", ":MODulation:FUNCtion?", ":MODulation:AM:DEPTh?",
+                        ":MODulation:AM:FREQuency?", ":MODulation:FUNCtion:RAMP:SYMMetry?"}})},
+        WgenCase{"Fm",
+                 {":FUNCtion SINusoid", ":MODulation:STATe 1", ":MODulation:TYPE FM",
+                  ":MODulation:FM:DEViation 200", ":MODulation:FUNCtion:RAMP:SYMMetry 60"},
+                 Join({kTiming,
+                       kLevels,
+                       kModulation,
+                       {":MODulation:TYPE?", ":MODulation:FUNCtion?", ":MODulation:FM:DEViation?",
+                        ":MODulation:FM:FREQuency?", ":MODulation:FUNCtion:RAMP:SYMMetry?"}})},
+        WgenCase{"Fsk",
+                 {":FUNCtion SINusoid", ":MODulation:STATe 1", ":MODulation:TYPE FSK"},
+                 Join({kTiming,
+                       kLevels,
+                       kModulation,
+                       {":MODulation:TYPE?", ":MODulation:FSKey:FREQuency?",
+                        ":MODulation:FSKey:RATE?"}})}),
+    [](const testing::TestParamInfo<WgenCase>& info) { return std::string(info.param.name); });
 
 TEST(ReadbackTest, NoValueFromTheVoltmeterIsStoredAsZero) {
   OnlineScope s;

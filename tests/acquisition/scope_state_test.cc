@@ -10,24 +10,6 @@
 namespace quarvelo::acquisition {
 namespace {
 
-TEST(ScopeStateTest, StartsOfflineWithModelZeroPrefixesAndFourChannels) {
-  const ScopeState state;
-  EXPECT_EQ(state.ChannelCount, 4);
-  EXPECT_EQ(state.MathPrefix, ":FUNC");
-  EXPECT_EQ(state.WgenPrefix, ":WGEN");
-  EXPECT_EQ(state.VariablePersistence, "2.0");
-  EXPECT_FALSE(state.ToolUpdateInProgress);
-  EXPECT_EQ(state.Channels.size(), 5u);
-}
-
-TEST(ScopeStateTest, FillVoltsPerDivTableRestoresTheTwelveSteps) {
-  ScopeState state;
-  state.VoltsPerDivTable.fill(0);
-  FillVoltsPerDivTable(state);
-  const std::array<double, 12> expected = {5000, 2000, 1000, 500, 200, 100, 50, 20, 10, 5, 2, 1};
-  EXPECT_EQ(state.VoltsPerDivTable, expected);
-}
-
 struct ScaleIndexCase {
   double scale_volts;
   std::int16_t current;

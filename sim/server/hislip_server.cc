@@ -334,7 +334,10 @@ HislipServer::~HislipServer() { Stop(); }
 bool HislipServer::Start(std::string* error) {
   return loop_.Start(
       bind_address_, requested_port_, [this](Socket connection) { Serve(std::move(connection)); },
-      error);
+      error,
+      [this](Socket connection) {
+        SendFatal(connection.fd(), loop_.stop(), hislip::FatalErrorCode::kTooManyClients);
+      });
 }
 
 void HislipServer::Stop() { loop_.Stop(); }
@@ -362,7 +365,7 @@ void HislipServer::Serve(Socket sync) {
              hislip::InitializeResponseParameter(hislip::kProtocolVersion, session_id), 0})) {
     return;
   }
-  Socket async = Accept(loop_.listener(), loop_.stop(), ServerClock::now() + kFrameTimeout);
+  Socket async = loop_.NextConnection(ServerClock::now() + kFrameTimeout);
   if (!async.valid()) return;
   result = ReadHeader(async.fd(), loop_.stop(), ServerClock::now() + kFrameTimeout, &header);
   if (result != FrameResult::kOk || header.type != MessageType::kAsyncInitialize ||

@@ -393,7 +393,36 @@ Vxi11Server::~Vxi11Server() { Stop(); }
 bool Vxi11Server::Start(std::string* error) {
   return loop_.Start(
       bind_address_, requested_port_, [this](Socket connection) { Serve(std::move(connection)); },
-      error);
+      error, [this](Socket connection) { Refuse(std::move(connection)); });
+}
+
+void Vxi11Server::Refuse(Socket connection) {
+  // A client beyond the limit gets its create_link answered with "out of resources".
+  rpc::RecordAssembler assembler(kScratchSize);
+  std::vector<std::byte> scratch(kScratchSize);
+  const ServerDeadline deadline = ServerClock::now() + std::chrono::milliseconds(500);
+  while (!assembler.HasRecord()) {
+    std::size_t count = 0;
+    if (ReadSome(connection.fd(), scratch, loop_.stop(), deadline, &count) != IoResult::kOk ||
+        !assembler.Feed(std::span(scratch).first(count))) {
+      return;
+    }
+  }
+  const xdr::Bytes record = assembler.PopRecord();
+  xdr::Reader in(record);
+  rpc::CallHeader call;
+  bool rpc_version_ok = true;
+  if (!rpc::GetCallHeader(in, &call, &rpc_version_ok) || call.procedure != vxi11::kCreateLink) {
+    return;
+  }
+  xdr::Writer reply;
+  rpc::PutAcceptedReply(reply, call.xid, rpc::AcceptStat::kSuccess);
+  vxi11::CreateLinkResp response;
+  response.error = vxi11::kOutOfResources;
+  vxi11::Put(reply, response);
+  xdr::Bytes framed;
+  rpc::AppendRecord(reply.bytes(), &framed);
+  WriteAll(connection.fd(), framed, loop_.stop(), deadline);
 }
 
 void Vxi11Server::Stop() { loop_.Stop(); }

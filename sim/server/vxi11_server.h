@@ -46,6 +46,7 @@ class Vxi11Server {
 
  private:
   void Serve(Socket connection);
+  void Refuse(Socket connection);
 
   MessageHandler& handler_;
   std::string bind_address_;

@@ -18,6 +18,7 @@
 #include "platform/visa/vxi11/rpc.h"
 #include "sim/server/hislip_server.h"
 #include "sim/server/portmapper_server.h"
+#include "sim/server/socket_server.h"
 #include "sim/server/tcp_listener.h"
 #include "sim/server/vxi11_server.h"
 #include "tests/visa/test_instrument.h"
@@ -404,6 +405,48 @@ TEST(ClientRobustnessTest, HislipClientFailsCleanlyOnAnyServerBytes) {
           return visa::OpenHislipTransport("127.0.0.1", "hislip0", port, In(300), transport);
         },
         std::chrono::milliseconds(1500));
+  }
+}
+
+// Ten connections are held (one served, nine waiting their turn); the eleventh is refused at
+// once, in its protocol's words, instead of being left waiting in silence.
+TEST(ConnectionLimitTest, EleventhClientIsRefusedClearly) {
+  CannedHandler handler;
+  sim::SocketServer socket(handler, "127.0.0.1", 0);
+  sim::Vxi11Server core(handler, "127.0.0.1", 0);
+  sim::HislipServer hislip(handler, "127.0.0.1", 0);
+  std::string error;
+  ASSERT_TRUE(socket.Start(&error) && core.Start(&error) && hislip.Start(&error)) << error;
+  const auto occupy = [](std::uint16_t port) {
+    std::vector<std::unique_ptr<visa::TcpConnection>> held(10);
+    for (auto& connection : held) {
+      EXPECT_EQ(visa::TcpConnection::Connect("127.0.0.1", port, In(1000), &connection), VI_SUCCESS);
+    }
+    return held;
+  };
+  {
+    const auto held = occupy(socket.port());
+    std::unique_ptr<visa::TcpConnection> extra;
+    ASSERT_EQ(visa::TcpConnection::Connect("127.0.0.1", socket.port(), In(1000), &extra),
+              VI_SUCCESS);
+    std::byte byte[1];
+    std::size_t count = 0;
+    EXPECT_EQ(extra->ReceiveSome(byte, In(1000), &count), VI_ERROR_CONN_LOST);
+  }
+  {
+    const auto held = occupy(core.port());
+    std::unique_ptr<visa::Transport> extra;
+    EXPECT_EQ(visa::OpenVxi11Transport("127.0.0.1:core:" + std::to_string(core.port()), "inst0",
+                                       In(1000), &extra),
+              VI_ERROR_RSRC_BUSY);
+  }
+  {
+    const auto held = occupy(hislip.port());
+    std::unique_ptr<visa::Transport> extra;
+    const auto start = Clock::now();
+    EXPECT_NE(visa::OpenHislipTransport("127.0.0.1", "hislip0", hislip.port(), In(1000), &extra),
+              VI_SUCCESS);
+    EXPECT_LT(Clock::now() - start, std::chrono::milliseconds(600));
   }
 }
 

@@ -1,0 +1,207 @@
+// The link's time-outs, its error-queue drain and its fatal path, and a timer tick inside the
+// error box.
+#include <arpa/inet.h>
+#include <gtest/gtest.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <functional>
+#include <stdexcept>
+#include <string>
+#include <thread>
+
+#include "tests/link/online_scope.h"
+#include "tests/link/sim_faults.h"
+
+namespace quarvelo::link {
+namespace {
+
+using testing_support::OnlineScope;
+
+ViUInt32 IoTimeout(const InstrumentSession& session) {
+  ViUInt32 ms = 0;
+  EXPECT_EQ(viGetAttribute(session.Instrument, VI_ATTR_TMO_VALUE, &ms), VI_SUCCESS);
+  return ms;
+}
+
+TEST(LinkTimeoutTest, EachCallerSetsItsOwnIoTimeOut) {
+  OnlineScope s;
+  EXPECT_EQ(IoTimeout(s.h.session), 5000u) << "set right after opening";
+  s.capture.CaptureChannel(1, true, false, acquisition::kDigitizeChannel);
+  EXPECT_EQ(IoTimeout(s.h.session), 10000u) << "the capture's, until the next poll";
+  EXPECT_FALSE(s.h.session.TolerateTimeout);
+  s.h.link.PollInstrumentStatus(true);
+  EXPECT_EQ(IoTimeout(s.h.session), 5000u);
+
+  // The readback probes with a short, tolerated time-out ...
+  s.simulator->Execute(testing_support::kNeverAnswerNextQuery);
+  s.readback.ReadBackState();
+  EXPECT_EQ(IoTimeout(s.h.session), 500u);
+  EXPECT_TRUE(s.h.session.TolerateTimeout);
+  EXPECT_TRUE(s.h.session.TimedOut);
+  // ... and, once the instrument answers, reads on with the default, not tolerated.
+  s.h.link.SetIoTimeout(false, acquisition::kCaptureIoTimeoutMs);
+  s.readback.ReadBackState();
+  EXPECT_EQ(IoTimeout(s.h.session), 5000u);
+  EXPECT_FALSE(s.h.session.TolerateTimeout);
+  EXPECT_FALSE(s.h.session.TimedOut);
+}
+
+// An instrument whose error queue never empties, and whose last reply brings a stray line:
+// the simulator's queue is bounded, so this peer on a loopback socket stands in for a
+// misbehaving instrument. Every query gets `reply(n)` for the n-th query (from 0).
+class RawPeer {
+ public:
+  explicit RawPeer(std::function<std::string(int)> reply) : reply_(std::move(reply)) {
+    listener_ = socket(AF_INET, SOCK_STREAM, 0);
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t length = sizeof(address);
+    bind(listener_, reinterpret_cast<sockaddr*>(&address), length);
+    listen(listener_, 1);
+    getsockname(listener_, reinterpret_cast<sockaddr*>(&address), &length);
+    port_ = ntohs(address.sin_port);
+    thread_ = std::thread([this] { Serve(); });
+  }
+  ~RawPeer() {
+    shutdown(listener_, SHUT_RDWR);
+    close(listener_);
+    if (connection_ >= 0) shutdown(connection_, SHUT_RDWR);
+    thread_.join();
+    if (connection_ >= 0) close(connection_);
+  }
+  std::string Resource() const {
+    return "TCPIP0::127.0.0.1::" + std::to_string(port_) + "::SOCKET";
+  }
+  int queries() const { return queries_; }
+
+ private:
+  void Serve() {
+    connection_ = accept(listener_, nullptr, nullptr);
+    if (connection_ < 0) return;
+    std::string line;
+    char c = 0;
+    while (recv(connection_, &c, 1, 0) == 1) {
+      if (c != '\n') {
+        line += c;
+        continue;
+      }
+      if (!line.empty() && line.back() == '?') {
+        const std::string reply = reply_(queries_++);
+        send(connection_, reply.data(), reply.size(), MSG_NOSIGNAL);
+      }
+      line.clear();
+    }
+  }
+
+  std::function<std::string(int)> reply_;
+  int listener_ = -1;
+  int connection_ = -1;
+  int port_ = 0;
+  std::atomic<int> queries_ = 0;
+  std::thread thread_;
+};
+
+TEST(ErrorDrainTest, EndlessQueueStopsAtTheBound) {
+  RawPeer peer([](int) { return std::string("+1,\"Loop\"\n"); });
+  testing_support::LinkHarness h;
+  h.session.Address = peer.Resource();
+  h.link.OpenInstrument();
+  ASSERT_TRUE(h.session.RemoteOn);
+  h.link.SendCommand(":RUN");
+  EXPECT_EQ(peer.queries(), kMaxErrorEntries + 1);
+  std::string expected;
+  for (int n = 0; n < kMaxErrorEntries; ++n) expected += "INST Error: +1,\"Loop\"";
+  EXPECT_EQ(h.ui.status(), expected);
+  EXPECT_TRUE(h.session.RemoteOn);
+  h.link.CloseInstrument();
+}
+
+TEST(ErrorDrainTest, DrainFlushesWhatTheInstrumentSentBeyondItsReplies) {
+  RawPeer peer([](int n) {
+    if (n == 0) return std::string("+1,\"One\"\n");
+    if (n == 1) return std::string("+0,\"No error\"\nSTALE\n");
+    return std::string("FRESH\n");
+  });
+  testing_support::LinkHarness h;
+  h.session.Address = peer.Resource();
+  h.link.OpenInstrument();
+  ASSERT_TRUE(h.session.RemoteOn);
+  h.link.SendCommand(":RUN");
+  EXPECT_EQ(h.ui.status(), "INST Error: +1,\"One\"");
+  EXPECT_EQ(h.link.QueryString("*IDN?"), "FRESH");
+  h.link.CloseInstrument();
+}
+
+// Reporting an entry fails with a fault of the program itself, once.
+class FaultingUi : public ui::RecordingUi {
+ public:
+  void ShowStatus(std::string_view text) override {
+    if (!faulted && text.rfind("INST Error", 0) == 0) {
+      faulted = true;
+      throw std::runtime_error("status line lost");
+    }
+    RecordingUi::ShowStatus(text);
+  }
+  bool faulted = false;
+};
+
+// The error box lets events run, as a modal box does.
+class TickingUi : public ui::RecordingUi {
+ public:
+  ui::MessageResult ShowTitledMessage(std::string_view title, std::string_view text,
+                                      ui::MessageIcon icon, ui::MessageButtons buttons) override {
+    if (during_box) during_box();
+    return RecordingUi::ShowTitledMessage(title, text, icon, buttons);
+  }
+  std::function<void()> during_box;
+};
+
+InstrumentLink LinkWithUi(OnlineScope& s, ui::UiServices& ui) {
+  return InstrumentLink(
+      s.h.session, s.h.flags,
+      {s.h.scope.ChannelCount, s.h.scope.HasDvm, s.h.scope.HasWgen, s.h.scope.ToolUpdateInProgress},
+      ui, s.h.tools, s.h.settings, s.h.hooks);
+}
+
+TEST(ErrorDrainTest, FaultWhileDrainingEndsTheProgramWithTwoChannelsAndNoOptions) {
+  OnlineScope s;
+  s.h.scope.HasDvm = s.h.scope.HasWgen = true;
+  FaultingUi ui;
+  InstrumentLink link = LinkWithUi(s, ui);
+  s.simulator->Execute(":NOSuch:HEADer 1");
+  link.SendCommand(":RUN");
+  ASSERT_TRUE(ui.faulted);
+  EXPECT_EQ(ui.status(), "*** Error : status line lost");
+  EXPECT_EQ(s.h.scope.ChannelCount, 2);
+  EXPECT_FALSE(s.h.scope.HasDvm);
+  EXPECT_FALSE(s.h.scope.HasWgen);
+  EXPECT_EQ(s.h.settings.Find("Setup", "Channels"), "2");
+  EXPECT_EQ(s.h.settings.Find("Setup", "DVM"), "0");
+  EXPECT_EQ(s.h.hooks.program_ends, 1);
+}
+
+// A VISA error while the timers run: a status-poll tick inside the error box must find the
+// link already down.
+TEST(LinkErrorBoxTest, TimerTickInsideTheErrorBoxReportsNothingMore) {
+  OnlineScope s;
+  TickingUi ui;
+  InstrumentLink link = LinkWithUi(s, ui);
+  int ticks = 0;
+  ui.during_box = [&] {
+    ++ticks;
+    link.PollInstrumentStatus(true);
+  };
+  s.simulator->Stop();
+  link.SendCommand(":RUN");
+  EXPECT_EQ(ticks, 1);
+  EXPECT_EQ(ui.messages().size(), 1u);
+  EXPECT_EQ(s.h.hooks.rebuilds, 1);
+  EXPECT_FALSE(s.h.session.RemoteOn);
+}
+
+}  // namespace
+}  // namespace quarvelo::link

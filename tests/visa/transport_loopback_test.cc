@@ -262,7 +262,7 @@ TEST_P(TransportTest, InstrumentGoingAwayMidBlock) {
   // The session stays a session: every later call reports the lost link, none hangs.
   EXPECT_LT(Printf("*IDN?\n"), VI_SUCCESS);
   char reply[16];
-  EXPECT_LT(Scanf("%t", reply), VI_SUCCESS);
+  EXPECT_LT(Scanf("%15t", reply), VI_SUCCESS);
   if (!usb_) {
     EXPECT_EQ(viClose(vi_), VI_SUCCESS);
   }

@@ -29,10 +29,11 @@ class FakeHost : public DisplayHost {
   void MixedDomainSpectrum(int, int) override {}
   void ReapplyBandwidthLimit() override {}
   void SendFftCentreSpan(double centre, double span) override { sent = {centre, span}; }
-  void ShowCursorSourceTool(int) override {}
+  void ShowCursorSourceTool(int channel) override { tool_shown = channel; }
   void SurfaceChanged() override {}
 
   bool sweep_mode = true;
+  int tool_shown = 0;
   std::optional<std::pair<double, double>> sent;
 };
 
@@ -337,6 +338,51 @@ TEST_F(ScreenViewTest, ZeroSpanShowsHalfTheTransform) {
   EXPECT_EQ(spectrum_.LastPoint - spectrum_.FirstPoint, spectrum_.TransformLength / 2);
   ASSERT_TRUE(host_.sent.has_value());
   EXPECT_EQ(host_.sent->first, 513.5e3);
+}
+
+TEST_F(ScreenViewTest, OscilloscopeZoomAroundTheCentreWithinTheRecord) {
+  struct Case {
+    int mode;
+    std::int32_t first, last;
+    double centre;
+    std::int32_t want_first, want_last;
+  };
+  for (const Case& c : {Case{kZoomIn, 0, 999, 500, 250, 749},    // w' = 499 about 500
+                        Case{kZoomOut, 250, 749, 500, 1, 999},   // w' = 998
+                        Case{kZoomOut, 0, 999, 900, 0, 999},     // clipped at both ends
+                        Case{kZoomIn, 500, 503, 501, 500, 503},  // w' = 1: no change
+                        Case{kZoomReset, 300, 400, 350, 0, 999}}) {
+    SCOPED_TRACE(c.want_first);
+    SetRecord(1, std::vector<double>(1000, 0.0));
+    SetRecord(2, std::vector<double>(1000, 0.0));
+    for (int channel : {1, 2}) {  // as the last zoom left them
+      scope_.Channels[channel].FirstSample = c.first;
+      scope_.Channels[channel].LastSample = c.last;
+    }
+    spectrum_.FirstPoint = c.first;
+    spectrum_.LastPoint = c.last;
+    state_.ZoomCentre = c.centre;
+    view_.ZoomView(c.mode);
+    EXPECT_EQ(spectrum_.FirstPoint, c.want_first);
+    EXPECT_EQ(spectrum_.LastPoint, c.want_last);
+    EXPECT_EQ(scope_.Channels[2].LastSample, c.want_last);
+  }
+}
+
+TEST_F(ScreenViewTest, CursorSourceMovesOnlyToADisplayedChannelWithSamples) {
+  SetRecord(1, std::vector<double>(100, 0.0));
+  SetRecord(3, std::vector<double>(100, 0.0));
+  scope_.Channels[2].Displayed = true;  // no samples
+  state_.Markers[2].active = true;
+  view_.SelectCursorSource("ID_CSR4");  // not displayed: the current tool goes down again
+  EXPECT_EQ(host_.tool_shown, 1);
+  view_.SelectCursorSource("ID_CSR2");
+  EXPECT_EQ(state_.CursorSourceChannel(), 1);
+  EXPECT_TRUE(state_.Markers[2].active);
+  view_.SelectCursorSource("ID_CSR3");
+  EXPECT_EQ(state_.Cursors[1].channel, 3);
+  EXPECT_EQ(state_.Cursors[2].channel, 3);
+  EXPECT_FALSE(state_.Markers[2].active);
 }
 
 TEST_F(ScreenViewTest, HoldoffReadoutOnlyAbove40Nanoseconds) {

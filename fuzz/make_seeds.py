@@ -142,3 +142,20 @@ for i, text in enumerate([
         ":CHAN1:SCAL #H1F;:CHAN1:OFFS #B101;:TIM:POS #Q17\n:CHAN1:RANG MAXimum\n:BAD:HEADer 1",
         ":SYSTem:SETup #15hello\n:MEASure:FREQuency? CHANnel1\n:DISPlay:DATA? BMP8bit,COLor"]):
     write("scpi_parser_fuzz", f"messages_{i}", bytes([0x0F if i % 2 == 0 else 0x00]) + text.encode())
+
+
+# csv_reader_fuzz: read size, then the file.
+def csv_file(channel, lines, end="\r\n", header_extra=""):
+    header = f"{channel};250000000;0.5;2E-07;-0.125;-2E-06;4E-09{header_extra}"
+    body = "".join(f"{-2e-6 + i * 4e-9:.9f};{0.01 * i:.9f}{end}" for i in range(lines))
+    return header + end + body
+
+
+write("csv_reader_fuzz", "crlf", bytes([7]) + csv_file(2, 12).encode())
+write("csv_reader_fuzz", "lf_bom", bytes([96]) + b"\xef\xbb\xbf" + csv_file(1, 11, "\n").encode())
+write("csv_reader_fuzz", "cr_comma_decimal",
+      bytes([3]) + csv_file(4, 12, "\r").replace(".", ",").encode())
+write("csv_reader_fuzz", "blank_line_ends_data",
+      bytes([50]) + (csv_file(3, 12) + "\r\n  \r\n9;9\r\n").encode())
+write("csv_reader_fuzz", "too_few_samples", bytes([1]) + csv_file(1, 10).encode())
+write("csv_reader_fuzz", "bad_header", bytes([5]) + b"5;1;1;1;1;1;0\r\n0;0\r\n")

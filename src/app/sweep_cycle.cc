@@ -177,6 +177,7 @@ void SweepCycle::AverageOnline(int channel) {
   acquisition::ScopeState& scope = parts_.scope;
   const spectrum::FftSettings settings = commands_.FftSettings();
   view_.ClearScreen();
+  view_.DrawFrame();
   const std::string source = "CHAN" + std::to_string(channel);
   for (int k = 1; k <= settings.AverageCount && !state_.StopRequested; ++k) {
     state_.AvgIndex = static_cast<std::int16_t>(k);

@@ -20,6 +20,9 @@ class SweepView {
   virtual void PrepareSpectrumEntries() = 0;
   // `picScreen` takes the empty picture.
   virtual void ClearScreen() = 0;
+  // The oscilloscope pane's frame and side panel in the layout of the view now in use, so that
+  // the first traces of an FFT run are drawn where the spectrum view puts them.
+  virtual void DrawFrame() = 0;
   virtual void ClearMarkers() = 0;
   virtual void DrawStatusPanel() = 0;
   virtual void RedrawScreen() = 0;

@@ -21,6 +21,7 @@ void SweepWindowView::ShowPanels(bool fft, bool visa, bool activity) {
 void SweepWindowView::PrepareSpectrumEntries() {}
 
 void SweepWindowView::ClearScreen() { screen_->ClearSurface(); }
+void SweepWindowView::DrawFrame() { screen_->DrawScreenFrame(true, true); }
 
 // The screen drawing's operations and view values (AttachScreen).
 void SweepWindowView::ClearMarkers() { screen_->ClearMarkers(); }

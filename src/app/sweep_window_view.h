@@ -45,6 +45,7 @@ class SweepWindowView final : public SweepView {
   void ShowPanels(bool fft, bool visa, bool activity) override;
   void PrepareSpectrumEntries() override;
   void ClearScreen() override;
+  void DrawFrame() override;
   void ClearMarkers() override;
   void DrawStatusPanel() override;
   void RedrawScreen() override;

@@ -16,6 +16,7 @@
 #include <QVBoxLayout>
 
 #include "app/startup.h"
+#include "app/macro_editing.h"
 #include "app/twips.h"
 #include "app/window_targets.h"
 #include "control/qt/qt_tool_host.h"
@@ -159,9 +160,14 @@ void frmKeysight::BuildControl() {
     settings_.UpperLimitMhz = text::LeadingNumber(text.toStdString());
   });
   connect(this, &frmKeysight::MacroPressed, this, [this](int index, Qt::MouseButton button) {
-    if (button != Qt::LeftButton || index < 0 || index >= kMacroCount) return;
-    const Macro& macro = settings_.Macros[static_cast<std::size_t>(index + 1)];
-    dispatcher_->RunMacro(macro.Command1, macro.Command2, macro.SweepAfter);
+    if (index < 0 || index >= kMacroCount) return;
+    const int n = index + 1;
+    Macro& macro = settings_.Macros[static_cast<std::size_t>(n)];
+    if (button == Qt::LeftButton) {
+      dispatcher_->RunMacro(macro.Command1, macro.Command2, macro.SweepAfter);
+    } else if (button == Qt::RightButton && EditMacro(this, store_, n, macro)) {
+      SetMacroCaption(n, macro.Caption);
+    }
   });
 }
 

@@ -1,0 +1,239 @@
+// Every kind of tool on the real main window against the simulated oscilloscope over loopback
+// TCP: a tool's QAction is triggered (or a combo entry picked) as the user would, and the
+// simulator's traffic log shows the commands; state tools then show what the instrument
+// reports. Tools whose work belongs to other parts (sweep, FFT, files, dialogs) are covered
+// at the dispatcher (tests/control/dispatch_test.cc).
+#include <gtest/gtest.h>
+
+#include <QAction>
+#include <QApplication>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QLineEdit>
+#include <QMenu>
+#include <QPushButton>
+#include <QTemporaryDir>
+#include <QTimer>
+#include <algorithm>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "app/frmKeysight.h"
+#include "app/qt_startup_platform.h"
+#include "control/qt/qt_tool_host.h"
+#include "platform/qt/qsettings_store.h"
+#include "sim/simulator.h"
+
+namespace quarvelo::app {
+namespace {
+
+class ToolbarWindowTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    qputenv("XDG_DATA_HOME", (dir_.path() + "/data").toUtf8());
+    sim::SimulatorOptions options;
+    options.vxi11_port = -1;
+    options.portmapper_port = -1;
+    options.hislip_port = -1;
+    std::string error;
+    simulator_ = sim::Simulator::Start(options, &error);
+    ASSERT_NE(simulator_, nullptr) << error;
+    store_ = std::make_unique<qt::QSettingsStore>(dir_.path() + "/QUARVELO.conf");
+    for (const auto& [key, value] : {std::pair{"VISA", simulator_->SocketResource()},
+                                     {"DSO", "1"},
+                                     {"Channels", "4"},
+                                     {"DVM", "1"},
+                                     {"WGEN", "1"}}) {
+      store_->Set("Setup", key, value);
+    }
+    // No channel shown: the sweeps that follow most commands read back but capture nothing.
+    for (int n = 1; n <= 4; ++n) simulator_->Execute(":CHANnel" + std::to_string(n) + ":DISPlay 0");
+    window_ = std::make_unique<frmKeysight>(*store_, platform_);
+    ASSERT_TRUE(window_->Form_Load());
+  }
+
+  void SwitchRemote(bool on) { Trigger("ID_Remote", on); }
+
+  // As a click does it: a state tool changes its state, then reports the click.
+  void Trigger(const std::string& id, bool checked = true) {
+    QAction* action = window_->Toolbar().Action(id);
+    ASSERT_NE(action, nullptr) << id;
+    if (action->isCheckable()) action->setChecked(!checked);
+    action->trigger();
+  }
+
+  // Picks an entry of a combo tool's widget as the user does.
+  void Pick(const char* id, int index) {
+    auto* combo = window_->findChild<QComboBox*>(id);
+    ASSERT_NE(combo, nullptr) << id;
+    combo->setCurrentIndex(index);
+    emit combo->activated(index);
+  }
+
+  // True when `expected` appears in the traffic in this order (other messages between).
+  bool Received(const std::vector<std::string>& expected) const {
+    const std::vector<std::string> received = simulator_->ReceivedMessages();
+    auto at = received.begin();
+    for (const std::string& message : expected) {
+      at = std::find(at, received.end(), message);
+      if (at == received.end()) return false;
+      ++at;
+    }
+    return true;
+  }
+
+  QTemporaryDir dir_;
+  std::unique_ptr<sim::Simulator> simulator_;
+  std::unique_ptr<qt::QSettingsStore> store_;
+  QtStartupPlatform platform_;
+  std::unique_ptr<frmKeysight> window_;
+};
+
+struct ToolCase {
+  const char* id;
+  bool checked;
+  std::vector<std::string> sent;
+};
+
+// Main-stage rows and families with an instrument command of their own, on the X3000 model
+// (":FUNC1", ":WGEN1"); the channel menu acts on channel 1 until another one is opened.
+const ToolCase kToolCases[] = {
+    {"ID_Run", false, {":STOP"}},
+    {"ID_Run", true, {":RUN"}},
+    {"ID_TGDIG", true, {":TRIGger:EDGE:SOURce DIG"}},
+    {"ID_TGEXT", true, {":TRIGger:EDGE:SOURce EXT"}},
+    {"ID_TGLINE", true, {":TRIGger:EDGE:SOURce LINE"}},
+    {"ID_TGWAV", true, {":TRIGger:EDGE:SOURce WGEN"}},
+    {"ID_TG2", true, {":TRIGger:EDGE:SOURce CHAN2"}},
+    {"ID_CH2", false, {":CHANnel2:DISPlay 0"}},
+    {"ID_AC", true, {":CHANnel1:COUPling AC"}},
+    {"ID_DC", true, {":CHANnel1:COUPling DC"}},
+    {"ID_BW", true, {":CHANnel1:BWLimit 1"}},
+    {"ID_CHANINV", true, {":CHANnel1:INV 1"}},
+    {"ID_DISPLBL", true, {":DISPlay:LABel 1"}},
+    {"ID_DISPCLR", false, {":DISPlay:CLEar"}},
+    {"ID_200", true, {":CHANnel1:SCALe 200mV"}},
+    {"ID_TMM", true, {":TIMebase:MODE MAIN"}},
+    {"ID_TMR", true, {":TIMebase:MODE ROLL"}},
+    {"ID_TRL", true, {":TIMebase:REFerence LEFT"}},
+    {"ID_TSN", true, {":Trigger:EDGE:SLOPe NEG"}},
+    {"ID_TCA", true, {":Trigger:EDGE:COUPLing AC"}},
+    {"ID_TJH", true, {":Trigger:EDGE:REJect HF"}},
+    {"ID_OFZ", false, {":CHANnel1:OFFSet 0mV"}},
+    {"ID_TGZ", false, {":TRIGger:LEVel:ASETup"}},
+    {"ID_PR01", false, {":CHANnel1:PROBe 1"}},
+    {"ID_WG", true, {":WGEN1:OUTPut 1"}},
+    {"ID_Single", true, {":RUN", ":SINGLE"}},
+    {"ID_TGSN", true, {":TRIGger:SWEep NORMal"}},
+    {"ID_TGF", false, {":TRIGger:FORCe"}},
+    {"ID_TGNR", true, {":TRIGger:NREJect 1"}},
+    {"ID_TGHOZ", false, {":TRIGger:HOLDoff 4E-08"}},
+    {"ID_MSVPP", false, {":MEASure:VPP"}},
+    {"ID_MSVRMSDCN", false, {":MEASure:VRMS CYCL,DC"}},
+    {"ID_MEASCHAN2", true, {":MEASure:SOURce CHAN2", ":MEASure:SOURce?"}},
+    {"ID_MATHSUBT", true, {":FUNC1:OPERation SUBT"}},
+    {"ID_MATHDISP", true, {":FUNC1:DISPlay 1"}},
+    {"ID_ACQUHRES", true, {":ACQuire:TYPE HRES"}},
+    {"ID_PERS05", true, {":Display:PERSistence 0.5"}},
+    {"ID_PERSCLR", false, {":DISPlay:CLEar"}},
+    // Last: these show channels again.
+    {"ID_Default", false, {":SYSTem:PRESet"}},
+    {"ID_AutoScale", false, {":AUToscale", ":RUN"}},
+};
+
+TEST_F(ToolbarWindowTest, EachToolSendsItsCommand) {
+  SwitchRemote(true);
+  ASSERT_TRUE(window_->Session().RemoteOn);
+  for (const ToolCase& c : kToolCases) {
+    simulator_->ClearTraffic();
+    Trigger(c.id, c.checked);
+    EXPECT_TRUE(Received(c.sent)) << c.id;
+    EXPECT_EQ(window_->Tools().ToolState(c.id),
+              c.checked && window_->Toolbar().Action(c.id)->isCheckable())
+        << c.id << " shows what the instrument reports";
+  }
+  EXPECT_TRUE(window_->Session().RemoteOn) << "no command broke the link";
+}
+
+TEST_F(ToolbarWindowTest, CombosAndTheChannelMenu) {
+  SwitchRemote(true);
+  simulator_->ClearTraffic();
+  const std::vector<std::string> ladder = window_->Tools().ComboItems("ID_TB");
+  const auto ms = std::find(ladder.begin(), ladder.end(), "1.00mS/");
+  ASSERT_NE(ms, ladder.end());
+  Pick("ID_TB", static_cast<int>(ms - ladder.begin()));
+  EXPECT_TRUE(Received({":TIMebase:SCALe .001"}));
+  Trigger("ID_TBUP");
+  EXPECT_TRUE(Received({":TIMebase:SCALe .002"}));
+
+  Pick("ID_Bins", 4);  // "4906"
+  Pick("ID_AVG", 2);
+  Pick("ID_Window", 3);
+  Pick("ID_Scale", 1);
+  const AppSettings& choices = window_->Settings();
+  EXPECT_EQ(256 << choices.BinsIndex, 4096);
+  EXPECT_EQ(choices.AverageCount, 4);
+  EXPECT_EQ(choices.WindowIndex, 3);
+  EXPECT_EQ(choices.SpectrumUnit, 1);
+
+  // Switching the link off rebuilds the toolbar: the choices stay shown.
+  SwitchRemote(false);
+  EXPECT_EQ(window_->Tools().ComboIndex("ID_Bins"), 4);
+  EXPECT_EQ(window_->Tools().ComboIndex("ID_Window"), 3);
+  EXPECT_EQ(window_->Tools().ComboIndex("ID_Scale"), 1);
+  window_->close();
+  EXPECT_EQ(store_->Get("FFT", "Window", ""), "3");
+  EXPECT_EQ(store_->Get("FFT", "SCALE", ""), "1");
+  EXPECT_EQ(store_->Get("FFT", "AVG", ""), "2");
+}
+
+TEST_F(ToolbarWindowTest, ChannelMenuActsOnItsChannelAndReadsBackAfterwards) {
+  SwitchRemote(true);
+  control::QtToolHost& toolbar = window_->Toolbar();
+  emit toolbar.DropDownRequested(QStringLiteral("ID_CH3"));
+  simulator_->ClearTraffic();
+  Trigger("ID_50");
+  emit toolbar.DropDownClosed(QStringLiteral("ID_CH3"));
+  EXPECT_TRUE(Received({":CHANnel3:SCALe 50mV", ":CHANnel3:SCALe?"}));
+  EXPECT_EQ(window_->Scope().Channels[3].Scale, 0.05);
+}
+
+TEST_F(ToolbarWindowTest, OfflineOnlyTheFileAndViewToolsAct) {
+  simulator_->ClearTraffic();
+  for (const char* id : {"ID_Run", "ID_TGEXT", "ID_MSVPP", "ID_DISPCLR", "ID_TG2"}) Trigger(id);
+  EXPECT_TRUE(simulator_->ReceivedMessages().empty());
+  EXPECT_EQ(window_->Scope().TriggerChannel, 2) << "the trigger channel of files is set offline";
+}
+
+TEST_F(ToolbarWindowTest, MacroTenStoresItsKeysAndRunsUnchanged) {
+  SwitchRemote(true);
+  const auto buttons = window_->findChildren<QPushButton*>("cmdMac");
+  QPushButton* mac10 = *std::find_if(buttons.begin(), buttons.end(), [](QPushButton* b) {
+    return b->property("index").toInt() == 9;
+  });
+  QTimer::singleShot(0, [] {
+    QWidget* dialog = QApplication::activeModalWidget();
+    ASSERT_NE(dialog, nullptr);
+    const auto boxes = dialog->findChildren<QLineEdit*>("txtCommand");
+    ASSERT_EQ(boxes.size(), 3);
+    const char* texts[] = {"Volts", ":MEASure:VPP CHAN1", ":CHANnel1:SCALe 1V"};
+    for (QLineEdit* box : boxes) box->setText(texts[box->property("index").toInt()]);
+    dialog->findChild<QCheckBox*>("chkSweep")->setChecked(true);
+    dialog->findChild<QPushButton*>("cmdOk")->click();
+  });
+  emit mac10->customContextMenuRequested(QPoint(1, 1));
+  EXPECT_EQ(mac10->text(), "Volts");
+  EXPECT_EQ(store_->Get("Macros", "Caption10", ""), "Volts");
+  EXPECT_EQ(store_->Get("Macros", "Command1_10", ""), ":MEASure:VPP CHAN1");
+  EXPECT_EQ(store_->Get("Macros", "Command2_10", ""), ":CHANnel1:SCALe 1V");
+  EXPECT_EQ(store_->Get("Macros", "Sweep10", ""), "1");
+
+  simulator_->ClearTraffic();
+  mac10->click();
+  EXPECT_TRUE(Received({":MEASure:VPP CHAN1", ":CHANnel1:SCALe 1V", "*IDN?"}))
+      << "both commands, then a sweep (which reads the state back first)";
+}
+
+}  // namespace
+}  // namespace quarvelo::app

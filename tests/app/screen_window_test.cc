@@ -98,5 +98,39 @@ TEST_F(ScreenWindowTest, SweepDrawsTracesTheMouseMeasuresAndTheZoomToolNarrowsTh
   window_->Link().CloseInstrument();
 }
 
+TEST_F(ScreenWindowTest, FftRunDrawsTheSpectrumWhichTheMouseAndZoomToolMeasure) {
+  window_->Settings().AverageCount = 1;
+  window_->Link().OpenInstrument();
+  ASSERT_TRUE(window_->Session().RemoteOn);
+  window_->Sweep().FftRun(1);
+  const spectrum::Spectrum& spectrum = window_->SpectrumRecord();
+  ASSERT_TRUE(spectrum.SpectrumReady);
+
+  // The spectrum pane below the traces holds the spectrum's colour.
+  const display::ScreenLayout& layout = window_->Screen().Layout();
+  EXPECT_GT(layout.GridTop, layout.ScopeBottom);
+  const QImage& image = window_->picScreen()->Image();
+  int coloured = 0;
+  for (int y = display::ToPixel(layout.GridTop); y <= display::ToPixel(layout.GridBottom); ++y)
+    for (int x = display::ToPixel(layout.GridLeft); x <= display::ToPixel(layout.GridRight); ++x)
+      coloured += (image.pixel(x, y) & 0xffffffu) == (display::kSpectrumColour.rgb() & 0xffffffu);
+  EXPECT_GT(coloured, display::ToPixel(layout.GridRight - layout.GridLeft));
+
+  // Dragging the left button reads frequency and level; zoom in halves the span about it.
+  qt::PictureBox* screen = window_->picScreen();
+  const QPoint at(display::ToPixel(layout.GridLeft + (layout.GridRight - layout.GridLeft) / 3),
+                  display::ToPixel((layout.GridTop + layout.GridBottom) / 2));
+  QTest::mousePress(screen, Qt::LeftButton, {}, at);
+  QTest::mouseMove(screen, at + QPoint(5, 0));
+  EXPECT_TRUE(Status().startsWith("[L: ")) << Status().toStdString();
+  EXPECT_TRUE(Status().contains("dBV")) << Status().toStdString();
+  QTest::mouseRelease(screen, Qt::LeftButton, {}, at + QPoint(5, 0));
+  const std::int32_t shown = spectrum.LastPoint - spectrum.FirstPoint;
+  window_->findChild<QAction*>("ID_ZoomP")->trigger();
+  EXPECT_NEAR(spectrum.LastPoint - spectrum.FirstPoint, shown / 2.0, 2);
+  EXPECT_EQ(window_->Screen().State().LastZoomMode, display::kZoomIn);
+  window_->Link().CloseInstrument();
+}
+
 }  // namespace
 }  // namespace quarvelo::app

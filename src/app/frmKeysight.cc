@@ -196,7 +196,10 @@ void frmKeysight::BuildWidgets() {
   tabs_->addTab(scroll, QStringLiteral("ScreenShoot"));
   setCentralWidget(tabs_);
 
-  lbl_screen_ = Named(new QLabel, "lblScreen", QString(), tr("Status"));
+  // Labels whose text changes leave their accessible name empty: screen readers then read the
+  // current text (and are told when it changes); the description says what the label is.
+  lbl_screen_ = Named(new QLabel, "lblScreen", QString(), QString());
+  lbl_screen_->setAccessibleDescription(tr("Status"));
   lbl_screen_->setTextInteractionFlags(Qt::TextSelectableByMouse);
   lbl_screen_->setMinimumWidth(100);
   statusBar()->addWidget(lbl_screen_, 1);
@@ -315,8 +318,9 @@ QWidget* frmKeysight::BuildAveragingBox() {
   box->setObjectName(QStringLiteral("AveragingBox"));
   auto* layout = new QVBoxLayout(box);
   layout->setContentsMargins(0, 0, 0, 0);
-  lbl_avg_count_ =
-      Named(new QLabel(QStringLiteral("0")), "lblAVGCount", QString(), tr("Averaging pass"));
+  lbl_avg_count_ = Named(new QLabel(QStringLiteral("0")), "lblAVGCount", QString(), QString());
+  lbl_avg_count_->setToolTip(tr("Averaging pass"));
+  lbl_avg_count_->setAccessibleDescription(tr("Averaging pass"));
   lbl_avg_count_->setAlignment(Qt::AlignCenter);
   QFont font = lbl_avg_count_->font();
   font.setPointSize(font.pointSize() + 4);

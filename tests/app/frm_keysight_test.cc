@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <QAbstractButton>
+#include <QAccessible>
 #include <QAction>
 #include <QApplication>
 #include <QComboBox>
@@ -82,7 +83,8 @@ TEST_F(FrmKeysightTest, EveryNamedControlExistsWithAnAccessibleName) {
     auto* widget = window->findChild<QWidget*>(QString::fromLatin1(c.name));
     ASSERT_NE(widget, nullptr) << c.name;
     EXPECT_STREQ(widget->metaObject()->className(), c.class_name) << c.name;
-    EXPECT_FALSE(widget->accessibleName().isEmpty()) << c.name;
+    EXPECT_FALSE(widget->accessibleName().isEmpty() && widget->accessibleDescription().isEmpty())
+        << c.name;
   }
   EXPECT_EQ(window->findChild<QPushButton*>("cmdStop")->text(), "Stop averaging");
   EXPECT_EQ(window->findChild<QToolButton*>("ssrBW")->toolTip(), "Set Bandwidth limit");
@@ -295,6 +297,21 @@ TEST_F(FrmKeysightTest, TerminationSignalClosesTheWindowAndSaves) {
   }
   EXPECT_FALSE(window->isVisible());
   EXPECT_EQ(Stored("Setup/Width"), "14580");
+}
+
+// Screen readers read a changing label's current text as its name, and its role as description.
+TEST_F(FrmKeysightTest, ChangingLabelsAreReadByTheirText) {
+  auto window = NewWindow();
+  for (const auto& [name, description] : {std::pair{"lblScreen", "Status"},
+                                          std::pair{"lblAVGCount", "Averaging pass"}}) {
+    auto* label = window->findChild<QLabel*>(QString::fromLatin1(name));
+    ASSERT_NE(label, nullptr) << name;
+    label->setText(QStringLiteral("Connected to 42"));
+    QAccessibleInterface* accessible = QAccessible::queryAccessibleInterface(label);
+    ASSERT_NE(accessible, nullptr) << name;
+    EXPECT_EQ(accessible->text(QAccessible::Name), "Connected to 42") << name;
+    EXPECT_EQ(accessible->text(QAccessible::Description), description) << name;
+  }
 }
 
 }  // namespace

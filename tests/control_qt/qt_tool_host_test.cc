@@ -229,6 +229,8 @@ TEST_F(QtToolHostTest, LabelToolsShowTheirCaption) {
   auto* label = qobject_cast<QLabel*>(ToolbarWidget("TimeBase", "ID_SR"));
   ASSERT_NE(label, nullptr);
   EXPECT_EQ(label->text(), "2.00GSa/s");
+  EXPECT_EQ(label->accessibleName(), "2.00GSa/s");
+  EXPECT_EQ(label->accessibleDescription(), "Sample Rate");
 }
 
 TEST_F(QtToolHostTest, HiddenToolDisappearsFromToolbarAndMenu) {

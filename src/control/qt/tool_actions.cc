@@ -115,6 +115,8 @@ LabelToolAction::LabelToolAction(const QString& id, const QString& caption, cons
 QWidget* LabelToolAction::createWidget(QWidget* parent) {
   auto* label = new QLabel(text(), parent);
   Describe(label, objectName(), AccessibleNameOf(this), toolTip());
+  // The name follows the changing text (below); the description says what the readout is.
+  label->setAccessibleDescription(toolTip());
   label->setContentsMargins(6, 0, 6, 0);
   connect(this, &QAction::changed, label, [this, label] {
     label->setText(text());

@@ -1,4 +1,5 @@
-// Every engine against FFTW, bin by bin, on random input.
+// Every engine against FFTW, bin by bin, on random input, at the smallest and largest
+// lengths and one between.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -78,7 +79,7 @@ TEST_P(FftAccuracyTest, ObjectFftMatchesFftwBothWays) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(PowersOfTwo, FftAccuracyTest, testing::Range(1, 20),
+INSTANTIATE_TEST_SUITE_P(PowersOfTwo, FftAccuracyTest, testing::Values(1, 2, 10, 19),
                          [](const testing::TestParamInfo<int>& info) {
                            return "N2pow" + std::to_string(info.param);
                          });
@@ -113,70 +114,7 @@ TEST_P(DftAccuracyTest, MatchesFftwWithinThePhaseQuantisation) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(SmallLengths, DftAccuracyTest,
-                         testing::Values(1, 2, 3, 5, 8, 17, 100, 255, 1000, 1023));
-
-TEST(EngineAgreementTest, ImpulseAtZeroGivesFlatSpectrumEverywhere) {
-  constexpr std::int32_t kN = 16;
-  ui::RecordingUi ui;
-  FourierWorkspace module;
-  module.AllocateAll(kN);
-  module.RealInput[0] = 1;
-  PrepareTwiddles(module, kN, false);
-  ASSERT_EQ(Fourier(module, kN, false, ui), FourierStatus::kOk);
-
-  FourierWorkspace dft;
-  dft.AllocateTransformArrays(kN);
-  dft.RealInput[0] = 1;
-  DiscreteFourier(dft, kN, DftContext{});
-
-  clsFourier object;
-  ASSERT_EQ(object.SetNumberOfSamples(kN), FourierStatus::kOk);
-  ASSERT_EQ(object.SetRealIn(1, 1.0), FourierStatus::kOk);
-  for (std::int32_t k = 0; k < kN; ++k) {
-    std::complex<double> bin;
-    ASSERT_EQ(object.ComplexOut(k + 1, &bin), FourierStatus::kOk);
-    EXPECT_EQ(bin, std::complex<double>(1.0, 0.0)) << k;
-    EXPECT_EQ(module.RealOutput[k], 1.0) << k;
-    EXPECT_EQ(module.ImagOutput[k], 0.0) << k;
-    if (k <= kN / 2) {
-      EXPECT_EQ(dft.RealOutput[k], 1.0) << k;
-      EXPECT_EQ(dft.ImagOutput[k], 0.0) << k;
-    }
-  }
-}
-
-TEST(EngineAgreementTest, CosineOfKCyclesPeaksAtKAndNMinusKOrAtKForTheDft) {
-  constexpr std::int32_t kN = 128;
-  constexpr int kCycles = 9;
-  ui::RecordingUi ui;
-  FourierWorkspace module;
-  module.AllocateAll(kN);
-  FourierWorkspace dft;
-  dft.AllocateTransformArrays(kN);
-  for (std::int32_t i = 0; i < kN; ++i) {
-    module.RealInput[i] = dft.RealInput[i] = std::cos(2 * std::numbers::pi * kCycles * i / kN);
-  }
-  clsFourier object;
-  ASSERT_EQ(object.SetNumberOfSamples(kN), FourierStatus::kOk);
-  for (std::int32_t i = 0; i < kN; ++i) {
-    ASSERT_EQ(object.SetRealIn(i + 1, module.RealInput[i]), FourierStatus::kOk);
-  }
-  PrepareTwiddles(module, kN, false);
-  ASSERT_EQ(Fourier(module, kN, false, ui), FourierStatus::kOk);
-  DiscreteFourier(dft, kN, DftContext{});
-  for (std::int32_t k = 0; k < kN; ++k) {
-    const double expected = (k == kCycles || k == kN - kCycles) ? kN / 2.0 : 0.0;
-    EXPECT_NEAR(std::hypot(module.RealOutput[k], module.ImagOutput[k]), expected, 1e-9) << k;
-    double magnitude = -1;
-    ASSERT_EQ(object.Magnitude(k + 1, &magnitude), FourierStatus::kOk);
-    EXPECT_NEAR(magnitude, expected, 1e-9) << k;
-    if (k <= kN / 2) {
-      const double dft_magnitude = std::hypot(dft.RealOutput[k], dft.ImagOutput[k]);
-      EXPECT_NEAR(dft_magnitude, k == kCycles ? kN / 2.0 : 0.0, 0.05) << k;
-    }
-  }
-}
+INSTANTIATE_TEST_SUITE_P(SmallLengths, DftAccuracyTest, testing::Values(1, 2, 3, 1023));
 
 }  // namespace
 }  // namespace quarvelo::spectrum

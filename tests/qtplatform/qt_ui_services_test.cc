@@ -60,20 +60,23 @@ TEST_F(QtUiServicesTest, ServicesOutlivingTheirWidgetsDoNothing) {
   EXPECT_TRUE(single_->isActive());
 }
 
-TEST_F(QtUiServicesTest, MessageBoxHasTheProgramTitleIconAndReturnsTheButton) {
+TEST_F(QtUiServicesTest, MessageBoxHasItsTitleIconAndReturnsTheButton) {
   const struct {
+    const char* title;  // nullptr: the program's
     ui::MessageIcon icon;
     QMessageBox::Icon qt_icon;
     ui::MessageButtons buttons;
     QMessageBox::StandardButton press;
     ui::MessageResult expected;
   } cases[] = {
-      {ui::MessageIcon::kCritical, QMessageBox::Critical, ui::MessageButtons::kOk, QMessageBox::Ok,
-       ui::MessageResult::kOk},
-      {ui::MessageIcon::kExclamation, QMessageBox::Warning, ui::MessageButtons::kOkCancel,
+      {nullptr, ui::MessageIcon::kCritical, QMessageBox::Critical, ui::MessageButtons::kOk,
+       QMessageBox::Ok, ui::MessageResult::kOk},
+      {nullptr, ui::MessageIcon::kExclamation, QMessageBox::Warning, ui::MessageButtons::kOkCancel,
        QMessageBox::Cancel, ui::MessageResult::kCancel},
-      {ui::MessageIcon::kQuestion, QMessageBox::Question, ui::MessageButtons::kYesNo,
+      {nullptr, ui::MessageIcon::kQuestion, QMessageBox::Question, ui::MessageButtons::kYesNo,
        QMessageBox::No, ui::MessageResult::kNo},
+      {"Error!", ui::MessageIcon::kCritical, QMessageBox::Critical, ui::MessageButtons::kOk,
+       QMessageBox::Ok, ui::MessageResult::kOk},
   };
   for (const auto& c : cases) {
     QString title;
@@ -87,10 +90,13 @@ TEST_F(QtUiServicesTest, MessageBoxHasTheProgramTitleIconAndReturnsTheButton) {
       text = box->text();
       box->button(c.press)->click();
     });
-    EXPECT_EQ(ui_.ShowMessage("RESET WGEN\r\nAre you sure?", c.icon, c.buttons), c.expected);
-    EXPECT_EQ(title, "QUARVELO");
+    const char* message = "RESET WGEN\r\nAre you sure?";
+    EXPECT_EQ(c.title == nullptr ? ui_.ShowMessage(message, c.icon, c.buttons)
+                                 : ui_.ShowTitledMessage(c.title, message, c.icon, c.buttons),
+              c.expected);
+    EXPECT_EQ(title, c.title == nullptr ? "QUARVELO" : c.title);
     EXPECT_EQ(icon, c.qt_icon);
-    EXPECT_EQ(text, "RESET WGEN\r\nAre you sure?");
+    EXPECT_EQ(text, message);
   }
 }
 
@@ -110,28 +116,6 @@ TEST_F(QtUiServicesTest, PauseLetsTimersRun) {
   QTimer::singleShot(5, [&] { ++ticks; });
   ui_.Pause(30);
   EXPECT_EQ(ticks, 1);
-}
-
-}  // namespace
-}  // namespace quarvelo::qt
-
-namespace quarvelo::qt {
-namespace {
-
-TEST(QtUiServicesTitleTest, TitledMessageShowsItsOwnTitle) {
-  QWidget window;
-  QtUiServices ui({&window, nullptr, nullptr, nullptr, nullptr});
-  QString title;
-  QTimer::singleShot(0, [&] {
-    auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
-    ASSERT_NE(box, nullptr);
-    title = box->windowTitle();
-    box->button(QMessageBox::Ok)->click();
-  });
-  EXPECT_EQ(
-      ui.ShowTitledMessage("Error!", "N = 0", ui::MessageIcon::kCritical, ui::MessageButtons::kOk),
-      ui::MessageResult::kOk);
-  EXPECT_EQ(title, "Error!");
 }
 
 }  // namespace

@@ -21,15 +21,6 @@ TEST(StatusLineTextTest, RemovesOuterBlanksOnly) {
   for (const auto& c : cases) EXPECT_EQ(StatusLineText(c.in), c.out) << c.in;
 }
 
-TEST(RecordingUiTest, StatusLineShowsTrimmedTextAndKeepsHistory) {
-  RecordingUi ui;
-  ui.ShowStatus("  first ");
-  ui.ShowStatus("");
-  EXPECT_EQ(ui.status(), "");
-  ASSERT_EQ(ui.status_lines().size(), 2u);
-  EXPECT_EQ(ui.status_lines()[0], "first");
-}
-
 TEST(RecordingUiTest, MessageBoxesWithoutScriptPressTheFirstButton) {
   const struct {
     MessageButtons buttons;

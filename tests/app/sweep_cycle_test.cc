@@ -112,8 +112,11 @@ class SweepTraffic : public SweepCycleTest, public testing::WithParamInterface<S
 
 TEST_P(SweepTraffic, TriggerChannelLastOneDigitizeAndRunAsPolled) {
   const SweepCase& c = GetParam();
-  Execute(c.running ? ":RUN" : ":STOP");
+  Execute(":RUN");
   ShowAllChannels(2);
+  // A stopped oscilloscope holds the record of its last acquisition.
+  if (!c.running) Execute(":DIGitize");
+  simulator_->ClearTraffic();
 
   window_->Sweep().ID_Sweep(c.restart);
 

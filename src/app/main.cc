@@ -27,7 +27,8 @@ int main(int argc, char* argv[]) {
   QApplication::setOrganizationName(QStringLiteral("QUARVELO"));
   QApplication::setApplicationName(QStringLiteral("QUARVELO"));
   QApplication::setApplicationVersion(QStringLiteral(QUARVELO_VERSION_TEXT));
-  QApplication::setWindowIcon(quarvelo::app::ProgramIcon());
+  QApplication::setDesktopFileName(QString::fromLatin1(quarvelo::app::kDesktopId));
+  QApplication::setWindowIcon(quarvelo::app::ProgramIcon(QApplication::applicationDirPath()));
 
   quarvelo::qt::QSettingsStore store;
   quarvelo::app::QtStartupPlatform platform;

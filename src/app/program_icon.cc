@@ -1,18 +1,23 @@
 #include "app/program_icon.h"
 
+#include <QDir>
+#include <QFileInfo>
 #include <QPainter>
 #include <QPainterPath>
-#include <QPixmap>
 #include <cmath>
+#include <span>
 
 namespace quarvelo::app {
 
-QIcon ProgramIcon() {
-  QIcon icon;
-  for (int side : {16, 32, 64, 128}) {
-    QPixmap pixmap(side, side);
-    pixmap.fill(Qt::transparent);
-    QPainter painter(&pixmap);
+namespace {
+constexpr int kSides[] = {16, 32, 48, 64, 128, 256};
+}  // namespace
+
+QImage DrawProgramIcon(int side) {
+  QImage image(side, side, QImage::Format_ARGB32_Premultiplied);
+  image.fill(Qt::transparent);
+  {
+    QPainter painter(&image);
     painter.setRenderHint(QPainter::Antialiasing);
     const double s = side;
     painter.setPen(QPen(QColor(160, 160, 160), s / 32.0));
@@ -38,9 +43,22 @@ QIcon ProgramIcon() {
       const double x = s * (0.2 + 0.15 * i);
       painter.drawLine(QPointF(x, s * 0.85), QPointF(x, s * (0.85 - bars[i])));
     }
-    painter.end();
-    icon.addPixmap(pixmap);
   }
+  return image;
+}
+
+QIcon ProgramIcon(const QString& executable_folder) {
+  QIcon icon;
+  const QDir hicolor(executable_folder + QStringLiteral("/../share/icons/hicolor"));
+  for (int side : executable_folder.isEmpty() ? std::span<const int>() : std::span(kSides)) {
+    const QString file = hicolor.filePath(
+        QStringLiteral("%1x%1/apps/%2.png").arg(side).arg(QString::fromLatin1(kDesktopId)));
+    if (QFileInfo::exists(file)) icon.addFile(file, QSize(side, side));
+  }
+  if (!icon.isNull()) return icon;
+  icon = QIcon::fromTheme(QString::fromLatin1(kDesktopId));
+  if (!icon.isNull()) return icon;
+  for (int side : kSides) icon.addPixmap(QPixmap::fromImage(DrawProgramIcon(side)));
   return icon;
 }
 

@@ -380,9 +380,13 @@ void ScreenView::DrawSamples(int channel, std::int32_t first, std::int32_t last,
   std::int32_t* const point_y = ys.data();
   const double* const t = time.data();
   const double* const v = volts.data();
+  // x is kept within a pane's width of the graticule, so that a wild time value cannot make a
+  // line millions of pixels long; the bound comes first in each max, so that a NaN gives way.
+  const double x_low = 2 * left - right;
+  const double x_high = 2 * right - left;
   for (std::int32_t i = first; i <= last; ++i) {
-    point_x[i] = RoundToInt((t[i] - t0) * x_scale + left);
-    point_y[i] = RoundToInt(std::min(std::max(y_base - v[i] * y_scale, top), bottom));
+    point_x[i] = RoundToInt(std::min(std::max(x_low, (t[i] - t0) * x_scale + left), x_high));
+    point_y[i] = RoundToInt(std::min(std::max(top, y_base - v[i] * y_scale), bottom));
   }
   if (store_points) {
     layout.PointsFirst[channel] = first;

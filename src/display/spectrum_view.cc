@@ -115,7 +115,8 @@ void ScreenView::DrawSpectrumTrace() {
   const double bottom = layout.GridBottom;
   for (std::int32_t p = first; p <= last; ++p) {
     x[p] = RoundToInt(layout.GridLeft + (p - first) * x_scale);
-    y[p] = RoundToInt(std::min(std::max(top + (s.LevelTop - level[p]) * y_scale, top), bottom));
+    // The bound first: a level of -inf or NaN lands on an edge.
+    y[p] = RoundToInt(std::min(std::max(top, top + (s.LevelTop - level[p]) * y_scale), bottom));
   }
   TraceRaster raster(surface_, kSpectrumColour.rgb());
   const bool every_segment = every_segment_ || (last - first) <= 2 * (ToPixel(layout.GridRight) -

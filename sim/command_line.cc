@@ -1,5 +1,6 @@
 #include "sim/command_line.h"
 
+#include <algorithm>
 #include <cstdlib>
 
 #include "sim/model/signal_presets.h"
@@ -20,8 +21,8 @@ bool ParsePort(const std::string& text, int* port) {
 const char* Usage() {
   return "usage: quarvelo-scope-sim [--bind ADDR] [--socket-port N] [--vxi11-port N]\n"
          "         [--portmapper-port N] [--hislip-port N] [--model 2000X|3000X]\n"
-         "         [--channels 2|4] [--options wgen,dvm|none] [--signals probes|flat]\n"
-         "         [--latency MS] [--log FILE]\n"
+         "         [--channels 2|4] [--options wgen,dvm,memup|none] [--signals probes|flat]\n"
+         "         [--latency MS] [--dvm-settle MS] [--identity TEXT] [--log FILE]\n"
          "A port of 0 takes a free one, -1 leaves that transport off. The first line printed\n"
          "lists the ports bound. --log - logs the traffic on standard output.\n"
          "--latency 1 answers at the pace of an instrument on a LAN (1 ms per exchange).\n";
@@ -34,6 +35,7 @@ CommandLine ParseCommandLine(const std::vector<std::string>& arguments) {
   options.vxi11_port = 0;
   options.portmapper_port = 111;
   options.hislip_port = 4880;
+  options.dvm_settle_ms = 250;
   for (size_t i = 0; i < arguments.size(); ++i) {
     const std::string& name = arguments[i];
     if (name == "--help" || name == "-h") {
@@ -65,7 +67,8 @@ CommandLine ParseCommandLine(const std::vector<std::string>& arguments) {
     } else if (name == "--options") {
       options.has_wgen = value.find("wgen") != std::string::npos;
       options.has_dvm = value.find("dvm") != std::string::npos;
-      ok = value == "none" || options.has_wgen || options.has_dvm;
+      options.has_memory_upgrade = value.find("memup") != std::string::npos;
+      ok = value == "none" || options.has_wgen || options.has_dvm || options.has_memory_upgrade;
     } else if (name == "--signals") {
       ok = SignalPresetNamed(value).has_value();
       options.signal_preset = value;
@@ -73,6 +76,13 @@ CommandLine ParseCommandLine(const std::vector<std::string>& arguments) {
       char* end = nullptr;
       options.latency_ms = std::strtod(value.c_str(), &end);
       ok = !value.empty() && *end == '\0' && options.latency_ms >= 0 && options.latency_ms <= 1e4;
+    } else if (name == "--dvm-settle") {
+      char* end = nullptr;
+      options.dvm_settle_ms = std::strtod(value.c_str(), &end);
+      ok = !value.empty() && *end == '\0' && options.dvm_settle_ms >= 0;
+    } else if (name == "--identity") {
+      options.identity = value;
+      ok = std::count(value.begin(), value.end(), ',') == 3;
     } else if (name == "--log") {
       options.log_file = value;
     } else {

@@ -25,6 +25,9 @@ InstrumentConfig ConfigFrom(const SimulatorOptions& options) {
   config.has_dvm = options.has_dvm;
   config.signal_preset = SignalPresetNamed(options.signal_preset).value_or(SignalPreset::kProbes);
   config.latency_ms = options.latency_ms;
+  config.has_memory_upgrade = options.has_memory_upgrade && config.is_3000x;
+  config.identity = options.identity;
+  config.dvm_settle_ms = options.dvm_settle_ms;
   return config;
 }
 

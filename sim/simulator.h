@@ -22,6 +22,10 @@ struct SimulatorOptions {
   // A real instrument's pace: milliseconds each exchange takes, and the slow commands'
   // time built on it (sim/model/pace.h); 0 answers at once.
   double latency_ms = 0;
+  bool has_memory_upgrade = false;  // 3000X: the 4 Mpts option
+  std::string identity;             // "*IDN?" reply; empty: the family's own
+  // Milliseconds after ":DVM:ENABle 1" during which ":DVM:CURRent?" has no value yet.
+  double dvm_settle_ms = 0;
   std::string bind_address = "127.0.0.1";
   // 0 picks an ephemeral port; -1 leaves that transport off.
   int socket_port = 0;

@@ -1,5 +1,6 @@
 // Automatic measurements and the voltmeter, computed from the channel's signal as shown.
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <numeric>
 #include <optional>
@@ -291,7 +292,9 @@ int SourceQuery(InstrumentState& state, const Call&, std::string* reply) {
 
 // The voltmeter reads over many periods (or ten screens of a signal that does not repeat).
 int DvmCurrent(InstrumentState& state, const Call&, std::string* reply) {
-  if (!state.settings.Flag(":DVM:ENABle")) {
+  auto settle = std::chrono::duration<double, std::milli>(state.config.dvm_settle_ms);
+  bool settled = std::chrono::steady_clock::now() - state.dvm_enabled_at >= settle;
+  if (!state.settings.Flag(":DVM:ENABle") || !settled) {
     *reply = ValueText(kNoValue);
     return 0;
   }

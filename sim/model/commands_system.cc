@@ -36,6 +36,27 @@ int Identify(InstrumentState& state, const Call& call, std::string* reply) {
   *reply = state.config.Identity();
   return NoParameters(call);
 }
+// The installed options by their order names, "0" when there are none.
+int Options(InstrumentState& state, const Call& call, std::string* reply) {
+  const InstrumentConfig& config = state.config;
+  std::string family = config.is_3000x ? "DSOX3" : "DSOX2";
+  std::string text;
+  auto add = [&](bool installed, const char* name) {
+    if (!installed) return;
+    if (!text.empty()) text += ",";
+    text += family + name;
+  };
+  add(config.has_wgen, "WAVEGEN");
+  add(config.has_dvm, "DVM");
+  add(config.has_memory_upgrade, "MEMUP");
+  *reply = text.empty() ? "0" : text;
+  return NoParameters(call);
+}
+// The simulated inputs carry passive probes without an identification.
+int ProbeId(InstrumentState&, const Call& call, std::string* reply) {
+  *reply = "NONE";
+  return NoParameters(call);
+}
 int Reset(InstrumentState& state, const Call& call, std::string*) {
   Preset(state);
   return NoParameters(call);
@@ -96,13 +117,13 @@ int OperationConditionQuery(InstrumentState& state, const Call&, std::string* re
 }
 int ArmEventQuery(InstrumentState& state, const Call&, std::string* reply) {
   // Reading clears it; a running instrument re-arms at once.
-  *reply = state.status.armed_event ? "1" : "0";
+  *reply = state.status.armed_event ? "+1" : "+0";
   state.status.armed_event = state.run_state == RunState::kRunning;
   return 0;
 }
 int TriggerEventQuery(InstrumentState& state, const Call&, std::string* reply) {
   bool triggered = state.status.trigger_event || state.run_state == RunState::kRunning;
-  *reply = triggered ? "1" : "0";
+  *reply = triggered ? "+1" : "+0";
   state.status.trigger_event = false;
   return 0;
 }
@@ -153,6 +174,8 @@ int LevelSetupCommand(InstrumentState& state, const Call& call, std::string*) {
 
 void AddSystemCommands(std::vector<CommandEntry>& table) {
   table.push_back({HeaderPattern("*IDN"), nullptr, Identify});
+  table.push_back({HeaderPattern("*OPT"), nullptr, Options});
+  table.push_back({HeaderPattern(":CHANnel#C:PROBe:ID"), nullptr, ProbeId});
   table.push_back({HeaderPattern("*RST"), Reset, nullptr});
   table.push_back({HeaderPattern("*CLS"), ClearStatus, nullptr});
   table.push_back({HeaderPattern("*ESR"), nullptr, EventStatusQuery});

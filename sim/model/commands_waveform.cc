@@ -19,8 +19,7 @@ int SourceChannel(const InstrumentState& state) {
 }
 
 bool SourceHasData(const InstrumentState& state) {
-  int channel = SourceChannel(state);
-  return channel > 0 && state.settings.Flag(":CHANnel#C:DISPlay", channel);
+  return ChannelHasData(state, SourceChannel(state));
 }
 
 int FormatCode(const InstrumentState& state) {
@@ -48,12 +47,18 @@ int PointsSet(InstrumentState& state, const Call& call, std::string*) {
   if (call.parameters.size() > 1) return -108;
   NumberParse number = ParseNumber(call.parameters.front().text);
   if (number.error != 0) return number.error;
-  double points = number.kind == NumberParse::Kind::kMaximum   ? kMaximumRequest
-                  : number.kind == NumberParse::Kind::kMinimum ? kMinimumRequest
-                                                               : std::nearbyint(number.value);
-  // Any count is taken as "at most this many"; the transfer delivers what the record allows.
-  state.requested_points = static_cast<long>(std::clamp(
-      points, static_cast<double>(kMinimumRequest), static_cast<double>(kMaximumRequest)));
+  if (number.kind == NumberParse::Kind::kMaximum) {
+    // MAXimum also selects the larger record, as the instrument does.
+    state.settings.SetText(":WAVeform:POINts:MODE", "MAX");
+    state.requested_points = kMaximumRequest;
+    return 0;
+  }
+  double points =
+      number.kind == NumberParse::Kind::kMinimum ? kMinimumRequest : std::nearbyint(number.value);
+  if (points < kMinimumRequest || points > kMaximumRequest) return -222;
+  // Any count in range is taken as "at most this many"; the transfer delivers what the
+  // record allows.
+  state.requested_points = static_cast<long>(points);
   return 0;
 }
 

@@ -56,10 +56,14 @@ struct InstrumentState {
   std::uint64_t acquisition_number = 1;  // seeds the noise of the current acquisition
 
   std::array<ChannelSource, 5> sources{};  // index 1..4
-  bool front_end_noise = false;            // the channels add the front end's noise floor
-  double charged_seconds = 0;              // slow commands' time in the current message
-  long requested_points = 1000;            // :WAVeform:POINts
-  std::string persistence = "MIN";         // :DISPlay:PERSistence reply
+  // The channels on when the instrument last stopped: a stopped instrument has data for
+  // those only (a channel turned on afterwards waits for the next acquisition).
+  std::array<bool, 5> stopped_with_data{};
+  bool front_end_noise = false;  // the channels add the front end's noise floor
+  double charged_seconds = 0;    // slow commands' time in the current message
+  std::chrono::steady_clock::time_point dvm_enabled_at;  // the voltmeter settles from here
+  long requested_points = 1000;                          // :WAVeform:POINts
+  std::string persistence = "MIN";                       // :DISPlay:PERSistence reply
   std::string measure_source1 = "CHAN1";
   std::string measure_source2 = "CHAN2";
 };

@@ -30,14 +30,31 @@ std::pair<double, double> Extremes(const InstrumentState& state, int channel, do
   return {*low, *high};
 }
 
+// The acquisition that stops the instrument holds the channels that are on.
+void KeepAcquiredChannels(InstrumentState& state) {
+  for (int channel = 1; channel <= 4; ++channel) {
+    state.stopped_with_data[channel] =
+        channel <= state.config.channels && state.settings.Flag(":CHANnel#C:DISPlay", channel);
+  }
+}
+
 }  // namespace
+
+bool ChannelHasData(const InstrumentState& state, int channel) {
+  if (channel < 1 || channel > state.config.channels) return false;
+  if (!state.settings.Flag(":CHANnel#C:DISPlay", channel)) return false;
+  return state.run_state != RunState::kStopped || state.stopped_with_data[channel];
+}
 
 void StartRunning(InstrumentState& state) {
   state.run_state = RunState::kRunning;
   state.status.armed_event = true;
 }
 
-void StopRunning(InstrumentState& state) { state.run_state = RunState::kStopped; }
+void StopRunning(InstrumentState& state) {
+  if (state.run_state != RunState::kStopped) KeepAcquiredChannels(state);
+  state.run_state = RunState::kStopped;
+}
 
 void StartSingle(InstrumentState& state) {
   state.run_state = RunState::kSingle;
@@ -48,6 +65,7 @@ void StartSingle(InstrumentState& state) {
 
 void Digitize(InstrumentState& state) {
   ++state.acquisition_number;
+  KeepAcquiredChannels(state);
   state.run_state = RunState::kStopped;
   state.status.trigger_event = true;
 }
@@ -68,6 +86,7 @@ void UpdateRunState(InstrumentState& state) {
     return;
   }
   ++state.acquisition_number;
+  KeepAcquiredChannels(state);
   state.run_state = RunState::kStopped;
   state.status.trigger_event = true;
 }

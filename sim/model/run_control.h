@@ -23,6 +23,10 @@ void Autoscale(InstrumentState& state);
 // ":TRIGger:LEVel:ASETup": the level to the middle of the trigger source's signal.
 void TriggerLevelAutoSetup(InstrumentState& state);
 
+// True when a transfer of the channel has data: it is on, and the instrument runs or was
+// stopped with it on.
+bool ChannelHasData(const InstrumentState& state, int channel);
+
 // Operation Status Condition register: bit 3 Run, bit 5 Wait Trig.
 int OperationCondition(const InstrumentState& state);
 

@@ -4,6 +4,8 @@
 #include <cmath>
 #include <string>
 
+#include "sim/model/channel_data.h"
+
 namespace quarvelo::sim {
 namespace {
 
@@ -96,6 +98,16 @@ void ApplyKnockOnEffects(InstrumentState& state, const SettingRow& row, int inst
     settings.Clamp(":WGEN#W:FUNCtion:PULSe:WIDTh", instance, limits);
   } else if (pattern == ":WGEN#W:FREQuency") {
     settings.Clamp(":WGEN#W:FUNCtion:PULSe:WIDTh", instance, limits);
+  } else if (pattern == ":CHANnel#C:DISPlay" && !settings.Flag(pattern, instance)) {
+    // A stopped instrument discards the trace of a channel turned off.
+    state.stopped_with_data[instance] = false;
+  } else if (pattern == ":WAVeform:SOURce") {
+    // The instrument turns the channel it is to transfer on.
+    if (int channel = ChannelOf(settings.Text(pattern)); channel > 0) {
+      settings.SetNumber(":CHANnel#C:DISPlay", 1, channel);
+    }
+  } else if (pattern == ":DVM:ENABle" && old_number == 0 && settings.Flag(pattern)) {
+    state.dvm_enabled_at = std::chrono::steady_clock::now();
   } else if (pattern == ":WGEN#W:VOLTage" || pattern == ":WGEN#W:OUTPut:LOAD") {
     settings.Clamp(":WGEN#W:VOLTage", instance, limits);
     settings.Clamp(":WGEN#W:VOLTage:OFFSet", instance, limits);

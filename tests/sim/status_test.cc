@@ -43,7 +43,7 @@ TEST(StatusTest, ClearStatusEmptiesTheQueueAndEventRegister) {
 TEST(StatusTest, ErrorClassesSetTheirEventBits) {
   Instrument instrument(InstrumentConfig{});
   instrument.Execute("*CLS");
-  instrument.Execute(":WAVeform:SOURce CHAN2;:WAVeform:DATA?");  // channel off: -222
+  instrument.Execute(":WAVeform:POINts 50");  // below what the instrument accepts: -222
   EXPECT_EQ(instrument.Execute("*ESR?"), "+16");
   instrument.ReplyInterrupted();
   EXPECT_EQ(instrument.Execute("*ESR?"), "+4");
@@ -82,14 +82,14 @@ TEST(RunControlTest, SingleCompletesAfterOneTriggerAndClearsTheRunBit) {
   instrument.Execute(":TRIGger:EDGE:SOURce CHAN2;:TRIGger:SWEep NORMal;:TIMebase:SCALe 10us");
   instrument.Execute(":SINGle");
   EXPECT_EQ(instrument.Execute(":OPERegister:CONDition?"), "+40");  // Run + Wait Trig
-  EXPECT_EQ(instrument.Execute(":AER?"), "1");
+  EXPECT_EQ(instrument.Execute(":AER?"), "+1");
   std::string condition;
   for (int i = 0; i < 200 && condition != "+0"; ++i) {
     std::this_thread::sleep_for(std::chrono::milliseconds(5));
     condition = instrument.Execute(":OPERegister:CONDition?");
   }
   EXPECT_EQ(condition, "+0");
-  EXPECT_EQ(instrument.Execute(":TER?;:TER?"), "1;0");
+  EXPECT_EQ(instrument.Execute(":TER?;:TER?"), "+1;+0");
 }
 
 TEST(RunControlTest, SingleWithoutTriggerWaitsUntilForced) {
@@ -106,8 +106,8 @@ TEST(RunControlTest, SingleWithoutTriggerWaitsUntilForced) {
 TEST(RunControlTest, ArmEventIsClearedByReadingWhileStopped) {
   Instrument instrument(InstrumentConfig{});
   instrument.Execute(":STOP");
-  EXPECT_EQ(instrument.Execute(":AER?"), "1");
-  EXPECT_EQ(instrument.Execute(":AER?"), "0");
+  EXPECT_EQ(instrument.Execute(":AER?"), "+1");
+  EXPECT_EQ(instrument.Execute(":AER?"), "+0");
 }
 
 }  // namespace

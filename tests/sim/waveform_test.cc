@@ -183,7 +183,10 @@ TEST_F(WaveformTest, CouplingInvertAndProbeShapeWhatTheChannelShows) {
 }
 
 TEST_F(WaveformTest, ChannelWithoutDataAnswersEmpty) {
+  // Choosing a source turns that channel on, as the instrument does; off, it has no data.
   instrument_.Execute("*CLS;:WAVeform:SOURce CHANnel3");
+  EXPECT_EQ(instrument_.Execute(":CHANnel3:DISPlay?"), "1");
+  instrument_.Execute(":CHANnel3:DISPlay 0");
   EXPECT_EQ(instrument_.Execute(":WAVeform:POINts? MAX"), "+0");
   EXPECT_EQ(instrument_.Execute(":WAVeform:DATA?"), "#800000000");
   EXPECT_EQ(instrument_.Execute(":SYSTem:ERRor?"), "-222,\"Data out of range\"");

@@ -93,9 +93,6 @@ class ControlCommands {
   void DvmRefresh() { targets_.ReadBackDvm(); }
   void DvmSettle();
 
-  // Sends one command line as the user typed it (macros, the command line).
-  void Send(std::string_view command) { link_.SendCommand(command); }
-
  private:
   bool RemoteOn() const { return link_.session().RemoteOn; }
   bool ValidChannel(int ch) const { return ch >= 1 && ch <= scope_.ChannelCount; }

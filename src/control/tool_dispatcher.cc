@@ -14,6 +14,9 @@ namespace {
 
 constexpr std::string_view kToolPrefix = "ID_";
 constexpr int kMaxBinsIndex = kBinsCount - 1;
+constexpr int kZoomIn = 0;
+constexpr int kZoomOut = 1;
+constexpr int kZoomReset = 2;
 
 template <typename Rows>
 auto FindRow(const Rows& rows, std::string_view id) -> decltype(&rows[0]) {
@@ -273,7 +276,7 @@ void D::FftTool(std::string_view id) { targets_.FftRun(Digit(id)); }
 
 void D::ZoomTool(std::string_view id) {
   constexpr std::pair<std::string_view, int> kModes[] = {
-      {"ID_ZoomP", 0}, {"ID_ZoomM", 1}, {"ID_ZoomZ", 2}};
+      {"ID_ZoomP", kZoomIn}, {"ID_ZoomM", kZoomOut}, {"ID_ZoomZ", kZoomReset}};
   for (const auto& [tool, mode] : kModes) {
     if (tool == id) targets_.ZoomView(mode);
   }
@@ -493,9 +496,20 @@ void ToolDispatcher::SetClicked(std::string_view command_line) {
 }
 
 void ToolDispatcher::BandwidthLimitClicked(bool down, std::string_view upper_limit_text) {
+  ApplyBandwidthLimit(down, upper_limit_text);
+  if (bandwidth_click_) return;
+  bandwidth_click_ = true;
+  if (targets_.SweepMode()) {
+    SweepWithRunState();
+  } else {
+    targets_.ZoomView(kZoomReset);
+  }
+  bandwidth_click_ = false;
+}
+
+void ToolDispatcher::ApplyBandwidthLimit(bool down, std::string_view upper_limit_text) {
   choices_.BandwidthLimitOn = down;
   choices_.UpperLimitMhz = text::LeadingNumber(upper_limit_text);
-  SweepWithRunState();
 }
 
 void ToolDispatcher::RunMacro(std::string_view command1, std::string_view command2,

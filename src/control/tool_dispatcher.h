@@ -40,8 +40,11 @@ class ToolDispatcher {
   // `cmdSet`: with the spectrum beside the traces a sweep; on the sweep view the command line
   // (outer blanks removed); on the spectrum view centre and span from the entry boxes.
   void SetClicked(std::string_view command_line);
-  // `ssrBW`: the spectrum is limited to the upper-limit box's frequency; then a sweep.
+  // `ssrBW`: the spectrum is limited to the upper-limit box's frequency; then a sweep on the
+  // sweep view, or a zoom reset (the full range within the new limit) on the spectrum view.
   void BandwidthLimitClicked(bool down, std::string_view upper_limit_text);
+  // The choice alone, without redrawing: for the zoom reset, which re-applies `ssrBW`.
+  void ApplyBandwidthLimit(bool down, std::string_view upper_limit_text);
   // A macro button's left click: its commands unchanged (empty ones skipped), then a sweep if
   // asked.
   void RunMacro(std::string_view command1, std::string_view command2, bool sweep_after);
@@ -162,6 +165,7 @@ class ToolDispatcher {
   ui::ToolHost& tools_;
   DispatchTargets& targets_;
   int menu_channel_ = 1;
+  bool bandwidth_click_ = false;  // a zoom reset inside the click re-applies the button
 };
 
 }  // namespace quarvelo::control

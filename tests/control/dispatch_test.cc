@@ -434,6 +434,16 @@ TEST_F(DispatchTest, SetButtonByView) {
   EXPECT_THAT(targets_.calls, ElementsAreArray({"Sweep 1", "SetCenterSpanFromEntries"}));
 }
 
+TEST_F(DispatchTest, BandwidthLimitByView) {
+  dispatcher_.BandwidthLimitClicked(true, "35.5");
+  EXPECT_TRUE(FftSettingsOf(choices_).UpperLimitOn);
+  EXPECT_EQ(FftSettingsOf(choices_).UpperLimitText, "35.5");
+  targets_.sweep_mode = false;
+  dispatcher_.BandwidthLimitClicked(false, "35.5");
+  EXPECT_FALSE(choices_.BandwidthLimitOn);
+  EXPECT_THAT(targets_.calls, ElementsAreArray({"Sweep 0", "ZoomView 2"}));
+}
+
 class TwoChannelDispatchTest : public DispatchTest {
  protected:
   TwoChannelDispatchTest() : DispatchTest(ScopeModel{"2000X", 2, true, true}) {}

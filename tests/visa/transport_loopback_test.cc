@@ -229,6 +229,24 @@ TEST_P(TransportTest, UnansweredQueryThenFlushAndAGoodExchange) {
   EXPECT_EQ(Query("*IDN?"), kIdn);
 }
 
+TEST_P(TransportTest, StatusByteAndDeviceClearThroughTheApi) {
+  const Kind kind = GetParam().kind;
+  ASSERT_EQ(Printf("*IDN?\n"), VI_SUCCESS);
+  ViUInt16 status_byte = 0;
+  const ViStatus read = usb_ ? usb_->ReadStatusByte(&status_byte) : viReadSTB(vi_, &status_byte);
+  if (kind == Kind::kSocket) {
+    EXPECT_EQ(read, VI_ERROR_NSUP_OPER);
+  } else {
+    EXPECT_EQ(read, VI_SUCCESS);
+    // Message available; HiSLIP's server may see the query after the status request.
+    if (kind != Kind::kHislip) EXPECT_EQ(status_byte & 0x10, 0x10);
+  }
+  const int cleared = instrument_.cleared.load();
+  EXPECT_EQ(usb_ ? usb_->Clear() : viClear(vi_), VI_SUCCESS);
+  EXPECT_EQ(instrument_.cleared.load(), cleared + (kind == Kind::kSocket ? 0 : 1));
+  EXPECT_EQ(Query("ECHO after"), "after\n");
+}
+
 TEST_P(TransportTest, RawWriteAndReadInPieces) {
   const std::string query = "*IDN?\n";
   const std::string idn = kIdn;

@@ -32,8 +32,9 @@ class SocketTransport : public Transport {
 
   bool EndsOnLineFeed() const override { return true; }
 
-  // A raw socket has no device clear; the session discards what it has buffered itself.
-  ViStatus Clear(Deadline /*deadline*/) override { return VI_SUCCESS; }
+  // A raw socket has no device clear: a new connection is the nearest thing, since nothing
+  // the instrument still sends on the old one can reach the session then.
+  ViStatus Clear(Deadline deadline) override { return AbandonResponse(deadline); }
 
  private:
   std::unique_ptr<TcpConnection> connection_;

@@ -345,6 +345,24 @@ ViStatus HislipTransport::Clear(Deadline deadline) {
   return VI_SUCCESS;
 }
 
+ViStatus HislipTransport::ReadStatusByte(Deadline deadline, ViUInt16* status_byte) {
+  SkipAsyncNotices();
+  const Header query{MessageType::kAsyncStatusQuery,
+                     static_cast<std::uint8_t>(response_read_ ? hislip::kRmtDelivered : 0),
+                     awaited_id_, 0};
+  ViStatus status = async_->Send(query, {}, deadline);
+  if (status != VI_SUCCESS) return status;
+  Header header;
+  std::vector<std::byte> payload;
+  do {
+    // Service requests may come first.
+    status = ReceiveControl(*async_, deadline, &header, &payload);
+    if (status != VI_SUCCESS) return status;
+  } while (header.type != MessageType::kAsyncStatusResponse);
+  *status_byte = header.control;
+  return VI_SUCCESS;
+}
+
 ViStatus OpenHislipTransport(const std::string& host, const std::string& sub_address,
                              std::uint16_t port, Deadline deadline,
                              std::unique_ptr<Transport>* out) {

@@ -60,6 +60,7 @@ class HislipTransport final : public Transport {
   ViStatus Read(std::span<std::byte> buffer, Deadline deadline, ReadResult* result) override;
   bool EndsOnLineFeed() const override { return false; }
   ViStatus Clear(Deadline deadline) override;
+  ViStatus ReadStatusByte(Deadline deadline, ViUInt16* status_byte) override;
 
   std::uint64_t server_max_message_size() const { return server_max_message_size_; }
   std::uint16_t session_id() const { return session_id_; }

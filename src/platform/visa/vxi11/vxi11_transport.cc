@@ -234,6 +234,25 @@ ViStatus Vxi11Transport::Clear(Deadline deadline) {
   return vxi11::StatusFromDeviceError(error);
 }
 
+ViStatus Vxi11Transport::ReadStatusByte(Deadline deadline, ViUInt16* status_byte) {
+  vxi11::DeviceGenericParms parms;
+  parms.lid = lid_;
+  parms.io_timeout = MillisecondsUntil(deadline);
+  xdr::Writer arguments;
+  vxi11::Put(arguments, parms);
+  xdr::Bytes results;
+  std::size_t offset = 0;
+  const ViStatus status = rpc_->Call(vxi11::kDeviceReadStb, arguments.bytes(),
+                                     ReplyDeadline(deadline), &results, &offset);
+  if (status != VI_SUCCESS) return status;
+  xdr::Reader reader(std::span<const std::byte>(results).subspan(offset));
+  vxi11::DeviceReadStbResp response;
+  if (!vxi11::Get(reader, &response)) return VI_ERROR_IO;
+  if (response.error != vxi11::kNoError) return vxi11::StatusFromDeviceError(response.error);
+  *status_byte = response.stb;
+  return VI_SUCCESS;
+}
+
 ViStatus OpenVxi11Transport(const std::string& host, const std::string& device_name,
                             Deadline deadline, std::unique_ptr<Transport>* out) {
   const auto endpoint = ParseVxi11Host(host);

@@ -40,6 +40,7 @@ class Vxi11Transport final : public Transport {
   ViStatus Read(std::span<std::byte> buffer, Deadline deadline, ReadResult* result) override;
   bool EndsOnLineFeed() const override { return false; }
   ViStatus Clear(Deadline deadline) override;
+  ViStatus ReadStatusByte(Deadline deadline, ViUInt16* status_byte) override;
 
   std::uint32_t max_recv_size() const { return max_recv_size_; }
 

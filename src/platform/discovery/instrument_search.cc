@@ -1,0 +1,104 @@
+#include "platform/discovery/instrument_search.h"
+
+#include <algorithm>
+#include <array>
+
+#include "platform/visa/visa.h"
+
+namespace quarvelo::discovery {
+
+std::string Vxi11Resource(const std::string& host, std::uint16_t portmapper_port) {
+  const std::string where = portmapper_port == visa::portmapper::kStandardPort
+                                ? host
+                                : host + ":" + std::to_string(portmapper_port);
+  return "TCPIP0::" + where + "::inst0::INSTR";
+}
+
+InstrumentSearch::InstrumentSearch(SearchOptions options, UsbLister* usb)
+    : options_(std::move(options)), usb_(usb) {
+  deadline_ = Clock::now() + std::chrono::milliseconds(options_.time_limit_ms);
+  ViSession resource_manager = VI_NULL;
+  if (viOpenDefaultRM(&resource_manager) == VI_SUCCESS) resource_manager_ = resource_manager;
+}
+
+InstrumentSearch::~InstrumentSearch() {
+  if (resource_manager_ != 0) viClose(resource_manager_);
+}
+
+int InstrumentSearch::MillisecondsLeft(Clock::time_point until) const {
+  const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
+      std::min(until, deadline_) - Clock::now());
+  return static_cast<int>(std::max<long long>(0, left.count()));
+}
+
+bool InstrumentSearch::Step(int wait_ms) {
+  if (cancelled_) phase_ = Phase::kDone;
+  switch (phase_) {
+    case Phase::kUsb: {
+      if (usb_ != nullptr) {
+        const std::vector<UsbListedDevice> devices = usb_->List(kInstrumentVendorIds);
+        for (FoundInstrument& instrument : UsbInstruments(devices)) {
+          found_.push_back(std::move(instrument));
+        }
+      }
+      const std::vector<std::string> addresses =
+          options_.lan_addresses.empty() ? LocalBroadcastAddresses() : options_.lan_addresses;
+      if (addresses.empty()) {
+        lan_problem_ = "no local network to search";
+        phase_ = Phase::kDone;
+      } else if (!probe_.Start(addresses, options_.portmapper_port, &lan_problem_)) {
+        phase_ = Phase::kDone;
+      } else {
+        answers_until_ = Clock::now() + std::chrono::milliseconds(options_.answer_window_ms);
+        phase_ = Phase::kListening;
+      }
+      break;
+    }
+    case Phase::kListening:
+      probe_.Poll(std::min(wait_ms, MillisecondsLeft(answers_until_)));
+      if (MillisecondsLeft(answers_until_) == 0) phase_ = Phase::kAsking;
+      break;
+    case Phase::kAsking: {
+      const std::vector<std::string>& hosts = probe_.responders();
+      if (asked_ >= hosts.size()) {
+        phase_ = Phase::kDone;
+        break;
+      }
+      const std::string resource = Vxi11Resource(hosts[asked_++], options_.portmapper_port);
+      const int timeout = std::min(options_.idn_timeout_ms, MillisecondsLeft(deadline_));
+      found_.push_back({resource, timeout > 0 ? AskIdentity(resource, timeout)
+                                              : "not asked: the search ran out of time"});
+      break;
+    }
+    case Phase::kDone:
+      break;
+  }
+  return phase_ != Phase::kDone;
+}
+
+std::string InstrumentSearch::AskIdentity(const std::string& resource, int timeout_ms) {
+  const std::string no_answer = "no answer to *IDN?";
+  if (resource_manager_ == 0) return no_answer;
+  ViSession session = VI_NULL;
+  if (viOpen(resource_manager_, resource.c_str(), VI_NULL, static_cast<ViUInt32>(timeout_ms),
+             &session) < VI_SUCCESS) {
+    return no_answer;
+  }
+  std::string identity = no_answer;
+  viSetAttribute(session, VI_ATTR_TMO_VALUE, static_cast<ViAttrState>(timeout_ms));
+  static constexpr char kQuery[] = "*IDN?\n";
+  ViUInt32 count = 0;
+  std::array<unsigned char, 256> reply{};
+  if (viWrite(session, reinterpret_cast<ViConstBuf>(kQuery), sizeof kQuery - 1, &count) >=
+          VI_SUCCESS &&
+      viRead(session, reply.data(), reply.size(), &count) >= VI_SUCCESS) {
+    identity.assign(reinterpret_cast<const char*>(reply.data()), count);
+    while (!identity.empty() && (identity.back() == '\n' || identity.back() == '\r')) {
+      identity.pop_back();
+    }
+  }
+  viClose(session);
+  return identity;
+}
+
+}  // namespace quarvelo::discovery

@@ -1,0 +1,127 @@
+#include "platform/discovery/instrument_search.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <memory>
+
+#include "sim/simulator.h"
+
+namespace quarvelo::discovery {
+namespace {
+
+class FakeLister : public UsbLister {
+ public:
+  explicit FakeLister(std::vector<UsbListedDevice> devices) : devices_(std::move(devices)) {}
+  std::vector<UsbListedDevice> List(std::span<const std::uint16_t> vendor_ids) override {
+    asked_vendors.assign(vendor_ids.begin(), vendor_ids.end());
+    return devices_;
+  }
+  std::vector<std::uint16_t> asked_vendors;
+
+ private:
+  std::vector<UsbListedDevice> devices_;
+};
+
+visa::UsbInterfaceInfo Interface(std::uint8_t number, std::uint8_t subclass = 3) {
+  visa::UsbInterfaceInfo info;
+  info.number = number;
+  info.interface_class = 0xFE;
+  info.interface_subclass = subclass;
+  info.bulk_in_endpoint = 0x81;
+  info.bulk_out_endpoint = 0x02;
+  return info;
+}
+
+UsbListedDevice Device(std::uint16_t vendor, std::uint16_t product, std::string serial,
+                       std::vector<visa::UsbInterfaceInfo> interfaces, bool accessible = true) {
+  return {{vendor, product, std::move(serial), std::move(interfaces)},
+          "Keysight Technologies",
+          "DSO-X 3034A",
+          accessible};
+}
+
+std::vector<FoundInstrument> RunToEnd(InstrumentSearch& search) {
+  while (search.Step(20)) {
+  }
+  return search.found();
+}
+
+TEST(InstrumentSearchTest, UsbListsTheMakersUsbtmcDevicesFromTheirDescriptors) {
+  FakeLister lister({
+      Device(0x2a8d, 0x1797, "MY1", {Interface(0)}),
+      Device(0x0957, 0x17a6, "MY2", {Interface(0, 1), Interface(2)}),  // DFU first, TMC on 2
+      Device(0x0957, 0x17a6, "", {Interface(0)}, /*accessible=*/false),
+      Device(0x1234, 0x0001, "OTHER", {Interface(0)}),     // another maker
+      Device(0x0957, 0x1799, "NOTMC", {Interface(0, 1)}),  // no USB-TMC interface
+  });
+  SearchOptions options;
+  options.lan_addresses = {"not an address"};  // no LAN: the search ends after USB
+  InstrumentSearch search(options, &lister);
+  const std::vector<FoundInstrument> expected = {
+      {"USB0::0x2A8D::0x1797::MY1::INSTR", "Keysight Technologies DSO-X 3034A"},
+      {"USB0::0x0957::0x17A6::MY2::2::INSTR", "Keysight Technologies DSO-X 3034A"},
+      {"USB0::0x0957::0x17A6::::INSTR",
+       "Keysight Technologies DSO-X 3034A (no access: install the udev rules)"},
+  };
+  EXPECT_EQ(RunToEnd(search), expected);
+  EXPECT_EQ(lister.asked_vendors, (std::vector<std::uint16_t>{0x0957, 0x2a8d}));
+  EXPECT_FALSE(search.lan_problem().empty());
+}
+
+std::unique_ptr<sim::Simulator> StartSimulator(const std::string& address, int portmapper_port) {
+  sim::SimulatorOptions options;
+  options.bind_address = address;
+  options.socket_port = -1;
+  options.hislip_port = -1;
+  options.portmapper_port = portmapper_port;
+  std::string error;
+  auto simulator = sim::Simulator::Start(options, &error);
+  EXPECT_NE(simulator, nullptr) << address << ": " << error;
+  return simulator;
+}
+
+TEST(InstrumentSearchTest, FindsTwoSimulatorsOnLoopbackAndAsksTheirIdentity) {
+  auto first = StartSimulator("127.0.0.1", 0);
+  ASSERT_NE(first, nullptr);
+  const std::uint16_t port = first->portmapper_port();
+  auto second = StartSimulator("127.0.0.2", port);
+  ASSERT_NE(second, nullptr);
+  SearchOptions options;
+  options.portmapper_port = port;
+  // The unanswered address costs nothing but its silence.
+  options.lan_addresses = {"127.0.0.1", "127.0.0.2", "127.0.0.3"};
+  options.answer_window_ms = 300;
+  options.idn_timeout_ms = 1000;
+  options.time_limit_ms = 5000;
+  InstrumentSearch search(options, nullptr);
+  const std::string identity = first->Execute("*IDN?");
+  ASSERT_FALSE(identity.empty());
+  const std::vector<FoundInstrument> expected = {
+      {"TCPIP0::127.0.0.1:" + std::to_string(port) + "::inst0::INSTR", identity},
+      {"TCPIP0::127.0.0.2:" + std::to_string(port) + "::inst0::INSTR", identity},
+  };
+  EXPECT_EQ(RunToEnd(search), expected);
+}
+
+TEST(InstrumentSearchTest, CancelledOrUnreachableSearchesEndWithinTheirLimit) {
+  // 192.0.2.0/24 is reserved for documentation: nothing there answers.
+  for (const bool cancel : {false, true}) {
+    SearchOptions options;
+    options.lan_addresses = {"192.0.2.1", "192.0.2.255"};
+    options.answer_window_ms = 5000;
+    options.time_limit_ms = cancel ? 5000 : 300;
+    const auto start = std::chrono::steady_clock::now();
+    InstrumentSearch search(options, nullptr);
+    int steps = 0;
+    while (search.Step(20)) {
+      if (cancel && ++steps == 3) search.Cancel();
+    }
+    const auto elapsed = std::chrono::steady_clock::now() - start;
+    EXPECT_TRUE(search.found().empty()) << cancel;
+    EXPECT_LT(elapsed, std::chrono::milliseconds(1500)) << cancel;
+  }
+}
+
+}  // namespace
+}  // namespace quarvelo::discovery

@@ -90,17 +90,6 @@ TEST_F(QtToolHostTest, MenuBarMenusAndToolbarsFollowTheLayout) {
   EXPECT_EQ(host_.ChannelMenu(), host_.Menu("mnu_Channel"));
 }
 
-TEST_F(QtToolHostTest, ToolbarsStackInRowsAtTheTop) {
-  for (const ToolbarDefinition& toolbar : Toolbars()) {
-    EXPECT_EQ(window_->toolBarArea(host_.Toolbar(toolbar.name)), Qt::TopToolBarArea)
-        << toolbar.name;
-  }
-  EXPECT_FALSE(window_->toolBarBreak(host_.Toolbar("TimeBase")));
-  EXPECT_TRUE(window_->toolBarBreak(host_.Toolbar("Channels")));
-  EXPECT_FALSE(window_->toolBarBreak(host_.Toolbar("FFT")));
-  EXPECT_TRUE(window_->toolBarBreak(host_.Toolbar("Markers")));
-}
-
 TEST_F(QtToolHostTest, ToolbarClickChangesTheStateTheMenuShows) {
   QSignalSpy clicked(&host_, &QtToolHost::ToolClicked);
   window_->show();
@@ -154,17 +143,6 @@ TEST_F(QtToolHostTest, OptionGroupsAreExclusiveForUserAndProgram) {
   host_.SetToolState("ID_BW", true);
   host_.SetToolState("ID_CHANINV", true);
   EXPECT_TRUE(host_.ToolState("ID_BW"));
-}
-
-TEST_F(QtToolHostTest, CombosStartWithTheirInitialEntries) {
-  EXPECT_EQ(host_.ComboIndex("ID_Window"), 6);
-  EXPECT_EQ(host_.ComboText("ID_Window"), "Hanning");
-  EXPECT_EQ(host_.ComboIndex("ID_Bins"), 8);
-  EXPECT_EQ(host_.ComboText("ID_Bins"), "65536");
-  EXPECT_EQ(host_.ComboText("ID_Scale"), "dbV");
-  EXPECT_EQ(host_.ComboIndex("ID_AVG"), -1);
-  EXPECT_TRUE(host_.ComboItems("ID_TB").empty());
-  EXPECT_THAT(host_.ComboItems("ID_Scale"), ElementsAre("dbV", "dBm", "V RMS"));
 }
 
 TEST_F(QtToolHostTest, ComboSelectionIsSharedByEveryPlaceThatShowsIt) {

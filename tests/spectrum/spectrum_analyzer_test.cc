@@ -432,7 +432,7 @@ std::vector<double> ReferenceLevels(const std::vector<double>& record, std::int3
   }
   const auto bins = ReferenceDft(input, +1);
   std::vector<double> levels(n / 2 + 2);
-  for (std::int32_t i = 1; i <= n / 2 && i < n; ++i) {
+  for (std::int32_t i = 1; i <= n / 2; ++i) {
     levels[i] = std::abs(bins[i]) * (std::sqrt(2.0) / 2) / (n / 4.0);
   }
   return levels;

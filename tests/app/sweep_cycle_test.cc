@@ -212,6 +212,23 @@ TEST_F(SweepCycleTest, FftRunMakesItsChannelShownAndTheTrigger) {
   EXPECT_GT(window_->SpectrumRecord().LastPoint, window_->SpectrumRecord().FirstPoint);
 }
 
+TEST_F(SweepCycleTest, OfflineSweepDrawsTheHeldRecordWithItsMixedDomainSpectrum) {
+  ShowAllChannels(2);
+  window_->Sweep().ID_Sweep(false);
+  window_->Link().CloseInstrument();
+  window_->Settings().MixedDomain = true;
+  simulator_->ClearTraffic();
+
+  window_->Sweep().ID_Sweep(false);
+
+  EXPECT_TRUE(Sent().empty());
+  const spectrum::Spectrum& spectrum = window_->SpectrumRecord();
+  EXPECT_TRUE(spectrum.MixedDomain);
+  EXPECT_TRUE(spectrum.SpectrumReady);
+  EXPECT_EQ(spectrum.LastPoint, window_->Records().Records[2].ByteCount - 1);
+  EXPECT_EQ(window_->Scope().TriggerSource, "CHAN2");
+}
+
 TEST_F(SweepCycleTest, FrontPanelKeyWithAutoRefreshSweepsOnTheNextTick) {
   window_->Sweep().ID_Sweep(false);
   window_->Link().flags().AutoRefresh = true;

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "display/time_base_control.h"
 #include "display/time_base_ladder.h"
@@ -84,6 +85,24 @@ TEST_F(InstrumentOnlineTest, AutoConfigFftSetsTheInstrumentsOwnFft) {
                    std::nearbyint(rate / 2));
   EXPECT_TRUE(ui_.messages().empty());
   EXPECT_TRUE(session_.RemoteOn);
+}
+
+TEST_F(InstrumentOnlineTest, NoSpanWithoutASampleRateAndNoCentreWhenOffline) {
+  // Garbled replies to the time base, its error query and the sample rate: no rate to read.
+  simulator_->Execute(":SIMulate:GARBage 3");
+  ConfigureInstrumentFft(Commands(), ":FUNC1", 1, true);
+  std::vector<std::string> received = simulator_->ReceivedMessages();
+  EXPECT_TRUE(Received(":FUNC1:FFT:CENTer 0"));
+  EXPECT_EQ(std::count_if(received.begin(), received.end(),
+                          [](const std::string& m) { return m.rfind(":FUNC1:FFT:SPAN", 0) == 0; }),
+            0);
+  simulator_->ClearTraffic();
+  ConfigureInstrumentFft(Commands(), ":FUNC1", 1, false);
+  received = simulator_->ReceivedMessages();
+  EXPECT_TRUE(Received(":FUNC1:OPERation FFT"));
+  EXPECT_EQ(std::count_if(received.begin(), received.end(),
+                          [](const std::string& m) { return m.rfind(":FUNC1:FFT:", 0) == 0; }),
+            0);
 }
 
 TEST_F(InstrumentOnlineTest, EveryLadderTimeBaseReadsBackAsItsOwnEntry) {

@@ -177,6 +177,7 @@ AcquisitionGeometry CurrentGeometry(const InstrumentState& state) {
   inputs.stopped = state.run_state == RunState::kStopped;
   inputs.averaging =
       settings.Text(":ACQuire:TYPE") == "AVER" && settings.Number(":ACQuire:COUNt") > 1;
+  inputs.peak_detect = settings.Text(":ACQuire:TYPE") == "PEAK";
   return ComputeGeometry(inputs);
 }
 
@@ -218,6 +219,24 @@ std::vector<double> ChannelVolts(const InstrumentState& state, int channel, doub
   return volts;
 }
 
+// Peak detection: each pair of points holds the lowest and the highest level over the two
+// points' time, found on a finer grid, so that glitches narrower than a point still show.
+std::vector<double> PeakPairs(const InstrumentState& state, int channel, double t0, double dt,
+                              size_t count) {
+  constexpr size_t kFinePerPoint = 8;
+  std::vector<double> fine =
+      ChannelVolts(state, channel, t0, dt / kFinePerPoint, count * kFinePerPoint);
+  std::vector<double> volts(count);
+  for (size_t pair = 0; pair + 1 < count; pair += 2) {
+    auto first = fine.begin() + static_cast<std::ptrdiff_t>(pair * kFinePerPoint);
+    auto [low, high] = std::minmax_element(first, first + 2 * kFinePerPoint);
+    volts[pair] = *low;
+    volts[pair + 1] = *high;
+  }
+  if (count % 2 == 1) volts[count - 1] = fine[(count - 1) * kFinePerPoint];
+  return volts;
+}
+
 double YIncrement(double scale) { return 10.0 * scale / 255.0; }
 
 ByteRecord ChannelBytes(const InstrumentState& state, int channel) {
@@ -226,9 +245,14 @@ ByteRecord ChannelBytes(const InstrumentState& state, int channel) {
   double scale = state.settings.Number(ChannelKey("SCALe"), channel);
   record.y_increment = YIncrement(scale);
   record.y_origin = state.settings.Number(ChannelKey("OFFSet"), channel);
-  std::vector<double> volts =
-      ChannelVolts(state, channel, record.geometry.x_origin, record.geometry.x_increment,
-                   static_cast<size_t>(record.geometry.delivered_points));
+  const size_t count = static_cast<size_t>(record.geometry.delivered_points);
+  std::vector<double> volts;
+  if (state.settings.Text(":ACQuire:TYPE") == "PEAK" && count >= 2) {
+    volts = PeakPairs(state, channel, record.geometry.x_origin, record.geometry.x_increment, count);
+  } else {
+    volts =
+        ChannelVolts(state, channel, record.geometry.x_origin, record.geometry.x_increment, count);
+  }
   record.codes.resize(volts.size());
   const double inverse = 1.0 / record.y_increment;
   for (size_t i = 0; i < volts.size(); ++i) {

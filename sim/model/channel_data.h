@@ -41,6 +41,11 @@ struct ByteRecord {
   std::string codes;  // one unsigned byte per point
 };
 
+// ":ACQuire:TYPE PEAK": `count` points as pairs of the lowest and highest level over each
+// pair's time.
+std::vector<double> PeakPairs(const InstrumentState& state, int channel, double t0, double dt,
+                              size_t count);
+
 // Volts per code: the 255 codes span ten divisions.
 double YIncrement(double scale);
 // The waveform source channel's record as BYTE codes.

@@ -32,6 +32,12 @@ int TypeCode(const InstrumentState& state) {
   return type == "PEAK" ? 1 : type == "AVER" ? 2 : type == "HRES" ? 3 : 0;
 }
 
+// ":WAVeform:UNSigned OFF": BYTE and WORD codes as two's complement around 0, the y
+// reference with them.
+bool SignedCodes(const InstrumentState& state) {
+  return !state.settings.Flag(":WAVeform:UNSigned") && FormatCode(state) != 4;
+}
+
 int SampleRate(InstrumentState& state, const Call&, std::string* reply) {
   *reply = FormatNr3(CurrentGeometry(state).sample_rate, 8);
   return 0;
@@ -93,7 +99,9 @@ int Preamble(InstrumentState& state, const Call&, std::string* reply) {
            FormatNr3(geometry.x_increment, 8) + "," + FormatNr3(geometry.x_origin, 8) + ",+0," +
            FormatNr3(YIncrement(scale) / (word ? 256.0 : 1.0), 8) + "," +
            FormatNr3(state.settings.Number(":CHANnel#C:OFFSet", channel), 8) + "," +
-           FormatNr1(word ? 32768 : 128);
+           FormatNr1(SignedCodes(state) ? 0
+                     : word             ? 32768
+                                        : 128);
   return 0;
 }
 
@@ -105,6 +113,10 @@ int Data(InstrumentState& state, const Call&, std::string* reply) {
   }
   NextAcquisitionIfRunning(state);
   ByteRecord record = ChannelBytes(state, channel);
+  if (SignedCodes(state)) {
+    for (char& code : record.codes)
+      code = static_cast<char>(static_cast<unsigned char>(code) ^ 0x80);
+  }
   switch (FormatCode(state)) {
     case 1: {
       // Sixteen-bit codes, most significant byte first unless told otherwise.

@@ -25,18 +25,20 @@ AcquisitionGeometry ComputeGeometry(const AcquisitionInputs& inputs) {
   double memory = inputs.memory_points / (inputs.interleave_broken ? 2 : 1);
   double screen_time = 10.0 * inputs.timebase_scale;
   geometry.sample_rate = std::min(max_rate, SnapRateDown(memory / screen_time));
-  // At fast time bases the record runs past both screen edges rather than shrink below a
-  // useful length.
+  // The instrument returns what is on screen: the record spans the ten divisions. At fast
+  // time bases, where the screen holds fewer samples than a useful record, the points in
+  // between are interpolated (the signal is known at any instant).
   double screen_points = std::round(geometry.sample_rate * screen_time);
   geometry.record_points = static_cast<long>(std::clamp(screen_points, 1000.0, memory));
   geometry.screen_left =
       inputs.timebase_position - inputs.reference_divisions * inputs.timebase_scale;
-  double record_time = geometry.record_points / geometry.sample_rate;
-  double record_start = geometry.screen_left + screen_time / 2 - record_time / 2;
+  double record_time = screen_time;
+  double record_start = geometry.screen_left;
 
   long measurement = std::min(geometry.record_points, kMeasurementRecordPoints);
   long available = measurement;
-  if (inputs.stopped && inputs.points_mode != AcquisitionInputs::PointsMode::kNormal) {
+  if (inputs.stopped && !inputs.peak_detect &&
+      inputs.points_mode != AcquisitionInputs::PointsMode::kNormal) {
     available = geometry.record_points;
   }
   if (inputs.averaging) available = std::min(available, 1000L);
@@ -48,7 +50,7 @@ AcquisitionGeometry ComputeGeometry(const AcquisitionInputs& inputs) {
       std::ceil(static_cast<double>(geometry.record_points) / static_cast<double>(wanted)));
   stride = std::max(stride, 1L);
   geometry.delivered_points = std::min(wanted, geometry.record_points / stride);
-  geometry.x_increment = stride / geometry.sample_rate;
+  geometry.x_increment = stride * record_time / static_cast<double>(geometry.record_points);
   geometry.x_origin =
       record_start + (record_time - geometry.delivered_points * geometry.x_increment) / 2;
   return geometry;

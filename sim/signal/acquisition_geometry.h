@@ -19,7 +19,8 @@ struct AcquisitionInputs {
   PointsMode points_mode = PointsMode::kNormal;
   long requested_points = 1000;
   bool stopped = false;
-  bool averaging = false;  // averaging with a count above 1
+  bool averaging = false;    // averaging with a count above 1
+  bool peak_detect = false;  // peak acquisitions hand over the measurement record at most
 };
 
 struct AcquisitionGeometry {

@@ -3,6 +3,7 @@
 // the memory option, a settable identity and the voltmeter's settling.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 
 #include "sim/model/instrument.h"
@@ -52,6 +53,50 @@ INSTANTIATE_TEST_SUITE_P(
         FidelityCase{"VoltmeterSettling", ":DVM:ENABle 1;:DVM:CURRent?", "+9.9E+37", false, false,
                      60000}),
     [](const testing::TestParamInfo<FidelityCase>& info) { return info.param.name; });
+
+}  // namespace
+}  // namespace quarvelo::sim
+
+namespace quarvelo::sim {
+namespace {
+
+std::string BlockData(const std::string& block) { return block.substr(2 + (block[1] - '0')); }
+
+// Signed codes are the unsigned ones less 128, with a y reference of 0; peak acquisitions
+// pair each point's low with its high, so a narrow pulse between points still shows.
+TEST(WaveformFidelityTest, SignedCodesAndPeakPairs) {
+  InstrumentConfig config;
+  config.signal_preset = SignalPreset::kFlat;
+  Instrument instrument{config};
+  instrument.Execute(
+      ":SIMulate:CHANnel1:SIGNal PULSe,1kHz,2,0,1e-7;:CHANnel1:SCALe 0.5;:STOP;"
+      ":WAVeform:POINts 1000");
+  std::string unsigned_codes = BlockData(instrument.Execute(":WAVeform:DATA?"));
+  instrument.Execute(":WAVeform:UNSigned 0");
+  EXPECT_EQ(instrument.Execute(":WAVeform:YREFerence?"), "+0");
+  std::string signed_codes = BlockData(instrument.Execute(":WAVeform:DATA?"));
+  ASSERT_EQ(signed_codes.size(), unsigned_codes.size());
+  for (size_t i = 0; i < signed_codes.size(); ++i) {
+    ASSERT_EQ(static_cast<int>(static_cast<signed char>(signed_codes[i])),
+              static_cast<unsigned char>(unsigned_codes[i]) - 128);
+  }
+  // 100 ns pulses from -1 to +1 V every millisecond, points 1 us apart: the normal record
+  // holds only the base (code 77).
+  auto highest = [](const std::string& codes) {
+    return *std::max_element(codes.begin(), codes.end(), [](char a, char b) {
+      return static_cast<unsigned char>(a) < static_cast<unsigned char>(b);
+    });
+  };
+  instrument.Execute(":WAVeform:UNSigned 1;:TIMebase:SCALe 100us;:TIMebase:POSition 5E-7");
+  EXPECT_LT(static_cast<unsigned char>(highest(BlockData(instrument.Execute(":WAVeform:DATA?")))),
+            128);
+  instrument.Execute(":ACQuire:TYPE PEAK");
+  std::string peak = BlockData(instrument.Execute(":WAVeform:DATA?"));
+  EXPECT_GT(static_cast<unsigned char>(highest(peak)), 170);  // +1 V at 0.5 V/div: code 179
+  for (size_t i = 0; i + 1 < peak.size(); i += 2) {
+    ASSERT_LE(static_cast<unsigned char>(peak[i]), static_cast<unsigned char>(peak[i + 1]));
+  }
+}
 
 }  // namespace
 }  // namespace quarvelo::sim

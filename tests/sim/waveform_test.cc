@@ -70,8 +70,9 @@ TEST_P(GeometryTest, RateRecordAndTransferFollowTheTimeBase) {
   EXPECT_EQ(geometry.record_points, c.record);
   EXPECT_EQ(geometry.available_points, c.available);
   EXPECT_EQ(geometry.delivered_points, c.delivered);
-  EXPECT_DOUBLE_EQ(geometry.x_increment * geometry.delivered_points,
-                   geometry.x_increment * c.delivered);
+  // What is delivered spans the ten divisions on screen, as on the instrument.
+  EXPECT_NEAR(geometry.x_increment * geometry.delivered_points, 10 * c.scale, 1e-9 * c.scale);
+  EXPECT_NEAR(geometry.x_origin, geometry.screen_left, 1e-9 * c.scale);
 }
 
 using Mode = AcquisitionInputs::PointsMode;
@@ -82,7 +83,7 @@ INSTANTIATE_TEST_SUITE_P(
         GeometryCase{2e9, 100e3, 100e-6, false, Mode::kNormal, 1000, 1e8, 100000, 62500, 1000},
         GeometryCase{2e9, 100e3, 100e-6, true, Mode::kRaw, 524288, 1e8, 100000, 100000, 100000},
         GeometryCase{2e9, 100e3, 100e-6, false, Mode::kRaw, 524288, 1e8, 100000, 62500, 50000},
-        // Fast time base: the rate tops out, the record outruns the screen.
+        // Fast time base: the rate tops out; points between samples are interpolated.
         GeometryCase{2e9, 100e3, 10e-9, true, Mode::kRaw, 524288, 2e9, 1000, 1000, 1000},
         // 3000X at 1 ms/div: 2 Mpts give 200 MSa/s; 524288 asked gives every fourth sample.
         GeometryCase{4e9, 2e6, 1e-3, true, Mode::kMaximum, 524288, 2e8, 2000000, 2000000, 500000},

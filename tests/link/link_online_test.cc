@@ -30,18 +30,6 @@ TEST(LinkOnlineTest, OpenLightsTheIndicatorAndStartsThePoll) {
   EXPECT_EQ(h.ui.activity_colour(), ui::MakeRgb(192, 192, 192));
 }
 
-TEST(LinkOnlineTest, EveryWriteAndQueryIsFollowedByTheErrorQuery) {
-  OnlineScope s;
-  s.h.link.SendCommand(":TIMebase:SCALe 0.001");
-  const std::string identity = s.h.link.QueryString("*IDN?");
-  const std::string scale = s.h.link.QueryString(":TIMebase:SCALe?");
-  EXPECT_EQ(s.Sent(), WithErrorQuery({":TIMebase:SCALe 0.001", "*IDN?", ":TIMebase:SCALe?"}));
-  EXPECT_FALSE(identity.empty());
-  EXPECT_EQ(identity, s.simulator->Execute("*IDN?")) << "trimmed, without its LF";
-  EXPECT_DOUBLE_EQ(text::LeadingNumber(scale), 0.001);
-  EXPECT_TRUE(s.h.ui.status_lines().empty()) << "no error entry leaves the status line alone";
-}
-
 TEST(LinkOnlineTest, OverLongAndGarbledRepliesDoNotShiftLaterExchanges) {
   OnlineScope s;
   // Five identifications in one reply: far more than the 256 characters a reply may bring.

@@ -412,6 +412,15 @@ TEST_F(DispatchTest, SetButtonByView) {
   EXPECT_THAT(targets_.calls, ElementsAreArray({"Sweep 1", "SetCenterSpanFromEntries"}));
 }
 
+TEST_F(DispatchTest, SecondMathFunctionAndGeneratorTakeTheCommands) {
+  Click("ID_MATHFUNC2", true);
+  Click("ID_MATHADD", true);
+  Click("ID_WGEN2", true);
+  Click("ID_WG", true);
+  EXPECT_THAT(Commands(), ElementsAreArray({":FUNC2:OPERation ADD", ":WGEN2:OUTPut 1"}));
+  EXPECT_TRUE(online_.h.tools.ToolState("ID_MATHADD"));
+}
+
 TEST_F(DispatchTest, BandwidthLimitByView) {
   dispatcher_.BandwidthLimitClicked(true, "35.5");
   EXPECT_TRUE(FftSettingsOf(choices_).UpperLimitOn);

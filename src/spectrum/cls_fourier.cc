@@ -27,6 +27,7 @@ FourierStatus clsFourier::SetNumberOfSamples(std::int32_t n) {
   n_ = n;
   n_unknown_ = false;
   dirty_ = true;
+  imag_zero_ = true;
   return FourierStatus::kOk;
 }
 
@@ -44,6 +45,7 @@ FourierStatus clsFourier::SetRealIn(std::int32_t index, double value) {
 FourierStatus clsFourier::SetImagIn(std::int32_t index, double value) {
   if (!IndexValid(index)) return FourierStatus::kIndexOutOfRange;
   input_[static_cast<std::size_t>(index - 1)].imag(value);
+  if (value != 0.0) imag_zero_ = false;
   dirty_ = true;
   return FourierStatus::kOk;
 }
@@ -117,9 +119,15 @@ void clsFourier::ComputeIfDirty() {
   start_count_ = PerformanceCounter();
   const auto n = static_cast<std::size_t>(n_);
   const int bits = static_cast<int>(std::nearbyint(std::log(n_) / std::log(2.0)));
-  internal::BitReverseCopyComplex(input_.data(), out_re_.data(), out_im_.data(), n, bits);
   BuildTwiddles(bits);
-  internal::RunButterflyStages(out_re_.data(), out_im_.data(), n, twiddles_);
+  if (imag_zero_) {
+    // std::complex<double> is laid out as two doubles, real part first.
+    internal::RealTransform(reinterpret_cast<const double*>(input_.data()), 2, out_re_.data(),
+                            out_im_.data(), n, bits, twiddles_);
+  } else {
+    internal::BitReverseCopyComplex(input_.data(), out_re_.data(), out_im_.data(), n, bits);
+    internal::RunButterflyStages(out_re_.data(), out_im_.data(), n, twiddles_);
+  }
   if (reverse_) {
     const double scale = static_cast<double>(n_);
     for (std::size_t i = 0; i < n; ++i) {

@@ -49,6 +49,9 @@ class clsFourier {
   bool n_unknown_ = true;
   bool dirty_ = true;
   bool reverse_ = false;
+  // No imaginary input other than zero since the length was set: the record is real and is
+  // transformed as one of half the length.
+  bool imag_zero_ = true;
   std::int64_t start_count_ = 0;
   std::int64_t end_count_ = 0;
   std::int64_t counter_frequency_ = 0;

@@ -181,38 +181,35 @@ void StageTwiddles::Reserve(std::size_t n) {
   }
 }
 
-void BitReverseCopyReal(const double* in, double* out_re, double* out_im, std::size_t n, int bits) {
-  std::fill(out_im, out_im + n, 0.0);
-  if (bits < 2 * kTileBits + 1) {
-    for (std::size_t i = 0; i < n; ++i) {
-      out_re[Reverse32(static_cast<std::uint32_t>(i)) >> (32 - bits)] = in[i];
-    }
-    return;
-  }
-  const TilePlan plan = MakeTilePlan(bits);
-  double buffer[kTile][kTile];
-  ForEachTile(plan, [&](std::size_t from_base, std::size_t to_base) {
-    CopyTile(plan, in, 1, out_re, from_base, to_base, buffer);
-  });
-}
-
 void BitReverseCopyComplex(const std::complex<double>* in, double* out_re, double* out_im,
                            std::size_t n, int bits) {
   // std::complex<double> is laid out as two doubles, real part first.
   const double* parts = reinterpret_cast<const double*>(in);
+  BitReverseCopyStrided(parts, parts + 1, 2, out_re, out_im, n, bits);
+}
+
+void BitReverseCopyStrided(const double* in_re, const double* in_im, std::size_t stride,
+                           double* out_re, double* out_im, std::size_t n, int bits) {
+  if (bits == 0) {
+    if (n == 1) {
+      out_re[0] = in_re[0];
+      out_im[0] = in_im[0];
+    }
+    return;
+  }
   if (bits < 2 * kTileBits + 1) {
     for (std::size_t i = 0; i < n; ++i) {
       const std::size_t j = Reverse32(static_cast<std::uint32_t>(i)) >> (32 - bits);
-      out_re[j] = parts[2 * i];
-      out_im[j] = parts[2 * i + 1];
+      out_re[j] = in_re[i * stride];
+      out_im[j] = in_im[i * stride];
     }
     return;
   }
   const TilePlan plan = MakeTilePlan(bits);
   double buffer[kTile][kTile];
   ForEachTile(plan, [&](std::size_t from_base, std::size_t to_base) {
-    CopyTile(plan, parts, 2, out_re, from_base, to_base, buffer);
-    CopyTile(plan, parts + 1, 2, out_im, from_base, to_base, buffer);
+    CopyTile(plan, in_re, stride, out_re, from_base, to_base, buffer);
+    CopyTile(plan, in_im, stride, out_im, from_base, to_base, buffer);
   });
 }
 
@@ -230,6 +227,50 @@ void RunButterflyStages(double* re, double* im, std::size_t n, const StageTwiddl
     StagePair(re, im, n, half, w_re + half, w_im + half, w_re + 2 * half, w_im + 2 * half);
   }
   if (half < n) Stage(re, im, n, half, w_re + half, w_im + half);
+}
+
+QUARVELO_VECTOR_CLONES
+void SplitRealSpectrum(double* __restrict re, double* __restrict im, std::size_t n,
+                       const StageTwiddles& twiddles) {
+  const std::size_t m = n / 2;
+  const double* __restrict w_re = twiddles.re.data() + m;
+  const double* __restrict w_im = twiddles.im.data() + m;
+  const double z0_re = re[0];
+  const double z0_im = im[0];
+  re[0] = z0_re + z0_im;
+  im[0] = 0;
+  re[m] = z0_re - z0_im;
+  im[m] = 0;
+  // Bins k and j = m - k come from the same two points of Z; E[j] = conj E[k] and
+  // O[j] = conj O[k].
+  for (std::size_t k = 1; 2 * k <= m; ++k) {
+    const std::size_t j = m - k;
+    const double a_re = re[k], a_im = im[k], b_re = re[j], b_im = im[j];
+    const double e_re = 0.5 * (a_re + b_re);
+    const double e_im = 0.5 * (a_im - b_im);
+    const double o_re = 0.5 * (a_im + b_im);
+    const double o_im = 0.5 * (b_re - a_re);
+    const double xk_re = e_re + (w_re[k] * o_re - w_im[k] * o_im);
+    const double xk_im = e_im + (w_re[k] * o_im + w_im[k] * o_re);
+    const double xj_re = e_re + (w_re[j] * o_re + w_im[j] * o_im);
+    const double xj_im = (w_im[j] * o_re - w_re[j] * o_im) - e_im;
+    re[k] = xk_re;
+    im[k] = xk_im;
+    re[j] = xj_re;
+    im[j] = xj_im;
+    re[n - k] = xk_re;
+    im[n - k] = -xk_im;
+    re[n - j] = xj_re;
+    im[n - j] = -xj_im;
+  }
+}
+
+void RealTransform(const double* x, std::size_t stride, double* re, double* im, std::size_t n,
+                   int bits, const StageTwiddles& twiddles) {
+  const std::size_t m = n / 2;
+  BitReverseCopyStrided(x, x + stride, 2 * stride, re, im, m, bits - 1);
+  RunButterflyStages(re, im, m, twiddles);
+  SplitRealSpectrum(re, im, n, twiddles);
 }
 
 }  // namespace quarvelo::spectrum::internal

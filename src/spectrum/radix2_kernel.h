@@ -23,14 +23,31 @@ struct StageTwiddles {
   void Reserve(std::size_t n);
 };
 
-// out[reverse(i)] = in[i] for i = 0..n-1, n = 2^bits; the imaginary output is zero.
-void BitReverseCopyReal(const double* in, double* out_re, double* out_im, std::size_t n, int bits);
+// out[reverse(i)] = in[i] for i = 0..n-1, n = 2^bits.
 void BitReverseCopyComplex(const std::complex<double>* in, double* out_re, double* out_im,
                            std::size_t n, int bits);
+// The same for points whose parts lie at in_re[i * stride] and in_im[i * stride]: a real
+// record read as n complex points (even samples real, odd samples imaginary) is in_re = x,
+// in_im = x + 1, stride 2.
+void BitReverseCopyStrided(const double* in_re, const double* in_im, std::size_t stride,
+                           double* out_re, double* out_im, std::size_t n, int bits);
 
 // Runs every butterfly stage (half-sizes 1 .. n/2) on the bit-reversed data in (re, im):
 // t = w * x[k]; x[k] = x[j] - t; x[j] = x[j] + t, with w from `twiddles`.
 void RunButterflyStages(double* re, double* im, std::size_t n, const StageTwiddles& twiddles);
+
+// A real record x of n points is transformed as the n/2-point complex transform Z of
+// z[m] = x[2m] + i x[2m+1]. Given Z in (re, im)[0 .. n/2-1], writes the n-point transform X
+// of x into (re, im)[0 .. n-1]: X[k] = E[k] + w^k O[k] with E, O the transforms of the even
+// and odd samples, taken from Z[k] and Z[n/2-k], w^k the twiddles of the last stage (half-size
+// n/2) in `twiddles`, and X[n-k] = conj X[k]. n >= 2 is a power of two.
+void SplitRealSpectrum(double* re, double* im, std::size_t n, const StageTwiddles& twiddles);
+
+// The n-point transform of the real record x (read at x[i * stride] for i = 0..n-1) into
+// (re, im)[0 .. n-1], by the half-length transform and the split. `twiddles` holds every
+// stage of an n-point transform; bits = log2 n >= 1.
+void RealTransform(const double* x, std::size_t stride, double* re, double* im, std::size_t n,
+                   int bits, const StageTwiddles& twiddles);
 
 }  // namespace quarvelo::spectrum::internal
 

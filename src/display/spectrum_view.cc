@@ -85,10 +85,6 @@ void ScreenView::DrawSpectrum(int channel, bool restore_only) {
     DrawSpectrumLabels(painter, channel);
     DrawSpectrumMarkers(painter);
     DrawAnnotationOn(painter);
-    // The pane's outline over the trace's edge pixels.
-    const ScreenLayout& layout = records_.layout;
-    painter.Box(layout.GridLeft, layout.GridTop, layout.GridRight, layout.GridBottom,
-                kOutlineColour);
   }
   SaveCursorFreePicture();
   DrawCursors();

@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <functional>
 #include <memory>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -107,6 +108,7 @@ struct SweepCase {
   bool restart;
   bool running;  // the oscilloscope runs before the sweep, so the poll reads RunBit 1
 };
+void PrintTo(const SweepCase& c, std::ostream* os) { *os << c.name; }
 
 class SweepTraffic : public SweepCycleTest, public testing::WithParamInterface<SweepCase> {};
 
@@ -150,6 +152,7 @@ struct DvmCase {
   int dvm_source;
   bool switched;
 };
+void PrintTo(const DvmCase& c, std::ostream* os) { *os << c.name; }
 
 class SweepDvm : public SweepCycleTest, public testing::WithParamInterface<DvmCase> {};
 

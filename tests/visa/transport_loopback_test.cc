@@ -126,6 +126,7 @@ class TransportTest : public ::testing::TestWithParam<Link> {
     if (!usb_) return;
     EXPECT_EQ(usb_log_.misaligned_transfers, 0);
     EXPECT_EQ(usb_log_.bad_headers, 0);
+    EXPECT_EQ(usb_log_.violations, std::vector<std::string>{});
     for (std::size_t k = 1; k < usb_log_.tags.size(); ++k) {
       EXPECT_EQ(usb_log_.tags[k], visa::usbtmc::NextTag(usb_log_.tags[k - 1])) << k;
     }

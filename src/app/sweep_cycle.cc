@@ -122,7 +122,10 @@ bool SweepCycle::SweepOnline(bool restart) {
     parts_.link.SendCommand(":RUN");
     parts_.tools.SetToolState("ID_Run", true);
   }
-  parts_.tools.SetToolState("ID_CSR" + std::to_string(view_.CursorChannel()), true);
+  // The cursor-source tools are a group: the cursors' channel down, the others up.
+  for (int n = 1; n <= acquisition::kMaxChannels; ++n) {
+    parts_.tools.SetToolState("ID_CSR" + std::to_string(n), n == view_.CursorChannel());
+  }
   ShowSampleRateText(parts_.tools, scope.SampleRate);
   return true;
 }

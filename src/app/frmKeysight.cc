@@ -396,10 +396,6 @@ void frmKeysight::SetBandwidthLimit(bool down, const std::string& upper_limit_te
   txt_mhz_[2]->setText(FromStd(upper_limit_text));
 }
 
-bool frmKeysight::BandwidthLimitDown() const { return ssr_bw_->isChecked(); }
-
-std::string frmKeysight::UpperLimitText() const { return txt_mhz_[2]->text().toStdString(); }
-
 void frmKeysight::SetMacroCaption(int n, const std::string& caption) {
   if (n < 1 || n > kMacroCount) return;
   QPushButton* button = cmd_mac_[static_cast<std::size_t>(n - 1)];

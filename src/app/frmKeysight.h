@@ -136,8 +136,6 @@ class frmKeysight : public QMainWindow, private MainWindowView, private link::Li
   void Resize(std::optional<int> height, std::optional<int> width) override;
   bool IsMinimised() const override;
   void SetBandwidthLimit(bool down, const std::string& upper_limit_text) override;
-  bool BandwidthLimitDown() const override;
-  std::string UpperLimitText() const override;
   void SetMacroCaption(int n, const std::string& caption) override;
   void StartDisplay() override;
   void RebuildToolbar() override;

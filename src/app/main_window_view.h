@@ -32,8 +32,6 @@ class MainWindowView {
 
   // The ribbon button `ssrBW` and the upper-limit entry box beside it.
   virtual void SetBandwidthLimit(bool down, const std::string& upper_limit_text) = 0;
-  virtual bool BandwidthLimitDown() const = 0;
-  virtual std::string UpperLimitText() const = 0;
 
   virtual void SetMacroCaption(int n, const std::string& caption) = 0;  // n = 1..10
   // Start values of the display and spectrum parts, the status panel drawn once, and the

@@ -38,8 +38,6 @@ class FakeWindow : public MainWindowView {
     upper_limit_text = text;
     log.push_back("bandwidth");
   }
-  bool BandwidthLimitDown() const override { return bandwidth_down; }
-  std::string UpperLimitText() const override { return upper_limit_text; }
   void SetMacroCaption(int n, const std::string& caption_text) override {
     macro_captions[n] = caption_text;
     if (n == 1) log.push_back("macros");

@@ -6,10 +6,12 @@
 #include <atomic>
 #include <cmath>
 #include <complex>
+#include <cstdio>
 #include <cstdlib>
 #include <memory>
 #include <new>
 #include <random>
+#include <string>
 #include <vector>
 
 #include "platform/ui/ui_services.h"
@@ -101,13 +103,18 @@ void BM_ObjectFft(benchmark::State& state) {
   state.SetItemsProcessed(state.iterations() * n);
 }
 
-void BM_Fftw(benchmark::State& state) {
+// FFTW on the same samples: complex or real input, planned with FFTW_ESTIMATE or FFTW_MEASURE.
+void BM_Fftw(benchmark::State& state, bool real_input, unsigned flags) {
   const auto n = static_cast<int>(state.range(0));
+  double* real_in = fftw_alloc_real(n);
   fftw_complex* in = fftw_alloc_complex(n);
   fftw_complex* out = fftw_alloc_complex(n);
-  fftw_plan plan = fftw_plan_dft_1d(n, in, out, FFTW_BACKWARD, FFTW_ESTIMATE);
+  // Planning with FFTW_MEASURE overwrites the arrays: the samples are written afterwards.
+  fftw_plan plan = real_input ? fftw_plan_dft_r2c_1d(n, real_in, out, flags)
+                              : fftw_plan_dft_1d(n, in, out, FFTW_BACKWARD, flags);
   const std::vector<double> samples = RandomSamples(n);
   for (int i = 0; i < n; ++i) {
+    real_in[i] = samples[i];
     in[i][0] = samples[i];
     in[i][1] = 0;
   }
@@ -116,9 +123,40 @@ void BM_Fftw(benchmark::State& state) {
     benchmark::DoNotOptimize(out);
   }
   fftw_destroy_plan(plan);
+  fftw_free(real_in);
   fftw_free(in);
   fftw_free(out);
   state.SetItemsProcessed(state.iterations() * n);
+}
+
+// The numpy script's pass (window, real FFT, dBV levels) on the 524 288 samples of the
+// ComputeSpectrum benchmarks, run by the system's Python; the counters are its own medians
+// over 50 passes (wall and processor milliseconds) and fastest passes.
+void BM_NumpyScriptPass(benchmark::State& state) {
+  constexpr std::int32_t kRecord = 524288;
+  std::vector<double> record = RandomSamples(kRecord);
+  for (std::int32_t i = 0; i < kRecord; ++i) record[i] += std::sin(i * 0.01);
+  const std::string path = "/tmp/quarvelo_spectrum_bench_samples.bin";
+  if (std::FILE* file = std::fopen(path.c_str(), "wb")) {
+    std::fwrite(record.data(), sizeof(double), record.size(), file);
+    std::fclose(file);
+  }
+  const std::string command =
+      std::string("/usr/bin/python3 ") + QUARVELO_NUMPY_PASS_SCRIPT + " " + path + " 50";
+  double wall = 0, cpu = 0, fastest_wall = 0, fastest_cpu = 0;
+  for (auto _ : state) {
+    std::FILE* pipe = popen(command.c_str(), "r");
+    if (pipe == nullptr ||
+        std::fscanf(pipe, "%lf %lf %lf %lf", &wall, &cpu, &fastest_wall, &fastest_cpu) != 4) {
+      state.SkipWithError("the numpy script did not run");
+    }
+    if (pipe != nullptr) pclose(pipe);
+  }
+  std::remove(path.c_str());
+  state.counters["median_wall_ms"] = wall;
+  state.counters["median_cpu_ms"] = cpu;
+  state.counters["fastest_wall_ms"] = fastest_wall;
+  state.counters["fastest_cpu_ms"] = fastest_cpu;
 }
 
 class BenchStore : public SampleStore {
@@ -227,10 +265,26 @@ void BM_ComputeSpectrumColdFirstPass(benchmark::State& state) {
 
 BENCHMARK(BM_ModuleFft)->RangeMultiplier(2)->Range(1 << 10, 1 << 19)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_ObjectFft)->RangeMultiplier(2)->Range(1 << 10, 1 << 19)->Unit(benchmark::kMicrosecond);
-BENCHMARK(BM_Fftw)->RangeMultiplier(2)->Range(1 << 10, 1 << 19)->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(BM_Fftw, ComplexEstimate, false, FFTW_ESTIMATE)
+    ->RangeMultiplier(2)
+    ->Range(1 << 10, 1 << 19)
+    ->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(BM_Fftw, ComplexMeasure, false, FFTW_MEASURE)
+    ->RangeMultiplier(2)
+    ->Range(1 << 10, 1 << 19)
+    ->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(BM_Fftw, RealEstimate, true, FFTW_ESTIMATE)
+    ->RangeMultiplier(2)
+    ->Range(1 << 10, 1 << 19)
+    ->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(BM_Fftw, RealMeasure, true, FFTW_MEASURE)
+    ->RangeMultiplier(2)
+    ->Range(1 << 10, 1 << 19)
+    ->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_PrepareTwiddlesFirstTime)->Arg(1 << 19)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_ComputeSpectrumPass)->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_ComputeSpectrumColdFirstPass)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_NumpyScriptPass)->Iterations(1)->Unit(benchmark::kMillisecond);
 
 }  // namespace
 }  // namespace quarvelo::spectrum

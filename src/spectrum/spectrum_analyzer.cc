@@ -9,6 +9,7 @@
 #include "display/format.h"
 #include "platform/text/number_parse.h"
 #include "spectrum/bit_index.h"
+#include "spectrum/level_conversion.h"
 #include "spectrum/window_function.h"
 
 namespace quarvelo::spectrum {
@@ -28,10 +29,10 @@ int PaddingExponent(std::int64_t n) {
 // The number of spectrum points of a transform of n samples: round(n/2 + 1).
 std::int32_t PointCount(std::int32_t n) { return RoundToInt(n / 2.0 + 1); }
 
-// log10 x as ln x / ln 10. The library's log10 took twice as long as its natural logarithm,
-// about a millisecond per pass over 2^18 points; the product differs from it by a couple of
-// units in the last place at most.
-double Log10(double x) { return std::log(x) * (1 / std::numbers::ln10); }
+// log10 x as ln x / ln 10, with the natural logarithm of the module engines' level sweep, so
+// that every engine's levels come from the same function; within a few units in the last
+// place of the library's log10.
+double Log10(double x) { return internal::NaturalLog(x) * (1 / std::numbers::ln10); }
 
 // dB steps of the vertical scale: eight divisions of `step` dB above the bottom.
 int DecibelStep(double top, double bottom) {
@@ -254,9 +255,8 @@ void SpectrumAnalyzer::StorePassLevels(const FftSettings& settings, std::int32_t
   const std::int64_t outputs =
       std::min(std::ssize(workspace_.RealOutput), std::ssize(workspace_.ImagOutput));
   const auto computed = static_cast<std::int32_t>(std::min<std::int64_t>(last, outputs - 1));
-  const double* re = workspace_.RealOutput.data();
-  const double* im = workspace_.ImagOutput.data();
-  for (std::int32_t i = 1; i <= computed; ++i) store(i, std::sqrt(re[i] * re[i] + im[i] * im[i]));
+  internal::StoreLevels(workspace_.RealOutput.data(), workspace_.ImagOutput.data(), 1, computed,
+                        to_rms, unit, levels);
 }
 
 void SpectrumAnalyzer::ComputeLevels(const FftSettings& settings, double half_rate) {

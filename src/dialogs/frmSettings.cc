@@ -13,6 +13,7 @@
 #include <QRadioButton>
 #include <QVBoxLayout>
 
+#include "dialogs/instrument_finder.h"
 #include "platform/settings/settings_text.h"
 
 namespace quarvelo::dialogs {
@@ -67,6 +68,9 @@ void frmSettings::BuildControls() {
   txt_help_->setMaximumHeight(90);
   visa_layout->addWidget(txt_visa_);
   visa_layout->addWidget(txt_help_);
+  finder_ = new InstrumentFinder;
+  connect(finder_, &InstrumentFinder::Picked, txt_visa_, &QLineEdit::setText);
+  visa_layout->addWidget(finder_);
   layout->addWidget(visa_frame);
 
   auto* middle = new QHBoxLayout;
@@ -136,6 +140,10 @@ void frmSettings::BuildControls() {
   connect(cmd_ok_, &QPushButton::clicked, this, [this] { cmdOk_Click(); });
   connect(cmd_cancel_, &QPushButton::clicked, this, &QDialog::reject);
   layout->addWidget(buttons);
+}
+
+void frmSettings::SetSearchOptions(const discovery::SearchOptions& options) {
+  finder_->SetSearchOptions(options);
 }
 
 void frmSettings::FillControls() {

@@ -8,6 +8,7 @@
 #include <string>
 
 #include "acquisition/scope_state.h"
+#include "platform/discovery/instrument_search.h"
 #include "platform/settings/settings_store.h"
 
 class QButtonGroup;
@@ -19,6 +20,8 @@ class QPushButton;
 class QRadioButton;
 
 namespace quarvelo::dialogs {
+
+class InstrumentFinder;
 
 // The in-memory values the dialog shows and sets; they belong to the main window.
 struct SettingsDialogRecords {
@@ -40,6 +43,9 @@ class frmSettings : public QDialog {
   frmSettings(settings::SettingsStore& store, const SettingsDialogRecords& records,
               QWidget* parent = nullptr);
 
+  // Where "Find" searches (tests point it at simulators on loopback).
+  void SetSearchOptions(const discovery::SearchOptions& options);
+
  private:
   void BuildControls();
   void FillControls();
@@ -51,6 +57,7 @@ class frmSettings : public QDialog {
 
   QLineEdit* txt_visa_ = nullptr;
   QPlainTextEdit* txt_help_ = nullptr;
+  InstrumentFinder* finder_ = nullptr;
   QComboBox* cbo_dso_ = nullptr;
   std::array<QRadioButton*, 2> opt_channels_{};
   QCheckBox* chk_wgen_ = nullptr;

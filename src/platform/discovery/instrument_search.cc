@@ -56,15 +56,17 @@ bool InstrumentSearch::Step(int wait_ms) {
     }
     case Phase::kListening:
       probe_.Poll(std::min(wait_ms, MillisecondsLeft(answers_until_)));
-      if (MillisecondsLeft(answers_until_) == 0) phase_ = Phase::kAsking;
+      if (MillisecondsLeft(answers_until_) == 0) {
+        hosts_ = probe_.responders();
+        phase_ = Phase::kAsking;
+      }
       break;
     case Phase::kAsking: {
-      const std::vector<std::string>& hosts = probe_.responders();
-      if (asked_ >= hosts.size()) {
+      if (asked_ >= hosts_.size()) {
         phase_ = Phase::kDone;
         break;
       }
-      const std::string resource = Vxi11Resource(hosts[asked_++], options_.portmapper_port);
+      const std::string resource = Vxi11Resource(hosts_[asked_++], options_.portmapper_port);
       const int timeout = std::min(options_.idn_timeout_ms, MillisecondsLeft(deadline_));
       found_.push_back({resource, timeout > 0 ? AskIdentity(resource, timeout)
                                               : "not asked: the search ran out of time"});

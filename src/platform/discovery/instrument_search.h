@@ -60,6 +60,7 @@ class InstrumentSearch {
   Clock::time_point answers_until_;
   Phase phase_ = Phase::kUsb;
   PortmapperProbe probe_;
+  std::vector<std::string> hosts_;  // the responders, once the answers are in
   std::size_t asked_ = 0;
   bool cancelled_ = false;
   ViSession resource_manager_ = 0;  // VI_NULL without one

@@ -112,4 +112,15 @@ void PortmapperProbe::Poll(int wait_ms) {
   }
 }
 
+std::vector<std::string> PortmapperProbe::responders() const {
+  std::vector<std::string> sorted = responders_;
+  const auto numeric = [](const std::string& host) {
+    in_addr address{};
+    inet_pton(AF_INET, host.c_str(), &address);
+    return ntohl(address.s_addr);
+  };
+  std::ranges::sort(sorted, {}, numeric);
+  return sorted;
+}
+
 }  // namespace quarvelo::discovery

@@ -27,8 +27,9 @@ class PortmapperProbe {
   bool Start(const std::vector<std::string>& addresses, std::uint16_t port, std::string* error);
   // Reads the answers that arrive within `wait_ms` (0: those already there).
   void Poll(int wait_ms);
-  // The hosts that answered with a VXI-11 core port, in order of their first answer.
-  const std::vector<std::string>& responders() const { return responders_; }
+  // The hosts that answered with a VXI-11 core port, in address order (answers arrive in
+  // any order; the user's list should not).
+  std::vector<std::string> responders() const;
 
  private:
   int socket_ = -1;

@@ -240,7 +240,9 @@ TEST_P(TransportTest, StatusByteAndDeviceClearThroughTheApi) {
   } else {
     EXPECT_EQ(read, VI_SUCCESS);
     // Message available; HiSLIP's server may see the query after the status request.
-    if (kind != Kind::kHislip) EXPECT_EQ(status_byte & 0x10, 0x10);
+    if (kind != Kind::kHislip) {
+      EXPECT_EQ(status_byte & 0x10, 0x10);
+    }
   }
   const int cleared = instrument_.cleared.load();
   EXPECT_EQ(usb_ ? usb_->Clear() : viClear(vi_), VI_SUCCESS);

@@ -99,6 +99,18 @@ constexpr std::array kRows = std::to_array<SettingRow>({
     {":FUNCtion#F:RANGe", kNumber, kShort, 8, "", 1e-9, 1e7, ""},
     {":FUNCtion#F:REFerence", kNumber, kShort, 0, "", -1e6, 1e6, ""},
     {":FUNCtion#F:SCALe", kNumber, kShort, 1, "", 1e-9, 1e6, ""},
+    // The 3000X's own FFT beside the math functions' FFT operation
+    {":FFT:DISPlay", kBoolean, kBool, 0, "", 0, 1, "", kFixed, k3000XOnly},
+    {":FFT:SOURce1", kChoice, kEnum, 0, "CHANnel1", 0, 0, "CHANnel#C", kFixed, k3000XOnly},
+    {":FFT:CENTer", kNumber, kShort, 5e8, "", 0, 1e10, "", kFixed, k3000XOnly},
+    {":FFT:SPAN", kNumber, kShort, 1e9, "", 1, 1e10, "", kFixed, k3000XOnly},
+    {":FFT:VTYPe", kChoice, kEnum, 0, "DECibel", 0, 0, "DECibel|VRMS", kFixed, k3000XOnly},
+    {":FFT:WINDow", kChoice, kEnum, 0, "HANNing", 0, 0, "RECTangular|HANNing|FLATtop|BHARris",
+     kFixed, k3000XOnly},
+    {":FFT:OFFSet", kNumber, kShort, 0, "", -1e6, 1e6, "", kFixed, k3000XOnly},
+    {":FFT:RANGe", kNumber, kShort, 80, "", 1e-9, 1e7, "", kFixed, k3000XOnly},
+    {":FFT:REFerence", kNumber, kShort, 0, "", -1e6, 1e6, "", kFixed, k3000XOnly},
+    {":FFT:SCALe", kNumber, kShort, 10, "", 1e-9, 1e6, "", kFixed, k3000XOnly},
     // Waveform generators (":WGEN" on the 2000X, ":WGEN1" and 2 on the 3000X)
     {":WGEN#W:OUTPut", kBoolean, kBool, 0, "", 0, 1, "", kFixed, kAll, kWgen},
     {":WGEN#W:OUTPut:LOAD", kChoice, kEnum, 0, "ONEMeg", 0, 0, "ONEMeg|FIFTy", kFixed, kAll, kWgen},

@@ -42,6 +42,10 @@ INSTANTIATE_TEST_SUITE_P(
         FidelityCase{"MemoryOption", "*OPT?;:TIMebase:SCALe 1ms;:ACQuire:POINts?",
                      "DSOX3WAVEGEN,DSOX3DVM,DSOX3MEMUP;+4000000", true},
         FidelityCase{"ProbeId", ":CHANnel2:PROBe:ID?", "NONE"},
+        FidelityCase{"FftSubsystem",
+                     ":FFT:WINDow?;:FFT:VTYPe?;:FFT:WINDow BHARris;:FFT:SOURce1 CHAN2;"
+                     ":FFT:WINDow?;:FFT:SOURce1?;:FFT:SPAN 2E6;:FFT:SPAN?",
+                     "HANN;DEC;BHAR;CHAN2;+2.0E+06"},
         FidelityCase{"EventRegistersSigned", ":STOP;:AER?;:TER?", "+1;+0"},
         FidelityCase{"SourceTurnsChannelOn", ":WAVeform:SOURce CHAN3;:CHANnel3:DISPlay?", "1"},
         FidelityCase{"PointsOutOfRange", ":WAVeform:POINts 8000001;:SYSTem:ERRor?",

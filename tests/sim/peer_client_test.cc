@@ -228,3 +228,62 @@ TEST(PeerClientTest, LxiOverVxi11) {
 
 }  // namespace
 }  // namespace quarvelo::sim
+
+namespace quarvelo::sim {
+namespace {
+
+// The replies added for fidelity with what client code for these instruments expects, read by
+// pyvisa-py from a 2000X with a settable identity and live default signals.
+constexpr const char* kFidelityScript = R"(
+import sys, pyvisa
+rm = pyvisa.ResourceManager('@py')
+inst = rm.open_resource(sys.argv[1])
+inst.read_termination = '\n'
+inst.write_termination = '\n'
+inst.timeout = 5000
+for query in ['*IDN?', '*OPT?', ':CHANnel1:PROBe:ID?', ':RUN;:AER?', ':MEASure:FREQuency?',
+              ':MEASure:VAMPlitude? CHANnel1', ':SYSTem:ERRor?']:
+    print(inst.query(query))
+inst.close()
+)";
+
+TEST(PeerClientTest, PyvisaReadsTheFidelityReplies) {
+  if (!PyvisaAvailable()) GTEST_SKIP() << "pyvisa-py is not installed";
+  std::vector<std::string> arguments = SocketOnly();
+  for (const char* argument : {"--model", "2000X", "--identity",
+                               "AGILENT TECHNOLOGIES,DSO-X 2024A,MY1,02.42.2017032900"}) {
+    arguments.push_back(argument);
+  }
+  SimulatorProcess simulator(arguments);
+  ASSERT_NE(simulator.port("socket"), 0);
+  setenv("QUARVELO_PEER_SCRIPT", kFidelityScript, 1);
+  CommandResult result =
+      RunCommand("/usr/bin/python3 -c \"$QUARVELO_PEER_SCRIPT\" TCPIP0::127.0.0.1::" +
+                 std::to_string(simulator.port("socket")) + "::SOCKET 2>&1");
+  ASSERT_EQ(result.status, 0) << result.output;
+  std::vector<std::string> lines = Lines(result.output);
+  ASSERT_EQ(lines.size(), 7u) << result.output;
+  EXPECT_EQ(lines[0], "AGILENT TECHNOLOGIES,DSO-X 2024A,MY1,02.42.2017032900");
+  EXPECT_EQ(lines[1], "DSOX2WAVEGEN,DSOX2DVM");
+  EXPECT_EQ(lines[2], "NONE");
+  EXPECT_EQ(lines[3], "+1");
+  EXPECT_EQ(lines[4], "+1.00000E+03");  // the probe-compensation square
+  EXPECT_NEAR(std::stod(lines[5]), 2.5, 0.05);
+  EXPECT_EQ(lines[6], "+0,\"No error\"");
+}
+
+TEST(PeerClientTest, LxiReadsTheFidelityReplies) {
+  if (!LxiAvailable()) GTEST_SKIP() << "lxi-tools is not installed";
+  SimulatorProcess simulator(SocketOnly());
+  ASSERT_NE(simulator.port("socket"), 0);
+  std::string lxi =
+      "lxi scpi -a 127.0.0.1 -t 5 -r -p " + std::to_string(simulator.port("socket")) + " ";
+  EXPECT_EQ(Lines(RunCommand(lxi + "'*OPT?'").output).at(0), "DSOX3WAVEGEN,DSOX3DVM");
+  EXPECT_EQ(Lines(RunCommand(lxi + "':TER?'").output).at(0), "+1");
+  EXPECT_NEAR(std::stod(Lines(RunCommand(lxi + "':MEASure:VTOP? CHAN1'").output).at(0)), 2.5, 0.05);
+  EXPECT_EQ(Lines(RunCommand(lxi + "':WAVeform:POINts 50;:SYSTem:ERRor?'").output).at(0),
+            "-222,\"Data out of range\"");
+}
+
+}  // namespace
+}  // namespace quarvelo::sim

@@ -53,6 +53,8 @@ int main(int argc, char** argv) {
               : options.has_wgen                  ? "WGEN"
               : options.has_dvm                   ? "DVM"
                                                   : "no options");
+  std::printf("signals %s, latency %g ms per exchange\n", options.signal_preset.c_str(),
+              options.latency_ms);
   std::fflush(stdout);
   int received = 0;
   sigwait(&stop_signals, &received);

@@ -65,6 +65,29 @@ void BM_SynthesiseAndSendOverLoopback(benchmark::State& state) {
 }
 BENCHMARK(BM_SynthesiseAndSendOverLoopback)->Unit(benchmark::kMillisecond);
 
+// One query and its reply over loopback at the pace set with --latency (argument: ms per
+// exchange): what a readback of many settings costs on an instrument rather than at once.
+void BM_QueryAtLatency(benchmark::State& state) {
+  SimulatorOptions options;
+  options.vxi11_port = options.portmapper_port = options.hislip_port = -1;
+  options.latency_ms = static_cast<double>(state.range(0));
+  std::string error;
+  std::unique_ptr<Simulator> simulator = Simulator::Start(options, &error);
+  if (!simulator) {
+    state.SkipWithError(error.c_str());
+    return;
+  }
+  LoopbackClient client(simulator->socket_port());
+  for (auto _ : state) {
+    client.Send(":CHANnel1:SCALe?\n");
+    if (!client.ReadLine(std::chrono::seconds(10))) {
+      state.SkipWithError("no reply");
+      return;
+    }
+  }
+}
+BENCHMARK(BM_QueryAtLatency)->Arg(0)->Arg(1)->Unit(benchmark::kMicrosecond)->UseRealTime();
+
 void BM_ScreenImageBmp8(benchmark::State& state) {
   Instrument instrument{InstrumentConfig{}};
   instrument.Execute(":CHANnel2:DISPlay 1;:CHANnel3:DISPlay 1;:CHANnel4:DISPlay 1");

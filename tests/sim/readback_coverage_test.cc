@@ -220,7 +220,11 @@ INSTANTIATE_TEST_SUITE_P(
         CommandLineCase{{"--model", "1000X"}, false}, CommandLineCase{{"--channels", "3"}, false},
         CommandLineCase{{"--socket-port", "70000"}, false},
         CommandLineCase{{"--socket-port"}, false}, CommandLineCase{{"--options", "fft"}, false},
-        CommandLineCase{{"--frobnicate", "1"}, false}));
+        CommandLineCase{{"--frobnicate", "1"}, false},
+        CommandLineCase{{"--signals", "flat", "--latency", "0.5", "--options", "memup"}, true},
+        CommandLineCase{{"--identity", "A,B,C,D", "--dvm-settle", "0"}, true},
+        CommandLineCase{{"--signals", "loud"}, false}, CommandLineCase{{"--latency", "-1"}, false},
+        CommandLineCase{{"--identity", "no fields"}, false}));
 
 TEST(CommandLineTest, DefaultsAndVariants) {
   CommandLine defaults = ParseCommandLine({});

@@ -97,19 +97,13 @@ PulseAnalysis AnalysePulses(const std::vector<double>& volts, double t0, double 
     Side now = volts[i] < lower ? Side::kLow : volts[i] > upper ? Side::kHigh : Side::kUnknown;
     if (now == Side::kUnknown) continue;
     if (side != Side::kUnknown && now != side) {
+      // Every sample between last_on_side and i lies between the thresholds.
       bool rising = now == Side::kHigh;
       Edge edge;
       edge.rising = rising;
-      edge.start = FirstCrossing(volts, t0, dt, last_on_side, i, rising ? lower : upper, rising);
+      edge.start = Crossing(volts, t0, dt, last_on_side, rising ? lower : upper);
       edge.middle = FirstCrossing(volts, t0, dt, last_on_side, i, middle, rising);
-      // The other threshold: its last crossing before the edge settles.
-      double other = rising ? upper : lower;
-      size_t j = i - 1;
-      while (j > last_on_side && !(rising ? volts[j] <= other && volts[j + 1] > other
-                                          : volts[j] >= other && volts[j + 1] < other)) {
-        --j;
-      }
-      edge.end = Crossing(volts, t0, dt, j, other);
+      edge.end = Crossing(volts, t0, dt, i - 1, rising ? upper : lower);
       analysis.edges.push_back(edge);
     }
     side = now;

@@ -66,11 +66,14 @@ TEST(XdrTest, MalformedInputFailsWithoutReadingPastTheEnd) {
     std::uint32_t word = 0;
     EXPECT_FALSE(reader.GetUint32(&word)) << c.what << ": a failed reader stays failed";
   }
-  xdr::Reader too_long(Hex({0, 0, 0, 8, 1, 2, 3, 4, 5, 6, 7, 8}));
+  // A reader borrows its bytes: they must outlive it.
+  const xdr::Bytes opaque = Hex({0, 0, 0, 8, 1, 2, 3, 4, 5, 6, 7, 8});
+  xdr::Reader too_long(opaque);
   std::span<const std::byte> data;
   EXPECT_FALSE(too_long.GetOpaque(&data, 4)) << "longer than the caller allows";
   bool flag = false;
-  xdr::Reader bad_bool(Hex({0, 0, 0, 2}));
+  const xdr::Bytes two = Hex({0, 0, 0, 2});
+  xdr::Reader bad_bool(two);
   EXPECT_FALSE(bad_bool.GetBool(&flag));
 }
 

@@ -1,10 +1,12 @@
 #include "spectrum/fourier_workspace.h"
 
+#include "spectrum/fresh_memory.h"
+
 namespace quarvelo::spectrum {
 namespace {
 
 void Zeroed(std::vector<double>& array, std::int32_t n) {
-  array.assign(static_cast<std::size_t>(n < 0 ? 0 : n + 1), 0.0);
+  internal::AssignFresh(array, static_cast<std::size_t>(n < 0 ? 0 : n + 1), 0.0);
 }
 
 }  // namespace

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstdint>
 
+#include "spectrum/fresh_memory.h"
+
 // Each hot loop is compiled for AVX2 and AVX-512 as well as the baseline and picked at load
 // time. The operations and their order stay those of the scalar code: the language mode keeps
 // the compiler from contracting multiply-adds, so every variant gives the same bits.
@@ -176,8 +178,8 @@ void StagePair(double* __restrict re, double* __restrict im, std::size_t n, std:
 
 void StageTwiddles::Reserve(std::size_t n) {
   if (re.size() < n) {
-    re.resize(n);
-    im.resize(n);
+    ResizeFresh(re, n);
+    ResizeFresh(im, n);
   }
 }
 

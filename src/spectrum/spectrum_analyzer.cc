@@ -9,6 +9,7 @@
 #include "display/format.h"
 #include "platform/text/number_parse.h"
 #include "spectrum/bit_index.h"
+#include "spectrum/fresh_memory.h"
 #include "spectrum/level_conversion.h"
 #include "spectrum/window_function.h"
 
@@ -127,7 +128,7 @@ void SpectrumAnalyzer::BuildWindow(int channel, const FftSettings& settings) {
   const std::int32_t n = spectrum_.TransformLength;
   const std::int64_t m = spectrum_.ZeroPadded ? samples_.SampleCount(channel) - 1 : n;
   std::vector<double>& weights = spectrum_.WindowWeights;
-  weights.resize(static_cast<std::size_t>(n) + 1);
+  internal::ResizeFresh(weights, static_cast<std::size_t>(n) + 1);
   spectrum_.History.Reset(PointCount(n) + 1, std::max(settings.AverageCount, 0) + 1);
   const std::int64_t last = std::min<std::int64_t>(m, n);
   // Weights outside the window's span are zero.
@@ -324,8 +325,8 @@ void SpectrumAnalyzer::ComputeSpectrum(int channel, std::int32_t offset,
     ui_.ShowMessage("No data", ui::MessageIcon::kCritical, ui::MessageButtons::kOk);
   } else {
     // Every entry is written below: resizing to the same length costs nothing.
-    spectrum_.SpectrumLevel.resize(static_cast<std::size_t>(n) + 1);
-    spectrum_.SpectrumFrequency.resize(static_cast<std::size_t>(n) + 1);
+    internal::ResizeFresh(spectrum_.SpectrumLevel, static_cast<std::size_t>(n) + 1);
+    internal::ResizeFresh(spectrum_.SpectrumFrequency, static_cast<std::size_t>(n) + 1);
     if (spectrum_.AverageSlot == 1) BuildWindow(channel, settings);
     PrepareEngine();
     FillInput(channel, offset);

@@ -2,6 +2,7 @@
 #include <memory>
 #include <utility>
 
+#include "spectrum/fresh_memory.h"
 #include "spectrum/spectrum.h"
 
 namespace quarvelo::spectrum {
@@ -45,9 +46,11 @@ void SpectrumHistory::Reset(std::int32_t points, std::int32_t passes) {
   if (size > capacity_) {
     levels_ = std::make_unique_for_overwrite<double[]>(size);
     capacity_ = size;
+    // Large pages, but no pages yet: the passes are written one by one.
+    internal::AdviseFreshMemory(levels_.get(), size * sizeof(double), false);
   }
   cleared_.assign(static_cast<std::size_t>(passes_), 0);
-  sums_.assign(static_cast<std::size_t>(points_), 0.0);
+  internal::AssignFresh(sums_, static_cast<std::size_t>(points_), 0.0);
   summed_passes_ = 0;
 }
 

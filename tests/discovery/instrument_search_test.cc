@@ -69,6 +69,23 @@ TEST(InstrumentSearchTest, UsbListsTheMakersUsbtmcDevicesFromTheirDescriptors) {
   EXPECT_FALSE(search.lan_problem().empty());
 }
 
+TEST(InstrumentSearchTest, AnnouncedServicesBecomeResourceStrings) {
+  const struct {
+    const char* type;
+    std::uint16_t port;
+    const char* resource;
+  } cases[] = {
+      {"_vxi-11._tcp", 111, "TCPIP0::10.0.0.7::inst0::INSTR"},
+      {"_hislip._tcp", 4880, "TCPIP0::10.0.0.7::hislip0::INSTR"},
+      {"_hislip._tcp", 4881, "TCPIP0::10.0.0.7::hislip0,4881::INSTR"},
+      {"_scpi-raw._tcp", 5025, "TCPIP0::10.0.0.7::5025::SOCKET"},
+      {"_http._tcp", 80, ""},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(MdnsResource(c.type, "10.0.0.7", c.port), c.resource) << c.type << c.port;
+  }
+}
+
 std::unique_ptr<sim::Simulator> StartSimulator(const std::string& address, int portmapper_port) {
   sim::SimulatorOptions options;
   options.bind_address = address;

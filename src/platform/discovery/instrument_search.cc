@@ -41,32 +41,48 @@ bool InstrumentSearch::Step(int wait_ms) {
           found_.push_back(std::move(instrument));
         }
       }
+      // mDNS only for the local networks: a search of chosen hosts stays among them.
+      const bool local = options_.lan_addresses.empty();
+      browsing_ = local && mdns_.Start();
       const std::vector<std::string> addresses =
-          options_.lan_addresses.empty() ? LocalBroadcastAddresses() : options_.lan_addresses;
+          local ? LocalBroadcastAddresses() : options_.lan_addresses;
+      bool probing = false;
       if (addresses.empty()) {
         lan_problem_ = "no local network to search";
-        phase_ = Phase::kDone;
-      } else if (!probe_.Start(addresses, options_.portmapper_port, &lan_problem_)) {
-        phase_ = Phase::kDone;
       } else {
+        probing = probe_.Start(addresses, options_.portmapper_port, &lan_problem_);
+      }
+      if (probing || browsing_) {
         answers_until_ = Clock::now() + std::chrono::milliseconds(options_.answer_window_ms);
         phase_ = Phase::kListening;
+      } else {
+        phase_ = Phase::kDone;
       }
       break;
     }
-    case Phase::kListening:
-      probe_.Poll(std::min(wait_ms, MillisecondsLeft(answers_until_)));
+    case Phase::kListening: {
+      const int wait = std::min(wait_ms, MillisecondsLeft(answers_until_));
+      probe_.Poll(browsing_ ? wait / 2 : wait);
+      if (browsing_) mdns_.Poll(wait - wait / 2);
       if (MillisecondsLeft(answers_until_) == 0) {
-        hosts_ = probe_.responders();
+        for (const std::string& host : probe_.responders()) {
+          resources_.push_back(Vxi11Resource(host, options_.portmapper_port));
+        }
+        for (const std::string& resource : mdns_.resources()) {
+          if (std::ranges::find(resources_, resource) == resources_.end()) {
+            resources_.push_back(resource);
+          }
+        }
         phase_ = Phase::kAsking;
       }
       break;
+    }
     case Phase::kAsking: {
-      if (asked_ >= hosts_.size()) {
+      if (asked_ >= resources_.size()) {
         phase_ = Phase::kDone;
         break;
       }
-      const std::string resource = Vxi11Resource(hosts_[asked_++], options_.portmapper_port);
+      const std::string resource = resources_[asked_++];
       const int timeout = std::min(options_.idn_timeout_ms, MillisecondsLeft(deadline_));
       found_.push_back({resource, timeout > 0 ? AskIdentity(resource, timeout)
                                               : "not asked: the search ran out of time"});

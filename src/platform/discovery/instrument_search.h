@@ -1,7 +1,7 @@
 // One search for instruments, run in small steps so that a UI thread stays responsive: the
-// USB-TMC devices first (descriptors only), then the portmapper answers on the LAN, then each
-// LAN instrument's *IDN?. The whole search ends by its time limit and can be cancelled between
-// steps.
+// USB-TMC devices first (descriptors only), then the portmapper answers and mDNS announcements
+// on the LAN, then each LAN instrument's *IDN?. The whole search ends by its time limit and can be
+// cancelled between steps.
 #ifndef QUARVELO_PLATFORM_DISCOVERY_INSTRUMENT_SEARCH_H_
 #define QUARVELO_PLATFORM_DISCOVERY_INSTRUMENT_SEARCH_H_
 
@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "platform/discovery/found_instrument.h"
+#include "platform/discovery/mdns_browser.h"
 #include "platform/discovery/portmapper_probe.h"
 #include "platform/discovery/usb_instruments.h"
 #include "platform/visa/visa.h"
@@ -60,7 +61,9 @@ class InstrumentSearch {
   Clock::time_point answers_until_;
   Phase phase_ = Phase::kUsb;
   PortmapperProbe probe_;
-  std::vector<std::string> hosts_;  // the responders, once the answers are in
+  MdnsBrowser mdns_;
+  bool browsing_ = false;
+  std::vector<std::string> resources_;  // what answered, once the answers are in
   std::size_t asked_ = 0;
   bool cancelled_ = false;
   ViSession resource_manager_ = 0;  // VI_NULL without one

@@ -34,6 +34,16 @@ ScreenWiring::ScreenWiring(qt::PictureBox& pic_screen, QImage& pic_temp,
                    [this](QPointF position, Qt::MouseButton button) {
                      view_.MouseUp(position.x(), position.y(), ButtonNumber(button));
                    });
+  // The window is laid out after start-up drew the empty frame into a surface of its first
+  // size; until there is something to show, the frame follows the surface's size.
+  QObject::connect(&pic_screen, &qt::PictureBox::Resized, &pic_screen,
+                   [this, &records, &spectrum](QSize) {
+                     if (spectrum.SpectrumReady) return;
+                     for (int c = 1; c <= acquisition::kMaxChannels; ++c)
+                       if (records.Records[c].ByteCount > 0) return;
+                     view_.StartDisplay();
+                     pic_screen_.update();
+                   });
 }
 
 void ScreenWiring::SurfaceChanged() { pic_screen_.update(); }

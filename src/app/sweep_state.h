@@ -8,8 +8,9 @@ namespace quarvelo::app {
 
 struct SweepState {
   bool SweepBusy = false;
-  // The time-domain display is in use; the status poll runs only then.
-  bool SweepMode = false;
+  // The time-domain display is in use; the status poll runs only then. The program starts on
+  // the oscilloscope view: its empty frame fills the surface until a spectrum is run.
+  bool SweepMode = true;
   bool FftBusy = false;
   std::int16_t AvgIndex = 0;   // pass of the running FFT run, from 1
   bool StopRequested = false;  // "Stop averaging"

@@ -23,9 +23,12 @@ const char* Usage() {
          "         [--portmapper-port N] [--hislip-port N] [--model 2000X|3000X]\n"
          "         [--channels 2|4] [--options wgen,dvm,memup|none] [--signals probes|flat]\n"
          "         [--latency MS] [--dvm-settle MS] [--identity TEXT] [--log FILE]\n"
+         "         [--announce]\n"
          "A port of 0 takes a free one, -1 leaves that transport off. The first line printed\n"
          "lists the ports bound. --log - logs the traffic on standard output.\n"
-         "--latency 1 answers at the pace of an instrument on a LAN (1 ms per exchange).\n";
+         "--latency 1 answers at the pace of an instrument on a LAN (1 ms per exchange).\n"
+         "--announce announces the services by mDNS through the Avahi daemon (with --bind\n"
+         "0.0.0.0, so that the announced addresses reach it).\n";
 }
 
 CommandLine ParseCommandLine(const std::vector<std::string>& arguments) {
@@ -40,6 +43,10 @@ CommandLine ParseCommandLine(const std::vector<std::string>& arguments) {
     const std::string& name = arguments[i];
     if (name == "--help" || name == "-h") {
       result.help = true;
+      continue;
+    }
+    if (name == "--announce") {
+      result.announce = true;
       continue;
     }
     if (i + 1 >= arguments.size()) {

@@ -12,6 +12,7 @@ namespace quarvelo::sim {
 struct CommandLine {
   SimulatorOptions options;
   bool help = false;
+  bool announce = false;  // --announce: mDNS/DNS-SD through the Avahi daemon
   std::string error;  // non-empty when the arguments are not understood
 };
 

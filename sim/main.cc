@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "sim/command_line.h"
+#include "sim/server/mdns_announcer.h"
 #include "sim/simulator.h"
 
 int main(int argc, char** argv) {
@@ -55,6 +56,17 @@ int main(int argc, char** argv) {
                                                   : "no options");
   std::printf("signals %s, latency %g ms per exchange\n", options.signal_preset.c_str(),
               options.latency_ms);
+  quarvelo::sim::MdnsAnnouncer announcer;
+  if (command_line.announce) {
+    std::string why;
+    const quarvelo::sim::AnnouncedPorts ports{simulator->portmapper_port(),
+                                              simulator->hislip_port(), simulator->socket_port()};
+    if (announcer.Start("QUARVELO simulated oscilloscope", ports, &why)) {
+      std::printf("announced by mDNS\n");
+    } else {
+      std::printf("mDNS announcement not made (%s)\n", why.c_str());
+    }
+  }
   std::fflush(stdout);
   int received = 0;
   sigwait(&stop_signals, &received);

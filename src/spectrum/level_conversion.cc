@@ -29,11 +29,14 @@ inline double LogOfPositive(double x) {
   const bool subnormal = x < kSmallest;
   const double scaled = subnormal ? x * 0x1p54 : x;
   const auto bits = std::bit_cast<std::uint64_t>(scaled);
-  auto exponent = static_cast<std::int64_t>(bits >> 52) - 1023 - (subnormal ? 54 : 0);
+  // The exponent field as a double without an integer conversion, which has no vector form
+  // before AVX-512: the field in the low bits of 2^52, minus 2^52.
+  const double field = std::bit_cast<double>((bits >> 52) | 0x4330000000000000ull) - 0x1p52;
+  double exponent = field - (subnormal ? 1023 + 54 : 1023);
   double m = std::bit_cast<double>((bits & 0x000FFFFFFFFFFFFFull) | 0x3FF0000000000000ull);
   const bool high = m > std::numbers::sqrt2;
   m = high ? m * 0.5 : m;
-  exponent += high ? 1 : 0;
+  exponent = high ? exponent + 1 : exponent;
   const double s = (m - 1) / (m + 1);
   const double s2 = s * s;
   double series = 1.0 / 21;
@@ -47,8 +50,7 @@ inline double LogOfPositive(double x) {
   series = 1.0 / 5 + s2 * series;
   series = 1.0 / 3 + s2 * series;
   const double log_m = 2 * s + 2 * s * (s2 * series);
-  const auto e = static_cast<double>(exponent);
-  return e * kLn2High + (log_m + e * kLn2Low);
+  return exponent * kLn2High + (log_m + exponent * kLn2Low);
 }
 
 inline double Log10(double x) { return LogOfPositive(x) * (1 / std::numbers::ln10); }

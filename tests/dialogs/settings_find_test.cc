@@ -6,6 +6,8 @@
 #include <QListWidget>
 #include <QPushButton>
 #include <QTimer>
+#include <memory>
+#include <utility>
 
 #include "dialogs/frmSettings.h"
 #include "platform/settings/memory_settings_store.h"
@@ -24,6 +26,18 @@ std::unique_ptr<sim::Simulator> StartSimulator(const std::string& address, int p
   return sim::Simulator::Start(options, &error);
 }
 
+// Two simulators on 127.0.0.1 and 127.0.0.2 with their portmappers on one port (picked free on
+// the first address; tried again if another program holds it on the second).
+std::pair<std::unique_ptr<sim::Simulator>, std::unique_ptr<sim::Simulator>> StartTwo() {
+  for (int attempt = 0; attempt < 5; ++attempt) {
+    auto first = StartSimulator("127.0.0.1", 0);
+    if (first == nullptr) continue;
+    auto second = StartSimulator("127.0.0.2", first->portmapper_port());
+    if (second != nullptr) return {std::move(first), std::move(second)};
+  }
+  return {};
+}
+
 class SettingsFindTest : public testing::Test {
  protected:
   settings::MemorySettingsStore store_;
@@ -39,11 +53,9 @@ class SettingsFindTest : public testing::Test {
 };
 
 TEST_F(SettingsFindTest, ListsBothSimulatorsAndPickingOneFillsTheAddress) {
-  auto first = StartSimulator("127.0.0.1", 0);
-  ASSERT_NE(first, nullptr);
-  const std::uint16_t port = first->portmapper_port();
-  auto second = StartSimulator("127.0.0.2", port);
+  auto [first, second] = StartTwo();
   ASSERT_NE(second, nullptr);
+  const std::uint16_t port = first->portmapper_port();
   discovery::SearchOptions options;
   options.portmapper_port = port;
   options.lan_addresses = {"127.0.0.1", "127.0.0.2"};

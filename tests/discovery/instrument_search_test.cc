@@ -1,11 +1,15 @@
 #include "platform/discovery/instrument_search.h"
 
 #include <gtest/gtest.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
 
 #include <chrono>
 #include <memory>
 #include <utility>
 
+#include "sim/server/portmapper_server.h"
 #include "sim/simulator.h"
 
 namespace quarvelo::discovery {
@@ -147,6 +151,51 @@ TEST(InstrumentSearchTest, CancelledOrUnreachableSearchesEndWithinTheirLimit) {
     EXPECT_TRUE(search.found().empty()) << cancel;
     EXPECT_LT(elapsed, std::chrono::milliseconds(1500)) << cancel;
   }
+}
+
+// A host whose portmapper answers the UDP call but whose TCP side never replies: it is listed
+// without identity, and asking it costs its time-out, not more.
+TEST(InstrumentSearchTest, SilentInstrumentIsListedUnidentifiedWithinItsTimeOut) {
+  const int udp = socket(AF_INET, SOCK_DGRAM | SOCK_NONBLOCK, 0);
+  const int tcp = socket(AF_INET, SOCK_STREAM, 0);
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  socklen_t size = sizeof address;
+  ASSERT_EQ(bind(udp, reinterpret_cast<sockaddr*>(&address), size), 0);
+  getsockname(udp, reinterpret_cast<sockaddr*>(&address), &size);
+  // The same port over TCP accepts connections (backlog) and never reads them.
+  ASSERT_EQ(bind(tcp, reinterpret_cast<sockaddr*>(&address), size), 0);
+  ASSERT_EQ(listen(tcp, 4), 0);
+  const std::uint16_t port = ntohs(address.sin_port);
+
+  SearchOptions options;
+  options.portmapper_port = port;
+  options.lan_addresses = {"127.0.0.1"};
+  options.answer_window_ms = 100;
+  options.idn_timeout_ms = 300;
+  const auto start = std::chrono::steady_clock::now();
+  InstrumentSearch search(options, nullptr);
+  while (search.Step(20)) {
+    std::byte call[512];
+    sockaddr_in from{};
+    socklen_t from_size = sizeof from;
+    const ssize_t count =
+        recvfrom(udp, call, sizeof call, 0, reinterpret_cast<sockaddr*>(&from), &from_size);
+    visa::xdr::Writer reply;
+    if (count > 0 &&
+        sim::AnswerPortmapperCall(std::span(call, static_cast<std::size_t>(count)), 9999, &reply)) {
+      sendto(udp, reply.bytes().data(), reply.bytes().size(), 0, reinterpret_cast<sockaddr*>(&from),
+             from_size);
+    }
+  }
+  const auto elapsed = std::chrono::steady_clock::now() - start;
+  close(udp);
+  close(tcp);
+  const std::vector<FoundInstrument> expected = {
+      {"TCPIP0::127.0.0.1:" + std::to_string(port) + "::inst0::INSTR", "no answer to *IDN?"}};
+  EXPECT_EQ(search.found(), expected);
+  EXPECT_LT(elapsed, std::chrono::milliseconds(1500));
 }
 
 }  // namespace

@@ -97,18 +97,24 @@ bool InstrumentSearch::Step(int wait_ms) {
 std::string InstrumentSearch::AskIdentity(const std::string& resource, int timeout_ms) {
   const std::string no_answer = "no answer to *IDN?";
   if (resource_manager_ == 0) return no_answer;
+  // One time-out for the whole exchange: each step gets what the steps before it left.
+  const Clock::time_point until = Clock::now() + std::chrono::milliseconds(timeout_ms);
+  const auto left = [until] {
+    const auto ms = std::chrono::duration_cast<std::chrono::milliseconds>(until - Clock::now());
+    return static_cast<ViUInt32>(std::max<long long>(1, ms.count()));
+  };
   ViSession session = VI_NULL;
-  if (viOpen(resource_manager_, resource.c_str(), VI_NULL, static_cast<ViUInt32>(timeout_ms),
-             &session) < VI_SUCCESS) {
+  if (viOpen(resource_manager_, resource.c_str(), VI_NULL, left(), &session) < VI_SUCCESS) {
     return no_answer;
   }
   std::string identity = no_answer;
-  viSetAttribute(session, VI_ATTR_TMO_VALUE, static_cast<ViAttrState>(timeout_ms));
   static constexpr char kQuery[] = "*IDN?\n";
   ViUInt32 count = 0;
   std::array<unsigned char, 256> reply{};
-  if (viWrite(session, reinterpret_cast<ViConstBuf>(kQuery), sizeof kQuery - 1, &count) >=
+  if (viSetAttribute(session, VI_ATTR_TMO_VALUE, left()) >= VI_SUCCESS &&
+      viWrite(session, reinterpret_cast<ViConstBuf>(kQuery), sizeof kQuery - 1, &count) >=
           VI_SUCCESS &&
+      viSetAttribute(session, VI_ATTR_TMO_VALUE, left()) >= VI_SUCCESS &&
       viRead(session, reply.data(), reply.size(), &count) >= VI_SUCCESS) {
     identity.assign(reinterpret_cast<const char*>(reply.data()), count);
     while (!identity.empty() && (identity.back() == '\n' || identity.back() == '\r')) {

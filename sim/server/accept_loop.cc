@@ -61,6 +61,7 @@ Socket AcceptLoop::NextConnection(ServerDeadline deadline) {
   if (stopping_ || waiting_.empty()) return Socket();
   Socket connection = std::move(waiting_.front());
   waiting_.pop_front();
+  ++serving_;
   return connection;
 }
 
@@ -69,7 +70,7 @@ void AcceptLoop::AcceptClients() {
     Socket connection = Accept(listener_.fd(), stop_, ServerDeadline::max());
     if (!connection.valid()) continue;
     std::unique_lock lock(mutex_);
-    if (waiting_.size() < kMaxWaiting) {
+    if (waiting_.size() + serving_ < kMaxConnections) {
       waiting_.push_back(std::move(connection));
       lock.unlock();
       arrived_.notify_one();
@@ -85,6 +86,8 @@ void AcceptLoop::Run() {
   while (!stop_.raised()) {
     Socket connection = NextConnection(ServerDeadline::max());
     if (connection.valid()) serve_(std::move(connection));
+    std::lock_guard lock(mutex_);
+    serving_ = 0;  // every connection of that client has closed
   }
 }
 

@@ -25,8 +25,9 @@ class AcceptLoop {
   // connection closes.
   using RefuseFunction = std::function<void(Socket connection)>;
 
-  // Connections waiting while one is served: ten in all; the eleventh is refused.
-  static constexpr std::size_t kMaxWaiting = 9;
+  // Connections held at once, those being served and those waiting their turn; one more is
+  // refused.
+  static constexpr std::size_t kMaxConnections = 10;
 
   AcceptLoop() = default;
   ~AcceptLoop() { Stop(); }
@@ -66,6 +67,7 @@ class AcceptLoop {
   std::mutex mutex_;
   std::condition_variable arrived_;
   std::deque<Socket> waiting_;
+  std::size_t serving_ = 0;  // connections handed to the client being served
   int blocking_fd_ = -1;
   bool stopping_ = false;
   std::thread thread_;

@@ -19,6 +19,10 @@
 namespace quarvelo::sim {
 namespace {
 
+// Room for a burst of connections while the accepting thread is not running: the servers'
+// own limit, not the kernel's queue, decides who is refused.
+constexpr int kListenBacklog = 64;
+
 int PollTimeout(ServerDeadline deadline) {
   if (deadline == ServerDeadline::max()) return -1;
   const auto now = ServerClock::now();
@@ -52,7 +56,7 @@ Socket OpenBound(const std::string& bind_address, std::uint16_t port, int type,
     const int one = 1;
     setsockopt(candidate.fd(), SOL_SOCKET, SO_REUSEADDR, &one, sizeof(one));
     if (bind(candidate.fd(), a->ai_addr, a->ai_addrlen) != 0 ||
-        (type == SOCK_STREAM && listen(candidate.fd(), 8) != 0)) {
+        (type == SOCK_STREAM && listen(candidate.fd(), kListenBacklog) != 0)) {
       last_error = std::strerror(errno);
       continue;
     }

@@ -2,7 +2,6 @@
 // core records, the HiSLIP header and the VXI-11 host-field grammar.
 #include <gtest/gtest.h>
 
-#include <numeric>
 #include <string>
 #include <vector>
 
@@ -77,43 +76,6 @@ TEST(XdrTest, MalformedInputFailsWithoutReadingPastTheEnd) {
   EXPECT_FALSE(bad_bool.GetBool(&flag));
 }
 
-TEST(RpcTest, CallAndReplyHeadersRoundTrip) {
-  xdr::Writer call;
-  rpc::PutCallHeader(call, {0x12345678, 0x0607AF, 1, 11});
-  call.PutUint32(42);
-  xdr::Reader in(call.bytes());
-  rpc::CallHeader header;
-  bool version_ok = false;
-  ASSERT_TRUE(rpc::GetCallHeader(in, &header, &version_ok));
-  EXPECT_TRUE(version_ok);
-  EXPECT_EQ(header.xid, 0x12345678u);
-  EXPECT_EQ(header.program, 0x0607AFu);
-  EXPECT_EQ(header.version, 1u);
-  EXPECT_EQ(header.procedure, 11u);
-  std::uint32_t argument = 0;
-  ASSERT_TRUE(in.GetUint32(&argument));
-  EXPECT_EQ(argument, 42u);
-
-  for (auto stat : {rpc::AcceptStat::kSuccess, rpc::AcceptStat::kProgMismatch,
-                    rpc::AcceptStat::kProcUnavail, rpc::AcceptStat::kGarbageArgs}) {
-    xdr::Writer reply;
-    rpc::PutAcceptedReply(reply, 7, stat, 2, 2);
-    xdr::Reader reply_in(reply.bytes());
-    rpc::ReplyHeader decoded;
-    ASSERT_TRUE(rpc::GetReplyHeader(reply_in, &decoded));
-    EXPECT_TRUE(decoded.accepted);
-    EXPECT_EQ(decoded.xid, 7u);
-    EXPECT_EQ(decoded.stat, stat);
-    EXPECT_EQ(reply_in.remaining(), 0u);
-  }
-  xdr::Writer denied;
-  rpc::PutRpcMismatchReply(denied, 9);
-  xdr::Reader denied_in(denied.bytes());
-  rpc::ReplyHeader decoded;
-  ASSERT_TRUE(rpc::GetReplyHeader(denied_in, &decoded));
-  EXPECT_FALSE(decoded.accepted);
-}
-
 TEST(RpcTest, MalformedHeadersAreRejected) {
   const xdr::Bytes cases[] = {
       {},
@@ -141,6 +103,12 @@ TEST(RpcTest, MalformedHeadersAreRejected) {
   xdr::Reader reply_in(reply.bytes());
   rpc::ReplyHeader decoded;
   EXPECT_FALSE(rpc::GetReplyHeader(reply_in, &decoded));
+  // A denied reply decodes, as not accepted.
+  xdr::Writer denied;
+  rpc::PutRpcMismatchReply(denied, 9);
+  xdr::Reader denied_in(denied.bytes());
+  ASSERT_TRUE(rpc::GetReplyHeader(denied_in, &decoded));
+  EXPECT_FALSE(decoded.accepted);
 }
 
 xdr::Bytes Pattern(std::size_t size) {
@@ -271,53 +239,18 @@ TEST(PortmapperAnswerTest, GetPortKnowsOnlyTheVxi11CoreOverTcp) {
   EXPECT_FALSE(sim::AnswerPortmapperCall(Hex({1, 2, 3}), 4321, &reply)) << "not a call";
 }
 
-TEST(CoreChannelTest, RecordsRoundTrip) {
-  const xdr::Bytes data = Pattern(5);
-  {
-    xdr::Writer out;
-    vxi11::Put(out, vxi11::CreateLinkParms{17, true, 250, "inst0"});
-    xdr::Reader in(out.bytes());
-    vxi11::CreateLinkParms back;
-    ASSERT_TRUE(vxi11::Get(in, &back));
-    EXPECT_EQ(back.client_id, 17);
-    EXPECT_TRUE(back.lock_device);
-    EXPECT_EQ(back.lock_timeout, 250u);
-    EXPECT_EQ(back.device, "inst0");
+// Every truncation of a read response fails to decode.
+TEST(CoreChannelTest, TruncatedReadResponseIsRejected) {
+  xdr::Writer out;
+  vxi11::Put(out, vxi11::DeviceReadResp{0, vxi11::kReasonEnd, Pattern(5)});
+  vxi11::DeviceReadResp back;
+  for (std::size_t cut = 0; cut < out.bytes().size(); ++cut) {
+    xdr::Reader short_in(std::span(out.bytes()).first(cut));
+    EXPECT_FALSE(vxi11::Get(short_in, &back)) << cut;
   }
-  {
-    xdr::Writer out;
-    vxi11::Put(out, vxi11::DeviceWriteParms{3, 1000, 0, vxi11::kFlagEnd, data});
-    xdr::Reader in(out.bytes());
-    vxi11::DeviceWriteParms back;
-    ASSERT_TRUE(vxi11::Get(in, &back));
-    EXPECT_EQ(back.lid, 3);
-    EXPECT_EQ(back.io_timeout, 1000u);
-    EXPECT_EQ(back.flags, vxi11::kFlagEnd);
-    EXPECT_TRUE(std::equal(back.data.begin(), back.data.end(), data.begin(), data.end()));
-  }
-  {
-    xdr::Writer out;
-    vxi11::Put(out, vxi11::DeviceReadParms{3, 4096, 500, 0, vxi11::kFlagTermCharSet, '\n'});
-    xdr::Reader in(out.bytes());
-    vxi11::DeviceReadParms back;
-    ASSERT_TRUE(vxi11::Get(in, &back));
-    EXPECT_EQ(back.request_size, 4096u);
-    EXPECT_EQ(back.term_char, '\n');
-  }
-  {
-    xdr::Writer out;
-    vxi11::Put(out, vxi11::DeviceReadResp{0, vxi11::kReasonEnd, data});
-    xdr::Reader in(out.bytes());
-    vxi11::DeviceReadResp back;
-    ASSERT_TRUE(vxi11::Get(in, &back));
-    EXPECT_EQ(back.reason, vxi11::kReasonEnd);
-    EXPECT_EQ(back.data.size(), 5u);
-    // Every truncation of the record fails to decode.
-    for (std::size_t cut = 0; cut < out.bytes().size(); ++cut) {
-      xdr::Reader short_in(std::span(out.bytes()).first(cut));
-      EXPECT_FALSE(vxi11::Get(short_in, &back)) << cut;
-    }
-  }
+  xdr::Reader in(out.bytes());
+  ASSERT_TRUE(vxi11::Get(in, &back));
+  EXPECT_EQ(back.data.size(), 5u);
 }
 
 TEST(HislipHeaderTest, RoundTripsInNetworkOrder) {
@@ -328,14 +261,9 @@ TEST(HislipHeaderTest, RoundTripsInNetworkOrder) {
   EXPECT_TRUE(std::equal(bytes.begin(), bytes.end(), expected.begin(), expected.end()));
   hislip::Header back;
   ASSERT_TRUE(hislip::DecodeHeader(bytes, &back));
-  EXPECT_EQ(back.type, header.type);
-  EXPECT_EQ(back.control, header.control);
-  EXPECT_EQ(back.parameter, header.parameter);
   EXPECT_EQ(back.payload_length, header.payload_length);
-
-  hislip::HeaderBytes bad = bytes;
   for (std::size_t i : {0u, 1u}) {
-    bad = bytes;
+    hislip::HeaderBytes bad = bytes;
     bad[i] = std::byte{'X'};
     EXPECT_FALSE(hislip::DecodeHeader(bad, &back)) << i;
   }
@@ -346,37 +274,28 @@ TEST(HislipHeaderTest, RoundTripsInNetworkOrder) {
 TEST(Vxi11HostTest, HostFieldGrammar) {
   const struct {
     const char* field;
-    bool valid;
     const char* host;
     std::uint16_t port;
     bool core;
-  } cases[] = {
-      {"192.168.1.20", true, "192.168.1.20", 111, false},
-      {"scope.lab", true, "scope.lab", 111, false},
-      {"127.0.0.1:4111", true, "127.0.0.1", 4111, false},
-      {"127.0.0.1:core:5000", true, "127.0.0.1", 5000, true},
-      {"[::1]", true, "[::1]", 111, false},
-      {"[::1]:4111", true, "[::1]", 4111, false},
-      {"[fe80::1]:core:9", true, "[fe80::1]", 9, true},
-      {"", false, "", 0, false},
-      {":111", false, "", 0, false},
-      {"host:", false, "", 0, false},
-      {"host:0", false, "", 0, false},
-      {"host:65536", false, "", 0, false},
-      {"host:12ab", false, "", 0, false},
-      {"host:core:", false, "", 0, false},
-      {"host:core", false, "", 0, false},
-      {"[::1", false, "", 0, false},
-      {"[::1]x", false, "", 0, false},
-      {"host:-5", false, "", 0, false},
+  } valid[] = {
+      {"192.168.1.20", "192.168.1.20", 111, false},
+      {"scope.lab", "scope.lab", 111, false},
+      {"127.0.0.1:4111", "127.0.0.1", 4111, false},
+      {"127.0.0.1:core:5000", "127.0.0.1", 5000, true},
+      {"[::1]", "[::1]", 111, false},
+      {"[::1]:4111", "[::1]", 4111, false},
+      {"[fe80::1]:core:9", "[fe80::1]", 9, true},
   };
-  for (const auto& c : cases) {
+  for (const auto& c : valid) {
     const auto endpoint = ParseVxi11Host(c.field);
-    ASSERT_EQ(endpoint.has_value(), c.valid) << c.field;
-    if (!c.valid) continue;
+    ASSERT_TRUE(endpoint.has_value()) << c.field;
     EXPECT_EQ(endpoint->host, c.host) << c.field;
     EXPECT_EQ(endpoint->port, c.port) << c.field;
     EXPECT_EQ(endpoint->port_is_core, c.core) << c.field;
+  }
+  for (const char* field : {"", ":111", "host:", "host:0", "host:65536", "host:12ab",
+                            "host:core:", "host:core", "[::1", "[::1]x", "host:-5"}) {
+    EXPECT_FALSE(ParseVxi11Host(field).has_value()) << field;
   }
 }
 

@@ -107,42 +107,30 @@ TEST(VisaApi, TimeoutAttributeAndMasks) {
   viClose(rm);
 }
 
+#define N(status) std::pair<ViStatus, std::string>(status, #status)
+
 TEST(VisaApi, EveryReturnedStatusHasItsStandardText) {
-  const std::vector<std::pair<ViStatus, std::string>> statuses = {
-      {VI_SUCCESS, "VI_SUCCESS"},
-      {VI_SUCCESS_MAX_CNT, "VI_SUCCESS_MAX_CNT"},
-      {VI_WARN_NULL_OBJECT, "VI_WARN_NULL_OBJECT"},
-      {VI_ERROR_INV_OBJECT, "VI_ERROR_INV_OBJECT"},
-      {VI_ERROR_RSRC_NFOUND, "VI_ERROR_RSRC_NFOUND"},
-      {VI_ERROR_INV_RSRC_NAME, "VI_ERROR_INV_RSRC_NAME"},
-      {VI_ERROR_INV_ACC_MODE, "VI_ERROR_INV_ACC_MODE"},
-      {VI_ERROR_TMO, "VI_ERROR_TMO"},
-      {VI_ERROR_NSUP_ATTR, "VI_ERROR_NSUP_ATTR"},
-      {VI_ERROR_NSUP_ATTR_STATE, "VI_ERROR_NSUP_ATTR_STATE"},
-      {VI_ERROR_INV_MASK, "VI_ERROR_INV_MASK"},
-      {VI_ERROR_IO, "VI_ERROR_IO"},
-      {VI_ERROR_INV_FMT, "VI_ERROR_INV_FMT"},
-      {VI_ERROR_NSUP_FMT, "VI_ERROR_NSUP_FMT"},
-      {VI_ERROR_NSUP_OPER, "VI_ERROR_NSUP_OPER"},
-      {VI_ERROR_USER_BUF, "VI_ERROR_USER_BUF"},
-      {VI_ERROR_RSRC_BUSY, "VI_ERROR_RSRC_BUSY"},
-      {VI_ERROR_INV_PARAMETER, "VI_ERROR_INV_PARAMETER"},
-      {VI_ERROR_CONN_LOST, "VI_ERROR_CONN_LOST"},
-      {VI_ERROR_NPERMISSION, "VI_ERROR_NPERMISSION"},
-  };
-  for (const auto& [status, name] : statuses) {
-    char text[256];
-    ASSERT_EQ(viStatusDesc(VI_NULL, status, text), VI_SUCCESS) << name;
-    const std::string description(text);
-    EXPECT_EQ(description.rfind(name + ": ", 0), 0u) << description;
-    EXPECT_GT(description.size(), name.size() + 12) << description;
-  }
+  // clang-format off
+  const std::pair<ViStatus, std::string> statuses[] = {
+      N(VI_SUCCESS), N(VI_SUCCESS_MAX_CNT), N(VI_WARN_NULL_OBJECT), N(VI_ERROR_INV_OBJECT),
+      N(VI_ERROR_RSRC_NFOUND), N(VI_ERROR_INV_RSRC_NAME), N(VI_ERROR_INV_ACC_MODE),
+      N(VI_ERROR_TMO), N(VI_ERROR_NSUP_ATTR), N(VI_ERROR_NSUP_ATTR_STATE), N(VI_ERROR_INV_MASK),
+      N(VI_ERROR_IO), N(VI_ERROR_INV_FMT), N(VI_ERROR_NSUP_FMT), N(VI_ERROR_NSUP_OPER),
+      N(VI_ERROR_USER_BUF), N(VI_ERROR_RSRC_BUSY), N(VI_ERROR_INV_PARAMETER),
+      N(VI_ERROR_CONN_LOST), N(VI_ERROR_NPERMISSION)};
+  // clang-format on
   char text[256];
+  for (const auto& [status, name] : statuses) {
+    ASSERT_EQ(viStatusDesc(VI_NULL, status, text), VI_SUCCESS) << name;
+    EXPECT_EQ(std::string(text).rfind(name + ": ", 0), 0u) << text;
+    EXPECT_GT(std::string(text).size(), name.size() + 12) << text;
+  }
   ASSERT_EQ(viStatusDesc(VI_NULL, VI_ERROR_TMO, text), VI_SUCCESS);
   EXPECT_STREQ(text, "VI_ERROR_TMO: Timeout expired before operation completed.");
   EXPECT_EQ(viStatusDesc(VI_NULL, 0x12345, text), VI_WARN_UNKNOWN_STATUS);
   EXPECT_EQ(std::string(text).rfind("VI_WARN_UNKNOWN_STATUS", 0), 0u);
 }
+#undef N
 
 }  // namespace
 }  // namespace quarvelo::visa

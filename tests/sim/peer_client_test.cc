@@ -1,13 +1,16 @@
 // Clients written by others talk to the real quarvelo-scope-sim program: pyvisa-py over SOCKET
 // and VXI-11, lxi over raw TCP and VXI-11. Each identifies, sets and reads back a channel
-// scale, and reads a waveform block of its announced length.
+// scale, reads a waveform block of its announced length, and reads the replies client code for
+// these instruments relies on.
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
+#include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <map>
 #include <sstream>
 #include <string>
@@ -41,8 +44,7 @@ class SimulatorProcess {
     // The first line names the ports: "quarvelo-scope-sim ports: socket=N vxi11=N ...".
     if (output_ != nullptr && std::fgets(line, sizeof line, output_) != nullptr) {
       std::istringstream words(line);
-      std::string word;
-      while (words >> word) {
+      for (std::string word; words >> word;) {
         size_t equals = word.find('=');
         if (equals != std::string::npos) {
           ports_[word.substr(0, equals)] = std::stoi(word.substr(equals + 1));
@@ -78,8 +80,7 @@ CommandResult RunCommand(const std::string& command) {
   std::FILE* pipe = popen(command.c_str(), "r");
   if (pipe == nullptr) return result;
   std::array<char, 65536> buffer;
-  size_t n = 0;
-  while ((n = std::fread(buffer.data(), 1, buffer.size(), pipe)) > 0) {
+  for (size_t n; (n = std::fread(buffer.data(), 1, buffer.size(), pipe)) > 0;) {
     result.output.append(buffer.data(), n);
   }
   result.status = pclose(pipe);
@@ -89,201 +90,184 @@ CommandResult RunCommand(const std::string& command) {
 std::vector<std::string> Lines(const std::string& text) {
   std::vector<std::string> lines;
   std::istringstream stream(text);
-  std::string line;
-  while (std::getline(stream, line)) lines.push_back(line);
+  for (std::string line; std::getline(stream, line);) lines.push_back(line);
   return lines;
 }
 
-std::vector<std::string> SocketOnly() {
-  return {"--socket-port",     "0",  "--vxi11-port",  "-1",
-          "--portmapper-port", "-1", "--hislip-port", "-1"};
+std::string Quoted(const std::string& text) {
+  std::string quoted = "'";
+  for (char c : text) quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
+  return quoted + "'";
 }
 
+// "text*" matches by prefix, "~2.5" a number within 0.05, anything else exactly.
+bool Matches(const std::string& expected, const std::string& actual) {
+  if (expected.ends_with('*')) return actual.starts_with(expected.substr(0, expected.size() - 1));
+  if (expected.starts_with('~')) {
+    return std::abs(std::strtod(actual.c_str(), nullptr) - std::stod(expected.substr(1))) < 0.05;
+  }
+  return actual == expected;
+}
+
+enum class Transport { kSocket, kVxi11, kVxi11OnPort111 };
+
+std::vector<std::string> Arguments(Transport transport, std::vector<std::string> extra) {
+  std::vector<std::string> arguments = {"--socket-port",     "0",  "--vxi11-port",  "-1",
+                                        "--portmapper-port", "-1", "--hislip-port", "-1"};
+  if (transport != Transport::kSocket) {
+    arguments[1] = "-1";
+    arguments[3] = "0";
+    arguments[5] = transport == Transport::kVxi11 ? "0" : "111";
+  }
+  arguments.insert(arguments.end(), extra.begin(), extra.end());
+  return arguments;
+}
+
+// A step is a message and what its reply must match; a message without a reply expects none.
+struct Step {
+  std::string message, reply;
+};
+
+struct PeerCase {
+  const char* name;
+  Transport transport;
+  std::vector<std::string> extra_arguments;
+  std::vector<Step> steps;
+};
+
+std::string CaseName(const testing::TestParamInfo<PeerCase>& info) { return info.param.name; }
+
 // The pyvisa-py client; the portmapper's port is patched in for VXI-11 because the library
-// otherwise asks port 111 only.
+// otherwise asks port 111 only. "b:" reads a binary block and prints its length.
 constexpr const char* kPyvisaScript = R"(
 import sys, pyvisa
 import pyvisa_py.protocols.rpc as rpc
 rpc.PMAP_PORT = int(sys.argv[2])
-rm = pyvisa.ResourceManager('@py')
-inst = rm.open_resource(sys.argv[1])
-inst.read_termination = '\n'
-inst.write_termination = '\n'
+inst = pyvisa.ResourceManager('@py').open_resource(sys.argv[1])
+inst.read_termination = inst.write_termination = '\n'
 inst.timeout = 5000
-print(inst.query('*IDN?'))
-inst.write(':CHANnel1:SCALe 200mV')
-print(inst.query(':CHANnel1:SCALe?'))
-inst.write(':CHANnel2:DISPlay 1;:WAVeform:SOURce CHANnel2;:WAVeform:POINts 1000')
-data = inst.query_binary_values(':WAVeform:DATA?', datatype='B', container=bytes)
-print(len(data))
-print(inst.query(':SYSTem:ERRor?'))
+for step in sys.argv[3:]:
+    kind, text = step[:2], step[2:]
+    if kind == 'w:': inst.write(text)
+    elif kind == 'b:': print(len(inst.query_binary_values(text, datatype='B', container=bytes)))
+    else: print(inst.query(text))
 inst.close()
 )";
 
-bool PyvisaAvailable() {
-  return RunCommand("/usr/bin/python3 -c 'import pyvisa, pyvisa_py' 2>/dev/null").status == 0;
+const std::vector<Step> kPyvisaSession = {
+    {"q:*IDN?", "KEYSIGHT TECHNOLOGIES,*"},
+    {"w::CHANnel1:SCALe 200mV", ""},
+    {"q::CHANnel1:SCALe?", "+2.00000E-01"},
+    {"w::CHANnel2:DISPlay 1;:WAVeform:SOURce CHANnel2;:WAVeform:POINts 1000", ""},
+    {"b::WAVeform:DATA?", "1000"},
+    {"q::SYSTem:ERRor?", "+0,\"No error\""}};
+
+// Over VXI-11 a query left unread when the next message arrives is discarded with -410.
+std::vector<Step> PyvisaVxi11Session() {
+  std::vector<Step> steps = kPyvisaSession;
+  steps.insert(steps.end(), {{"w:*IDN?", ""},
+                             {"w::CHANnel1:SCALe 0.5", ""},
+                             {"q::SYSTem:ERRor?", "-410,\"Query INTERRUPTED\""},
+                             {"q::SYSTem:ERRor?", "+0,\"No error\""}});
+  return steps;
 }
+const std::vector<Step> kPyvisaVxi11Session = PyvisaVxi11Session();
 
-void ExpectPyvisaSession(const std::string& resource, int portmapper_port) {
-  std::string command = "/usr/bin/python3 -c \"$QUARVELO_PEER_SCRIPT\" '" + resource + "' " +
-                        std::to_string(portmapper_port) + " 2>&1";
-  setenv("QUARVELO_PEER_SCRIPT", kPyvisaScript, 1);
-  CommandResult result = RunCommand(command);
-  ASSERT_EQ(result.status, 0) << result.output;
-  std::vector<std::string> lines = Lines(result.output);
-  ASSERT_EQ(lines.size(), 4u) << result.output;
-  EXPECT_EQ(lines[0].substr(0, 22), "KEYSIGHT TECHNOLOGIES,");
-  EXPECT_EQ(lines[1], "+2.00000E-01");
-  EXPECT_EQ(lines[2], "1000");
-  EXPECT_EQ(lines[3], "+0,\"No error\"");
-}
+class PyvisaTest : public testing::TestWithParam<PeerCase> {};
 
-TEST(PeerClientTest, PyvisaOverSocket) {
-  if (!PyvisaAvailable()) GTEST_SKIP() << "pyvisa-py is not installed";
-  SimulatorProcess simulator(SocketOnly());
-  ASSERT_NE(simulator.port("socket"), 0);
-  ExpectPyvisaSession("TCPIP0::127.0.0.1::" + std::to_string(simulator.port("socket")) + "::SOCKET",
-                      0);
-}
-
-TEST(PeerClientTest, PyvisaOverVxi11) {
-  if (!PyvisaAvailable()) GTEST_SKIP() << "pyvisa-py is not installed";
-  SimulatorProcess simulator({"--socket-port", "-1", "--vxi11-port", "0", "--portmapper-port", "0",
-                              "--hislip-port", "-1"});
-  ASSERT_NE(simulator.port("portmapper"), 0);
-  ExpectPyvisaSession("TCPIP0::127.0.0.1::inst0::INSTR", simulator.port("portmapper"));
-}
-
-// A query left unread when the next message arrives is discarded with -410.
-constexpr const char* kInterruptedScript = R"(
-import sys, pyvisa
-import pyvisa_py.protocols.rpc as rpc
-rpc.PMAP_PORT = int(sys.argv[2])
-rm = pyvisa.ResourceManager('@py')
-inst = rm.open_resource(sys.argv[1])
-inst.read_termination = '\n'
-inst.write_termination = '\n'
-inst.timeout = 5000
-inst.write('*CLS')
-inst.write('*IDN?')
-inst.write(':CHANnel1:SCALe 0.5')
-print(inst.query(':SYSTem:ERRor?'))
-print(inst.query(':SYSTem:ERRor?'))
-inst.close()
-)";
-
-TEST(PeerClientTest, PyvisaOverVxi11UnreadReplyIsInterrupted) {
-  if (!PyvisaAvailable()) GTEST_SKIP() << "pyvisa-py is not installed";
-  SimulatorProcess simulator({"--socket-port", "-1", "--vxi11-port", "0", "--portmapper-port", "0",
-                              "--hislip-port", "-1"});
-  ASSERT_NE(simulator.port("portmapper"), 0);
-  setenv("QUARVELO_PEER_SCRIPT", kInterruptedScript, 1);
-  CommandResult result =
-      RunCommand("/usr/bin/python3 -c \"$QUARVELO_PEER_SCRIPT\" TCPIP0::127.0.0.1::inst0::INSTR " +
-                 std::to_string(simulator.port("portmapper")) + " 2>&1");
-  ASSERT_EQ(result.status, 0) << result.output;
-  std::vector<std::string> lines = Lines(result.output);
-  ASSERT_EQ(lines.size(), 2u) << result.output;
-  EXPECT_EQ(lines[0], "-410,\"Query INTERRUPTED\"");
-  EXPECT_EQ(lines[1], "+0,\"No error\"");
-}
-
-bool LxiAvailable() { return RunCommand("command -v lxi >/dev/null").status == 0; }
-
-// `lxi scpi` against the given port, one command per call; raw selects TCP instead of VXI-11.
-void ExpectLxiSession(const std::string& port_option) {
-  std::string lxi = "lxi scpi -a 127.0.0.1 -t 5 " + port_option + " ";
-  CommandResult identity = RunCommand(lxi + "'*IDN?'");
-  ASSERT_EQ(identity.status, 0) << identity.output;
-  EXPECT_EQ(identity.output.substr(0, 22), "KEYSIGHT TECHNOLOGIES,");
-  ASSERT_EQ(RunCommand(lxi + "':CHANnel1:SCALe 50mV'").status, 0);
-  EXPECT_EQ(Lines(RunCommand(lxi + "':CHANnel1:SCALe?'").output).at(0), "+5.00000E-02");
-  ASSERT_EQ(RunCommand(lxi + "':CHANnel2:DISPlay 1;:WAVeform:SOURce CHANnel2'").status, 0);
-  CommandResult block = RunCommand(lxi + "':WAVeform:DATA?'");
-  ASSERT_EQ(block.status, 0);
-  ASSERT_GE(block.output.size(), 10u);
-  ASSERT_EQ(block.output.substr(0, 2), "#8");
-  size_t announced = std::stoul(block.output.substr(2, 8));
-  EXPECT_EQ(announced, 1000u);
-  EXPECT_GE(block.output.size(), 10 + announced);
-}
-
-TEST(PeerClientTest, LxiOverRawSocket) {
-  if (!LxiAvailable()) GTEST_SKIP() << "lxi-tools is not installed";
-  SimulatorProcess simulator(SocketOnly());
-  ASSERT_NE(simulator.port("socket"), 0);
-  ExpectLxiSession("-r -p " + std::to_string(simulator.port("socket")));
-}
-
-TEST(PeerClientTest, LxiOverVxi11) {
-  if (!LxiAvailable()) GTEST_SKIP() << "lxi-tools is not installed";
-  // lxi finds the VXI-11 core channel only through a portmapper on port 111; when that port
-  // is not ours to take (no privileges, or another test holds it), there is nothing to test.
-  SimulatorProcess simulator({"--socket-port", "-1", "--vxi11-port", "0", "--portmapper-port",
-                              "111", "--hislip-port", "-1"});
-  ASSERT_NE(simulator.port("vxi11"), 0);
-  if (simulator.port("portmapper") != 111) GTEST_SKIP() << "port 111 is not available";
-  ExpectLxiSession("");
-}
-
-}  // namespace
-}  // namespace quarvelo::sim
-
-namespace quarvelo::sim {
-namespace {
-
-// The replies added for fidelity with what client code for these instruments expects, read by
-// pyvisa-py from a 2000X with a settable identity and live default signals.
-constexpr const char* kFidelityScript = R"(
-import sys, pyvisa
-rm = pyvisa.ResourceManager('@py')
-inst = rm.open_resource(sys.argv[1])
-inst.read_termination = '\n'
-inst.write_termination = '\n'
-inst.timeout = 5000
-for query in ['*IDN?', '*OPT?', ':CHANnel1:PROBe:ID?', ':RUN;:AER?', ':MEASure:FREQuency?',
-              ':MEASure:VAMPlitude? CHANnel1', ':SYSTem:ERRor?']:
-    print(inst.query(query))
-inst.close()
-)";
-
-TEST(PeerClientTest, PyvisaReadsTheFidelityReplies) {
-  if (!PyvisaAvailable()) GTEST_SKIP() << "pyvisa-py is not installed";
-  std::vector<std::string> arguments = SocketOnly();
-  for (const char* argument : {"--model", "2000X", "--identity",
-                               "AGILENT TECHNOLOGIES,DSO-X 2024A,MY1,02.42.2017032900"}) {
-    arguments.push_back(argument);
+TEST_P(PyvisaTest, Session) {
+  if (RunCommand("/usr/bin/python3 -c 'import pyvisa, pyvisa_py' 2>/dev/null").status != 0) {
+    GTEST_SKIP() << "pyvisa-py is not installed";
   }
-  SimulatorProcess simulator(arguments);
-  ASSERT_NE(simulator.port("socket"), 0);
-  setenv("QUARVELO_PEER_SCRIPT", kFidelityScript, 1);
-  CommandResult result =
-      RunCommand("/usr/bin/python3 -c \"$QUARVELO_PEER_SCRIPT\" TCPIP0::127.0.0.1::" +
-                 std::to_string(simulator.port("socket")) + "::SOCKET 2>&1");
+  const PeerCase& c = GetParam();
+  SimulatorProcess simulator(Arguments(c.transport, c.extra_arguments));
+  bool socket = c.transport == Transport::kSocket;
+  ASSERT_NE(simulator.port(socket ? "socket" : "portmapper"), 0);
+  std::string command = "/usr/bin/python3 -c \"$QUARVELO_PEER_SCRIPT\" ";
+  command += socket ? "TCPIP0::127.0.0.1::" + std::to_string(simulator.port("socket")) + "::SOCKET"
+                    : "TCPIP0::127.0.0.1::inst0::INSTR";
+  command += " " + std::to_string(simulator.port("portmapper"));
+  std::vector<std::string> expected;
+  for (const Step& step : c.steps) {
+    command += " " + Quoted(step.message);
+    if (!step.message.starts_with("w:")) expected.push_back(step.reply);
+  }
+  setenv("QUARVELO_PEER_SCRIPT", kPyvisaScript, 1);
+  CommandResult result = RunCommand(command + " 2>&1");
   ASSERT_EQ(result.status, 0) << result.output;
   std::vector<std::string> lines = Lines(result.output);
-  ASSERT_EQ(lines.size(), 7u) << result.output;
-  EXPECT_EQ(lines[0], "AGILENT TECHNOLOGIES,DSO-X 2024A,MY1,02.42.2017032900");
-  EXPECT_EQ(lines[1], "DSOX2WAVEGEN,DSOX2DVM");
-  EXPECT_EQ(lines[2], "NONE");
-  EXPECT_EQ(lines[3], "+1");
-  EXPECT_EQ(lines[4], "+1.00000E+03");  // the probe-compensation square
-  EXPECT_NEAR(std::stod(lines[5]), 2.5, 0.05);
-  EXPECT_EQ(lines[6], "+0,\"No error\"");
+  ASSERT_EQ(lines.size(), expected.size()) << result.output;
+  for (size_t i = 0; i < lines.size(); ++i) EXPECT_TRUE(Matches(expected[i], lines[i])) << lines[i];
 }
 
-TEST(PeerClientTest, LxiReadsTheFidelityReplies) {
-  if (!LxiAvailable()) GTEST_SKIP() << "lxi-tools is not installed";
-  SimulatorProcess simulator(SocketOnly());
-  ASSERT_NE(simulator.port("socket"), 0);
-  std::string lxi =
-      "lxi scpi -a 127.0.0.1 -t 5 -r -p " + std::to_string(simulator.port("socket")) + " ";
-  EXPECT_EQ(Lines(RunCommand(lxi + "'*OPT?'").output).at(0), "DSOX3WAVEGEN,DSOX3DVM");
-  EXPECT_EQ(Lines(RunCommand(lxi + "':TER?'").output).at(0), "+1");
-  EXPECT_NEAR(std::stod(Lines(RunCommand(lxi + "':MEASure:VTOP? CHAN1'").output).at(0)), 2.5, 0.05);
-  EXPECT_EQ(Lines(RunCommand(lxi + "':WAVeform:POINts 50;:SYSTem:ERRor?'").output).at(0),
-            "-222,\"Data out of range\"");
+INSTANTIATE_TEST_SUITE_P(
+    Clients, PyvisaTest,
+    testing::Values(PeerCase{"Socket", Transport::kSocket, {}, kPyvisaSession},
+                    PeerCase{"Vxi11", Transport::kVxi11, {}, kPyvisaVxi11Session},
+                    // A 2000X with a settable identity and live default signals.
+                    PeerCase{"FidelityReplies",
+                             Transport::kSocket,
+                             {"--model", "2000X", "--identity",
+                              "AGILENT TECHNOLOGIES,DSO-X 2024A,MY1,02.42.2017032900"},
+                             {{"q:*IDN?", "AGILENT TECHNOLOGIES,DSO-X 2024A,MY1,02.42.2017032900"},
+                              {"q:*OPT?", "DSOX2WAVEGEN,DSOX2DVM"},
+                              {"q::CHANnel1:PROBe:ID?", "NONE"},
+                              {"q::RUN;:AER?", "+1"},
+                              {"q::MEASure:FREQuency?",
+                               "+1.00000E+03"},  // the probe-compensation square
+                              {"q::MEASure:VAMPlitude? CHANnel1", "~2.5"},
+                              {"q::SYSTem:ERRor?", "+0,\"No error\""}}}),
+    CaseName);
+
+// `lxi scpi`, one message per call; a block's whole announced length must arrive.
+class LxiTest : public testing::TestWithParam<PeerCase> {};
+
+TEST_P(LxiTest, Session) {
+  if (RunCommand("command -v lxi >/dev/null").status != 0) {
+    GTEST_SKIP() << "lxi-tools is not installed";
+  }
+  const PeerCase& c = GetParam();
+  SimulatorProcess simulator(Arguments(c.transport, c.extra_arguments));
+  std::string lxi = "lxi scpi -a 127.0.0.1 -t 5 ";
+  if (c.transport == Transport::kSocket) {
+    ASSERT_NE(simulator.port("socket"), 0);
+    lxi += "-r -p " + std::to_string(simulator.port("socket")) + " ";
+  } else {
+    // lxi finds the VXI-11 core channel only through a portmapper on port 111; when that port
+    // is not ours to take (no privileges, or another test holds it), there is nothing to test.
+    ASSERT_NE(simulator.port("vxi11"), 0);
+    if (simulator.port("portmapper") != 111) GTEST_SKIP() << "port 111 is not available";
+  }
+  for (const Step& step : c.steps) {
+    CommandResult result = RunCommand(lxi + Quoted(step.message));
+    ASSERT_EQ(result.status, 0) << step.message << ": " << result.output;
+    if (step.reply.empty()) continue;
+    std::vector<std::string> lines = Lines(result.output);
+    ASSERT_FALSE(lines.empty()) << step.message;
+    EXPECT_TRUE(Matches(step.reply, lines[0])) << step.message << ": " << lines[0];
+    if (step.reply.starts_with("#8")) {
+      EXPECT_GE(result.output.size(), 10 + std::stoul(result.output.substr(2, 8)));
+    }
+  }
 }
+
+// The fidelity replies first: reading the trigger event register clears it.
+const std::vector<Step> kLxiSession = {
+    {"*OPT?", "DSOX3WAVEGEN,DSOX3DVM"},
+    {":TER?", "+1"},
+    {":MEASure:VTOP? CHAN1", "~2.5"},
+    {":WAVeform:POINts 50;:SYSTem:ERRor?", "-222,\"Data out of range\""},
+    {"*IDN?", "KEYSIGHT TECHNOLOGIES,*"},
+    {":CHANnel1:SCALe 50mV", ""},
+    {":CHANnel1:SCALe?", "+5.00000E-02"},
+    {":CHANnel2:DISPlay 1;:WAVeform:SOURce CHANnel2", ""},
+    {":WAVeform:DATA?", "#800001000*"}};
+
+INSTANTIATE_TEST_SUITE_P(Clients, LxiTest,
+                         testing::Values(PeerCase{"RawSocket", Transport::kSocket, {}, kLxiSession},
+                                         PeerCase{
+                                             "Vxi11", Transport::kVxi11OnPort111, {}, kLxiSession}),
+                         CaseName);
 
 }  // namespace
 }  // namespace quarvelo::sim

@@ -1,6 +1,9 @@
-// Acquisition figures, the waveform transfer and what the channel path does to a signal.
+// Acquisition figures, the waveform transfer, what the channel path does to a signal and the
+// signals a new simulator's inputs carry.
+#include <fftw3.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <sstream>
 #include <string>
@@ -13,7 +16,7 @@
 namespace quarvelo::sim {
 namespace {
 
-// These tests compare samples with the noiseless signal: the inputs start silent.
+// Most tests compare samples with the noiseless signal: the inputs start silent.
 InstrumentConfig Silent() {
   InstrumentConfig config;
   config.signal_preset = SignalPreset::kFlat;
@@ -28,8 +31,7 @@ struct Preamble {
 Preamble ParsePreamble(const std::string& text) {
   std::vector<double> values;
   std::stringstream stream(text);
-  std::string field;
-  while (std::getline(stream, field, ',')) values.push_back(std::stod(field));
+  for (std::string field; std::getline(stream, field, ',');) values.push_back(std::stod(field));
   EXPECT_EQ(values.size(), 10u) << text;
   values.resize(10);
   return Preamble{values[0], values[1], values[2], values[3], values[4],
@@ -38,11 +40,32 @@ Preamble ParsePreamble(const std::string& text) {
 
 // The data bytes of a "#8nnnnnnnn..." block, checking the announced length.
 std::string BlockData(const std::string& reply) {
-  EXPECT_GE(reply.size(), 10u);
   EXPECT_EQ(reply.substr(0, 2), "#8");
-  size_t length = std::stoul(reply.substr(2, 8));
-  EXPECT_EQ(reply.size(), 10 + length);
+  EXPECT_EQ(reply.size(), 10 + std::stoul(reply.substr(2, 8)));
   return reply.substr(10);
+}
+
+unsigned Code(const std::string& codes, size_t i) { return static_cast<unsigned char>(codes[i]); }
+
+// One BYTE transfer: its preamble, its codes and the volts they stand for.
+struct Record {
+  Preamble preamble;
+  std::string codes;
+  double Volts(size_t i) const {
+    return (Code(codes, i) - preamble.y_reference) * preamble.y_increment + preamble.y_origin;
+  }
+};
+
+Record Transfer(Instrument& instrument) {
+  return {ParsePreamble(instrument.Execute(":WAVeform:PREamble?")),
+          BlockData(instrument.Execute(":WAVeform:DATA?"))};
+}
+
+double MeanVolts(Instrument& instrument) {
+  Record record = Transfer(instrument);
+  double sum = 0;
+  for (size_t i = 0; i < record.codes.size(); ++i) sum += record.Volts(i);
+  return sum / record.codes.size();
 }
 
 struct GeometryCase {
@@ -101,48 +124,39 @@ class WaveformTest : public testing::Test {
 };
 
 TEST_F(WaveformTest, VoltsFromCodesAndPreambleReproduceTheSignalWithinOneCode) {
-  Preamble preamble = ParsePreamble(instrument_.Execute(":WAVeform:PREamble?"));
-  std::string data = BlockData(instrument_.Execute(":WAVeform:DATA?"));
-  ASSERT_EQ(data.size(), static_cast<size_t>(preamble.points));
+  Record record = Transfer(instrument_);
+  const Preamble& preamble = record.preamble;
+  ASSERT_EQ(record.codes.size(), static_cast<size_t>(preamble.points));
   EXPECT_EQ(preamble.format, 0);
   EXPECT_EQ(preamble.y_reference, 128);
   EXPECT_NEAR(preamble.y_origin, 0.1, 1e-12);
   EXPECT_NEAR(preamble.y_increment, 10 * 0.2 / 255, 1e-9);
-  EXPECT_EQ(instrument_.Execute(":WAVeform:POINts?"), "+" + std::to_string(data.size()));
+  EXPECT_EQ(instrument_.Execute(":WAVeform:POINts?"), "+" + std::to_string(record.codes.size()));
   // The signal itself, sampled at the preamble's times, from the trigger instant on.
   std::vector<double> expected = instrument_.WithState([&](InstrumentState& state) {
     Signal signal = ChannelInput(state, 1);
     double trigger = TriggerInstant(state);
-    std::vector<double> values(data.size());
+    std::vector<double> values(record.codes.size());
     for (size_t i = 0; i < values.size(); ++i) {
       values[i] = signal.ValueAt(trigger + preamble.x_origin + i * preamble.x_increment);
     }
     return values;
   });
-  for (size_t i = 0; i < data.size(); ++i) {
-    double volts =
-        (static_cast<unsigned char>(data[i]) - preamble.y_reference) * preamble.y_increment +
-        preamble.y_origin;
-    ASSERT_NEAR(volts, expected[i], preamble.y_increment) << "sample " << i;
+  for (size_t i = 0; i < expected.size(); ++i) {
+    ASSERT_NEAR(record.Volts(i), expected[i], preamble.y_increment) << "sample " << i;
   }
 }
 
 TEST_F(WaveformTest, TriggerHoldsTheSignalStill) {
   // Sample at the trigger instant crosses the 0 V level rising: the data around x = 0.
   instrument_.Execute(":TRIGger:EDGE:LEVel 0.2;:TRIGger:EDGE:SLOPe POSitive");
-  Preamble preamble = ParsePreamble(instrument_.Execute(":WAVeform:PREamble?"));
-  std::string first = BlockData(instrument_.Execute(":WAVeform:DATA?"));
+  Record first = Transfer(instrument_);
   instrument_.Execute(":RUN");
-  std::string second = BlockData(instrument_.Execute(":WAVeform:DATA?"));
-  EXPECT_EQ(first, second);  // a noiseless repetitive signal stands still
-  size_t at_trigger = static_cast<size_t>(std::lround(-preamble.x_origin / preamble.x_increment));
-  double before =
-      (static_cast<unsigned char>(first[at_trigger - 50]) - 128) * preamble.y_increment +
-      preamble.y_origin;
-  double after = (static_cast<unsigned char>(first[at_trigger + 50]) - 128) * preamble.y_increment +
-                 preamble.y_origin;
-  EXPECT_LT(before, 0.2);
-  EXPECT_GT(after, 0.2);
+  EXPECT_EQ(first.codes, Transfer(instrument_).codes);  // a noiseless repetitive signal
+  size_t at_trigger =
+      static_cast<size_t>(std::lround(-first.preamble.x_origin / first.preamble.x_increment));
+  EXPECT_LT(first.Volts(at_trigger - 50), 0.2);
+  EXPECT_GT(first.Volts(at_trigger + 50), 0.2);
 }
 
 TEST_F(WaveformTest, ClippingFollowsScaleAndOffset) {
@@ -150,26 +164,14 @@ TEST_F(WaveformTest, ClippingFollowsScaleAndOffset) {
   instrument_.Execute(":CHANnel1:SCALe 20mV;:CHANnel1:OFFSet 0");
   std::string data = BlockData(instrument_.Execute(":WAVeform:DATA?"));
   size_t low = 0, high = 0, zero = 0;
-  for (char c : data) {
-    unsigned char code = static_cast<unsigned char>(c);
-    low += code == 1;
-    high += code == 255;
-    zero += code == 0;
+  for (size_t i = 0; i < data.size(); ++i) {
+    low += Code(data, i) == 1;
+    high += Code(data, i) == 255;
+    zero += Code(data, i) == 0;
   }
   EXPECT_GT(low, data.size() / 5);
   EXPECT_GT(high, data.size() / 5);
   EXPECT_EQ(zero, 0u);  // no holes
-}
-
-double MeanVolts(Instrument& instrument) {
-  Preamble preamble = ParsePreamble(instrument.Execute(":WAVeform:PREamble?"));
-  std::string data = BlockData(instrument.Execute(":WAVeform:DATA?"));
-  double sum = 0;
-  for (char c : data) {
-    sum += (static_cast<unsigned char>(c) - preamble.y_reference) * preamble.y_increment +
-           preamble.y_origin;
-  }
-  return sum / data.size();
 }
 
 TEST_F(WaveformTest, CouplingInvertAndProbeShapeWhatTheChannelShows) {
@@ -205,6 +207,57 @@ TEST_F(WaveformTest, GeneratorOutputReachesChannelOneThroughItsLoad) {
   EXPECT_NEAR(MeanVolts(instrument_), 1.0, 0.04);
 }
 
+// The same acquisition in WORD and ASCii format gives the volts the BYTE codes give.
+TEST_F(WaveformTest, WordAndAsciiFormatsAgreeWithByteCodes) {
+  instrument_.Execute(":WAVeform:POINts 1000");
+  Record bytes = Transfer(instrument_);
+  instrument_.Execute(":WAVeform:FORMat WORD");
+  Record words = Transfer(instrument_);
+  EXPECT_EQ(words.preamble.format, 1);
+  EXPECT_EQ(words.preamble.y_reference, 32768);
+  instrument_.Execute(":WAVeform:FORMat ASCii");
+  std::stringstream ascii(BlockData(instrument_.Execute(":WAVeform:DATA?")));
+  ASSERT_EQ(words.codes.size(), 2 * bytes.codes.size());
+  for (size_t i = 0; i < bytes.codes.size(); ++i) {
+    int code = Code(words.codes, 2 * i) * 256 + Code(words.codes, 2 * i + 1);
+    double from_word =
+        (code - words.preamble.y_reference) * words.preamble.y_increment + words.preamble.y_origin;
+    std::string field;
+    ASSERT_TRUE(std::getline(ascii, field, ','));
+    ASSERT_NEAR(from_word, bytes.Volts(i), 1e-9) << i;
+    ASSERT_NEAR(std::stod(field), bytes.Volts(i), 1e-6) << i;
+  }
+}
+
+// Signed codes are the unsigned ones less 128, with a y reference of 0; peak acquisitions
+// pair each point's low with its high, so a narrow pulse between points still shows.
+TEST(WaveformCodesTest, SignedCodesAndPeakPairs) {
+  Instrument instrument{Silent()};
+  instrument.Execute(
+      ":SIMulate:CHANnel1:SIGNal PULSe,1kHz,2,0,1e-7;:CHANnel1:SCALe 0.5;:STOP;"
+      ":WAVeform:POINts 1000");
+  std::string unsigned_codes = BlockData(instrument.Execute(":WAVeform:DATA?"));
+  instrument.Execute(":WAVeform:UNSigned 0");
+  EXPECT_EQ(instrument.Execute(":WAVeform:YREFerence?"), "+0");
+  std::string signed_codes = BlockData(instrument.Execute(":WAVeform:DATA?"));
+  ASSERT_EQ(signed_codes.size(), unsigned_codes.size());
+  for (size_t i = 0; i < signed_codes.size(); ++i) {
+    ASSERT_EQ(static_cast<signed char>(signed_codes[i]), int(Code(unsigned_codes, i)) - 128);
+  }
+  // 100 ns pulses from -1 to +1 V every millisecond, points 1 us apart: the normal record
+  // holds only the base (code 77).
+  auto highest = [](const std::string& codes) {
+    return static_cast<unsigned char>(*std::max_element(
+        codes.begin(), codes.end(), [](unsigned char a, unsigned char b) { return a < b; }));
+  };
+  instrument.Execute(":WAVeform:UNSigned 1;:TIMebase:SCALe 100us;:TIMebase:POSition 5E-7");
+  EXPECT_LT(highest(BlockData(instrument.Execute(":WAVeform:DATA?"))), 128);
+  instrument.Execute(":ACQuire:TYPE PEAK");
+  std::string peak = BlockData(instrument.Execute(":WAVeform:DATA?"));
+  EXPECT_GT(highest(peak), 170);  // +1 V at 0.5 V/div: code 179
+  for (size_t i = 0; i + 1 < peak.size(); i += 2) ASSERT_LE(Code(peak, i), Code(peak, i + 1));
+}
+
 TEST(MeasurementTest, VoltmeterReadsTheChannelsSignal) {
   Instrument instrument{InstrumentConfig{}};
   instrument.Execute(":SIMulate:CHANnel2:SIGNal SIN,2kHz,2,0.5");
@@ -230,47 +283,6 @@ TEST(MeasurementTest, AutoscaleFindsTheSignals) {
   EXPECT_NEAR(std::stod(instrument.Execute(":MEASure:VPP? CHAN2")), 3.0, 0.05);
   EXPECT_NEAR(std::stod(instrument.Execute(":MEASure:FREQuency? CHAN2")), 5000, 1e-6);
 }
-
-}  // namespace
-}  // namespace quarvelo::sim
-
-namespace quarvelo::sim {
-namespace {
-
-// The same acquisition in WORD and ASCii format gives the volts the BYTE codes give.
-TEST_F(WaveformTest, WordAndAsciiFormatsAgreeWithByteCodes) {
-  instrument_.Execute(":WAVeform:POINts 1000");
-  Preamble byte_preamble = ParsePreamble(instrument_.Execute(":WAVeform:PREamble?"));
-  std::string bytes = BlockData(instrument_.Execute(":WAVeform:DATA?"));
-  instrument_.Execute(":WAVeform:FORMat WORD");
-  Preamble word_preamble = ParsePreamble(instrument_.Execute(":WAVeform:PREamble?"));
-  EXPECT_EQ(word_preamble.format, 1);
-  EXPECT_EQ(word_preamble.y_reference, 32768);
-  std::string words = BlockData(instrument_.Execute(":WAVeform:DATA?"));
-  instrument_.Execute(":WAVeform:FORMat ASCii");
-  std::string text = BlockData(instrument_.Execute(":WAVeform:DATA?"));
-  ASSERT_EQ(words.size(), 2 * bytes.size());
-  std::stringstream ascii(text);
-  for (size_t i = 0; i < bytes.size(); ++i) {
-    double from_byte = (static_cast<unsigned char>(bytes[i]) - byte_preamble.y_reference) *
-                           byte_preamble.y_increment +
-                       byte_preamble.y_origin;
-    int code = static_cast<unsigned char>(words[2 * i]) * 256 +
-               static_cast<unsigned char>(words[2 * i + 1]);
-    double from_word =
-        (code - word_preamble.y_reference) * word_preamble.y_increment + word_preamble.y_origin;
-    std::string field;
-    ASSERT_TRUE(std::getline(ascii, field, ','));
-    ASSERT_NEAR(from_word, from_byte, 1e-9) << i;
-    ASSERT_NEAR(std::stod(field), from_byte, 1e-6) << i;
-  }
-}
-
-}  // namespace
-}  // namespace quarvelo::sim
-
-namespace quarvelo::sim {
-namespace {
 
 TEST(ChannelPathTest, BandwidthLimitAttenuatesFastSignals) {
   Instrument instrument{Silent()};
@@ -313,6 +325,80 @@ TEST(ChannelPathTest, AmplitudeModulationShapesTheEnvelope) {
     quietest = std::min(quietest, peak);
   }
   EXPECT_NEAR(quietest, 1.0 / 3.0, 0.02);
+}
+
+// The strongest line of a channel's record over 20 ms (50 Hz bins) and its RMS level, found
+// with a flat-top window so that the level holds wherever the line falls between bins.
+std::pair<double, double> StrongestLine(Instrument& instrument, int channel) {
+  std::string source = "CHANnel" + std::to_string(channel);
+  instrument.Execute(":" + source + ":DISPlay 1;:TIMebase:SCALe 2ms;:STOP;:WAVeform:SOURce " +
+                     source + ";:WAVeform:POINts:MODE RAW;:WAVeform:POINts 100000");
+  Record record = Transfer(instrument);
+  const size_t n = record.codes.size();
+  EXPECT_EQ(n, static_cast<size_t>(record.preamble.points));
+  std::vector<double> samples(n);
+  double mean = 0;
+  for (size_t i = 0; i < n; ++i) mean += record.Volts(i) / n;
+  // Without its DC content, whose window skirt would hide the lowest lines.
+  double window_sum = 0;
+  for (size_t i = 0; i < n; ++i) {
+    double x = 2 * M_PI * i / n;
+    double weight = 0.21557895 - 0.41663158 * std::cos(x) + 0.277263158 * std::cos(2 * x) -
+                    0.083578947 * std::cos(3 * x) + 0.006947368 * std::cos(4 * x);
+    window_sum += weight;
+    samples[i] = (record.Volts(i) - mean) * weight;
+  }
+  std::vector<fftw_complex> spectrum(n / 2 + 1);
+  fftw_plan plan =
+      fftw_plan_dft_r2c_1d(static_cast<int>(n), samples.data(), spectrum.data(), FFTW_ESTIMATE);
+  fftw_execute(plan);
+  fftw_destroy_plan(plan);
+  auto magnitude = [&](size_t k) { return std::hypot(spectrum[k][0], spectrum[k][1]); };
+  size_t peak = 2;
+  for (size_t k = 2; k <= n / 2; ++k) {
+    if (magnitude(k) > magnitude(peak)) peak = k;
+  }
+  return {peak / (n * record.preamble.x_increment),
+          2 * magnitude(peak) / window_sum / std::sqrt(2.0)};
+}
+
+struct SignalCase {
+  const char* name;
+  int channel;
+  const char* setup;
+  double frequency;
+  double volts_rms;  // the fundamental's level in theory
+};
+
+class DefaultSignalTest : public testing::TestWithParam<SignalCase> {};
+
+TEST_P(DefaultSignalTest, FundamentalAtItsFrequencyAndLevel) {
+  const SignalCase& c = GetParam();
+  Instrument instrument{InstrumentConfig{}};
+  instrument.Execute(c.setup);
+  auto [frequency, volts_rms] = StrongestLine(instrument, c.channel);
+  EXPECT_NEAR(frequency, c.frequency, 50.0);
+  EXPECT_NEAR(20 * std::log10(volts_rms / c.volts_rms), 0.0, 0.5);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Inputs, DefaultSignalTest,
+    testing::Values(
+        // A 0 to 2.5 V square: the fundamental's peak is 4 / pi of half its swing.
+        SignalCase{"ProbeCompensation", 1, "", 1e3, 4 / M_PI * 1.25 / M_SQRT2},
+        SignalCase{"SineWithHarmonics", 2, "", 10e3, 1 / M_SQRT2},
+        // AM at depth m with the envelope's peak at 1 V: the carrier is 1 / (1 + m).
+        SignalCase{"ModulatedCarrier", 3, "", 20e3, 1 / 1.5 / M_SQRT2},
+        // The generator's preset output, 500 mVpp at 1 kHz, once it is switched on.
+        SignalCase{"GeneratorOutput", 4, ":WGEN1:OUTPut 1;:CHANnel4:SCALe 0.1", 1e3,
+                   0.25 / M_SQRT2}),
+    [](const testing::TestParamInfo<SignalCase>& info) { return info.param.name; });
+
+TEST(DefaultSignalTest, FlatPresetIsSilent) {
+  Instrument instrument{Silent()};
+  instrument.Execute(":CHANnel2:DISPlay 1;:WAVeform:SOURce CHANnel2;:WGEN1:OUTPut 1");
+  std::string block = instrument.Execute(":WAVeform:DATA?");
+  EXPECT_EQ(block.find_first_not_of('\x80', 10), std::string::npos);
 }
 
 }  // namespace

@@ -13,6 +13,7 @@
 #include "platform/visa/hislip/message.h"
 #include "platform/visa/tcp_connection.h"
 #include "platform/visa/transport_factory.h"
+#include "platform/visa/visa.h"
 #include "platform/visa/vxi11/core_channel.h"
 #include "platform/visa/vxi11/portmapper.h"
 #include "platform/visa/vxi11/rpc.h"
@@ -201,13 +202,14 @@ TEST_F(ServerRobustnessTest, PortmapperAndHislipServersSurviveGarbage) {
 }
 
 // A server that answers each message a client sends on each connection from a script, to
-// feed the clients what no instrument should send.
+// feed the clients what no instrument should send. A talker, its script done, sends a few
+// bytes every few milliseconds until the client goes away.
 class ScriptedServer {
  public:
   using Step = std::function<std::string(const std::string& received)>;
 
-  explicit ScriptedServer(std::vector<std::vector<Step>> connections)
-      : connections_(std::move(connections)) {
+  explicit ScriptedServer(std::vector<std::vector<Step>> connections, bool talker = false)
+      : connections_(std::move(connections)), talker_(talker) {
     std::string error;
     listener_ = sim::OpenTcpListener("127.0.0.1", 0, &error);
     thread_ = std::thread([this] { Run(); });
@@ -245,10 +247,18 @@ class ScriptedServer {
                     sim::ServerClock::now() + std::chrono::seconds(1));
     }
     // Kept open so that only the script ends an exchange.
+    while (talker_ &&
+           sim::WriteAll(connection.fd(), xdr::AsBytes(std::string_view("xxxxxxxx")), stop_,
+                         sim::ServerClock::now() + std::chrono::milliseconds(100)) ==
+               sim::IoResult::kOk) {
+      sim::WaitFor(connection.fd(), 0, stop_,
+                   sim::ServerClock::now() + std::chrono::milliseconds(5));
+    }
     sim::WaitFor(connection.fd(), 0, stop_, sim::ServerDeadline::max());
   }
 
   std::vector<std::vector<Step>> connections_;
+  bool talker_;
   sim::Socket listener_;
   sim::StopSignal stop_;
   std::thread thread_;
@@ -353,18 +363,20 @@ ScriptedServer::Step HislipReply(hislip::MessageType type, std::uint32_t paramet
   return Reply(Header(type, payload.size(), 0, parameter) + payload);
 }
 
+// The asynchronous channel's opening, answered as it should be.
+std::vector<ScriptedServer::Step> GoodHislipAsync() {
+  return {HislipReply(hislip::MessageType::kAsyncInitializeResponse),
+          HislipReply(hislip::MessageType::kAsyncMaxMsgSizeResponse, 0,
+                      Str(hislip::EncodeUint64(1 << 20)))};
+}
+
+// Answers with the first message id a client uses.
+ScriptedServer::Step AnswerFirst(hislip::MessageType type, std::uint64_t length,
+                                 std::string payload) {
+  return Reply(Header(type, length, 0, hislip::kFirstMessageId) + payload);
+}
+
 TEST(ClientRobustnessTest, HislipClientFailsCleanlyOnAnyServerBytes) {
-  const std::string max_size = Str(hislip::EncodeUint64(1 << 20));
-  const std::vector<ScriptedServer::Step> good_async = {
-      HislipReply(hislip::MessageType::kAsyncInitializeResponse),
-      HislipReply(hislip::MessageType::kAsyncMaxMsgSizeResponse, 0, max_size)};
-  const auto answer_first = [](hislip::MessageType type, std::uint64_t length,
-                               std::string payload) {
-    return [type, length, payload](const std::string&) {
-      // Answers with the first message id a client uses.
-      return Header(type, length, 0, hislip::kFirstMessageId) + payload;
-    };
-  };
   const struct {
     const char* what;
     std::vector<ScriptedServer::Step> sync;
@@ -378,7 +390,7 @@ TEST(ClientRobustnessTest, HislipClientFailsCleanlyOnAnyServerBytes) {
       {"random", {Reply(RandomBytes(8, 500))}, false},
       {"data with a lying length",
        {HislipReply(hislip::MessageType::kInitializeResponse, 1),
-        answer_first(hislip::MessageType::kDataEnd, 1ull << 62, "abc")},
+        AnswerFirst(hislip::MessageType::kDataEnd, 1ull << 62, "abc")},
        true},
       {"bad header mid-session",
        {HislipReply(hislip::MessageType::kInitializeResponse, 1), Reply(RandomBytes(9, 64))},
@@ -398,13 +410,51 @@ TEST(ClientRobustnessTest, HislipClientFailsCleanlyOnAnyServerBytes) {
   };
   for (const auto& c : cases) {
     std::vector<std::vector<ScriptedServer::Step>> connections = {c.sync};
-    if (c.opens) connections.push_back(good_async);
+    if (c.opens) connections.push_back(GoodHislipAsync());
     ExpectCleanFailure(
         c.what, connections, c.opens,
         [](std::uint16_t port, auto* transport) {
           return visa::OpenHislipTransport("127.0.0.1", "hislip0", port, In(300), transport);
         },
         std::chrono::milliseconds(1500));
+  }
+}
+
+// An instrument that never stops talking (a text reply without its end, or an endless
+// indefinite block): every read, and the discard before the next message, still ends at its
+// time-out.
+TEST(ClientRobustnessTest, ReadsAndDiscardsEndAtTheirTimeOutAgainstAnEndlessTalker) {
+  constexpr ViUInt32 kTimeoutMs = 300;
+  for (const bool hislip : {false, true}) {
+    for (const std::string start : {"", "#0"}) {
+      SCOPED_TRACE(std::string(hislip ? "HiSLIP" : "socket") + " '" + start + "'");
+      std::vector<std::vector<ScriptedServer::Step>> script = {{Reply(start)}};
+      if (hislip) {
+        script = {{HislipReply(hislip::MessageType::kInitializeResponse, 1),
+                   AnswerFirst(hislip::MessageType::kDataEnd, 1ull << 40, start)},
+                  GoodHislipAsync()};
+      }
+      ScriptedServer server(script, /*talker=*/true);
+      ViSession rm = VI_NULL;
+      ViSession vi = VI_NULL;
+      ASSERT_EQ(viOpenDefaultRM(&rm), VI_SUCCESS);
+      const std::string port = std::to_string(server.port());
+      const std::string resource = hislip ? "TCPIP0::127.0.0.1::hislip0," + port + "::INSTR"
+                                          : "TCPIP0::127.0.0.1::" + port + "::SOCKET";
+      ASSERT_EQ(viOpen(rm, resource.c_str(), VI_NO_LOCK, 2000, &vi), VI_SUCCESS);
+      ASSERT_EQ(viSetAttribute(vi, VI_ATTR_TMO_VALUE, kTimeoutMs), VI_SUCCESS);
+      ASSERT_EQ(viPrintf(vi, "QUERY?\n"), VI_SUCCESS);
+      std::vector<char> area(1 << 20);
+      ViInt32 count = static_cast<ViInt32>(area.size());
+      auto begin = Clock::now();
+      EXPECT_EQ(viScanf(vi, start.empty() ? "%#t" : "%#b", &count, area.data()), VI_ERROR_TMO);
+      EXPECT_LT(Clock::now() - begin, std::chrono::milliseconds(kTimeoutMs + 400));
+      EXPECT_GT(count, 0) << "the talker talked";
+      begin = Clock::now();
+      viPrintf(vi, "NEXT\n");
+      EXPECT_LT(Clock::now() - begin, std::chrono::milliseconds(kTimeoutMs + 400));
+      viClose(rm);
+    }
   }
 }
 

@@ -11,15 +11,6 @@
 namespace quarvelo::sim {
 namespace {
 
-TEST(ErrorQueueTest, FirstInFirstOutThenNoError) {
-  ErrorQueue queue;
-  queue.Push(-113);
-  queue.Push(-222);
-  EXPECT_EQ(queue.Pop(), "-113,\"Undefined header\"");
-  EXPECT_EQ(queue.Pop(), "-222,\"Data out of range\"");
-  EXPECT_EQ(queue.Pop(), "+0,\"No error\"");
-}
-
 TEST(ErrorQueueTest, OverflowReplacesTheNewestEntry) {
   ErrorQueue queue;
   for (int i = 0; i < 100; ++i) queue.Push(-113);
@@ -31,48 +22,38 @@ TEST(ErrorQueueTest, OverflowReplacesTheNewestEntry) {
   EXPECT_EQ(queue.Pop(), "+0,\"No error\"");
 }
 
-TEST(StatusTest, ClearStatusEmptiesTheQueueAndEventRegister) {
-  Instrument instrument(InstrumentConfig{});
-  instrument.Execute(":NOPE");
-  EXPECT_EQ(instrument.Execute("*ESR?"), "+160");  // power on + command error
-  EXPECT_EQ(instrument.Execute("*ESR?"), "+0");    // reading clears it
-  instrument.Execute(":NOPE;*CLS");
-  EXPECT_EQ(instrument.Execute(":SYSTem:ERRor?;*ESR?"), "+0,\"No error\";+0");
+TEST(StatusTest, RegistersFollowEventsAndReadingClearsThem) {
+  struct Case {
+    const char* setup;
+    const char* query;
+    const char* reply;
+  };
+  for (const Case& c : std::initializer_list<Case>{
+           {":NOPE", "*ESR?;*ESR?", "+160;+0"},  // power on + command error, then cleared
+           {":NOPE;*CLS", ":SYSTem:ERRor?;*ESR?", "+0,\"No error\";+0"},
+           {"*CLS;:WAVeform:POINts 50", "*ESR?", "+16"},  // below the accepted range: -222
+           {"*CLS;:SIMulate:KEY", "*ESR?;*ESR?", "+64;+0"},
+           {"*CLS;*ESE 32;:NOPE", "*ESE?;*STB?", "+32;+36"},
+           {"", ":OPERegister:CONDition?", "+8"},
+           {":STOP", ":OPERegister:CONDition?", "+0"},
+           {":STOP;:RUN", ":OPERegister:CONDition?", "+8"},
+           {":DIGitize CHANnel1", ":OPERegister:CONDition?", "+0"},
+           {":STOP", ":AER?;:AER?", "+1;+0"},
+       }) {
+    Instrument instrument(InstrumentConfig{});
+    instrument.Execute(c.setup);
+    EXPECT_EQ(instrument.Execute(c.query), c.reply) << c.setup << " " << c.query;
+  }
 }
 
-TEST(StatusTest, ErrorClassesSetTheirEventBits) {
+TEST(StatusTest, InterruptedReplyIsAQueryErrorQueuedAfterEarlierOnes) {
   Instrument instrument(InstrumentConfig{});
-  instrument.Execute("*CLS");
-  instrument.Execute(":WAVeform:POINts 50");  // below what the instrument accepts: -222
-  EXPECT_EQ(instrument.Execute("*ESR?"), "+16");
+  instrument.Execute("*CLS;:WAVeform:POINts 50");
+  instrument.Execute("*ESR?");
   instrument.ReplyInterrupted();
   EXPECT_EQ(instrument.Execute("*ESR?"), "+4");
-  EXPECT_EQ(instrument.Execute(":SYSTem:ERRor?;:SYSTem:ERRor?"),
-            "-222,\"Data out of range\";-410,\"Query INTERRUPTED\"");
-}
-
-TEST(StatusTest, KeyPressSetsUserRequestUntilRead) {
-  Instrument instrument(InstrumentConfig{});
-  instrument.Execute("*CLS;:SIMulate:KEY");
-  EXPECT_EQ(instrument.Execute("*ESR?"), "+64");
-  EXPECT_EQ(instrument.Execute("*ESR?"), "+0");
-}
-
-TEST(StatusTest, StatusByteShowsErrorsAndEnabledEvents) {
-  Instrument instrument(InstrumentConfig{});
-  instrument.Execute("*CLS;*ESE 32;:NOPE");
-  EXPECT_EQ(instrument.Execute("*ESE?;*STB?"), "+32;+36");
-}
-
-TEST(RunControlTest, RunAndStopDriveTheRunBit) {
-  Instrument instrument(InstrumentConfig{});
-  EXPECT_EQ(instrument.Execute(":OPERegister:CONDition?"), "+8");
-  instrument.Execute(":STOP");
-  EXPECT_EQ(instrument.Execute(":OPERegister:CONDition?"), "+0");
-  instrument.Execute(":RUN");
-  EXPECT_EQ(instrument.Execute(":OPERegister:CONDition?"), "+8");
-  instrument.Execute(":DIGitize CHANnel1");
-  EXPECT_EQ(instrument.Execute(":OPERegister:CONDition?"), "+0");
+  EXPECT_EQ(instrument.Execute(":SYSTem:ERRor?;:SYSTem:ERRor?;:SYSTem:ERRor?"),
+            "-222,\"Data out of range\";-410,\"Query INTERRUPTED\";+0,\"No error\"");
 }
 
 TEST(RunControlTest, SingleCompletesAfterOneTriggerAndClearsTheRunBit) {
@@ -101,13 +82,6 @@ TEST(RunControlTest, SingleWithoutTriggerWaitsUntilForced) {
   EXPECT_EQ(instrument.Execute(":OPERegister:CONDition?"), "+40");
   instrument.Execute(":TRIGger:FORCe");
   EXPECT_EQ(instrument.Execute(":OPERegister:CONDition?"), "+0");
-}
-
-TEST(RunControlTest, ArmEventIsClearedByReadingWhileStopped) {
-  Instrument instrument(InstrumentConfig{});
-  instrument.Execute(":STOP");
-  EXPECT_EQ(instrument.Execute(":AER?"), "+1");
-  EXPECT_EQ(instrument.Execute(":AER?"), "+0");
 }
 
 }  // namespace

@@ -10,47 +10,26 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QLineEdit>
-#include <QMenu>
 #include <QPushButton>
-#include <QTemporaryDir>
 #include <QTimer>
 #include <algorithm>
-#include <memory>
 #include <string>
 #include <vector>
 
-#include "app/frmKeysight.h"
-#include "app/qt_startup_platform.h"
 #include "control/qt/qt_tool_host.h"
-#include "platform/qt/qsettings_store.h"
-#include "sim/simulator.h"
+#include "tests/app/window_on_simulator.h"
 
 namespace quarvelo::app {
 namespace {
 
-class ToolbarWindowTest : public testing::Test {
+class ToolbarWindowTest : public testing_support::WindowOnSimulator {
  protected:
   void SetUp() override {
-    qputenv("XDG_DATA_HOME", (dir_.path() + "/data").toUtf8());
-    sim::SimulatorOptions options;
-    options.vxi11_port = -1;
-    options.portmapper_port = -1;
-    options.hislip_port = -1;
-    std::string error;
-    simulator_ = sim::Simulator::Start(options, &error);
-    ASSERT_NE(simulator_, nullptr) << error;
-    store_ = std::make_unique<qt::QSettingsStore>(dir_.path() + "/QUARVELO.conf");
-    for (const auto& [key, value] : {std::pair{"VISA", simulator_->SocketResource()},
-                                     {"DSO", "1"},
-                                     {"Channels", "4"},
-                                     {"DVM", "1"},
-                                     {"WGEN", "1"}}) {
-      store_->Set("Setup", key, value);
-    }
+    WindowOnSimulator::SetUp();
+    if (HasFatalFailure()) return;
     // No channel shown: the sweeps that follow most commands read back but capture nothing.
     for (int n = 1; n <= 4; ++n) simulator_->Execute(":CHANnel" + std::to_string(n) + ":DISPlay 0");
-    window_ = std::make_unique<frmKeysight>(*store_, platform_);
-    ASSERT_TRUE(window_->Form_Load());
+    Load({{"DSO", "1"}, {"DVM", "1"}, {"WGEN", "1"}}, false);
   }
 
   void SwitchRemote(bool on) { Trigger("ID_Remote", on); }
@@ -70,24 +49,6 @@ class ToolbarWindowTest : public testing::Test {
     combo->setCurrentIndex(index);
     emit combo->activated(index);
   }
-
-  // True when `expected` appears in the traffic in this order (other messages between).
-  bool Received(const std::vector<std::string>& expected) const {
-    const std::vector<std::string> received = simulator_->ReceivedMessages();
-    auto at = received.begin();
-    for (const std::string& message : expected) {
-      at = std::find(at, received.end(), message);
-      if (at == received.end()) return false;
-      ++at;
-    }
-    return true;
-  }
-
-  QTemporaryDir dir_;
-  std::unique_ptr<sim::Simulator> simulator_;
-  std::unique_ptr<qt::QSettingsStore> store_;
-  QtStartupPlatform platform_;
-  std::unique_ptr<frmKeysight> window_;
 };
 
 struct ToolCase {

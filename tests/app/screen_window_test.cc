@@ -5,40 +5,25 @@
 #include <QAction>
 #include <QApplication>
 #include <QLabel>
-#include <QTemporaryDir>
 #include <QTest>
-#include <memory>
-#include <string>
 
-#include "app/frmKeysight.h"
-#include "app/qt_startup_platform.h"
 #include "display/colours.h"
 #include "display/trace_raster.h"
 #include "platform/qt/picture_box.h"
-#include "platform/qt/qsettings_store.h"
-#include "sim/simulator.h"
+#include "tests/app/window_on_simulator.h"
 
 namespace quarvelo::app {
 namespace {
 
-class ScreenWindowTest : public testing::Test {
+class ScreenWindowTest : public testing_support::WindowOnSimulator {
  protected:
   void SetUp() override {
-    sim::SimulatorOptions options;
-    options.vxi11_port = -1;
-    options.portmapper_port = -1;
-    options.hislip_port = -1;
-    std::string error;
-    simulator_ = sim::Simulator::Start(options, &error);
-    ASSERT_NE(simulator_, nullptr) << error;
-    store_ = std::make_unique<qt::QSettingsStore>(dir_.path() + "/QUARVELO.conf");
-    store_->Set("Setup", "VISA", simulator_->SocketResource());
-    store_->Set("Setup", "Channels", "4");
-    window_ = std::make_unique<frmKeysight>(*store_, platform_);
+    WindowOnSimulator::SetUp();
+    if (HasFatalFailure()) return;
     window_->resize(1400, 900);
     window_->show();
     QApplication::processEvents();
-    ASSERT_TRUE(window_->Form_Load());
+    Load({}, false);
   }
 
   QRgb Pixel(double x_units, double y_units) const {
@@ -47,12 +32,6 @@ class ScreenWindowTest : public testing::Test {
            0xffffffu;
   }
   QString Status() const { return window_->findChild<QLabel*>("lblScreen")->text(); }
-
-  QTemporaryDir dir_;
-  std::unique_ptr<sim::Simulator> simulator_;
-  std::unique_ptr<qt::QSettingsStore> store_;
-  QtStartupPlatform platform_;
-  std::unique_ptr<frmKeysight> window_;
 };
 
 TEST_F(ScreenWindowTest, SweepDrawsTracesTheMouseMeasuresAndTheZoomToolNarrowsTheView) {

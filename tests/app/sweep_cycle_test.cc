@@ -5,20 +5,15 @@
 #include <QApplication>
 #include <QLabel>
 #include <QPushButton>
-#include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
 #include <algorithm>
 #include <functional>
-#include <memory>
 #include <ostream>
 #include <string>
 #include <vector>
 
-#include "app/frmKeysight.h"
-#include "app/qt_startup_platform.h"
-#include "platform/qt/qsettings_store.h"
-#include "sim/simulator.h"
+#include "tests/app/window_on_simulator.h"
 
 namespace quarvelo::app {
 namespace {
@@ -54,24 +49,13 @@ std::ptrdiff_t Last(const std::vector<std::string>& lines, const std::string& li
   return lines.rend() - std::find(lines.rbegin(), lines.rend(), line) - 1;
 }
 
-class SweepCycleTest : public testing::Test {
+class SweepCycleTest : public testing_support::WindowOnSimulator {
  protected:
   void SetUp() override {
-    sim::SimulatorOptions options;
-    options.vxi11_port = -1;
-    options.portmapper_port = -1;
-    options.hislip_port = -1;
-    std::string error;
-    simulator_ = sim::Simulator::Start(options, &error);
-    ASSERT_NE(simulator_, nullptr) << error;
-    store_ = std::make_unique<qt::QSettingsStore>(dir_.path() + "/QUARVELO.conf");
-    store_->Set("Setup", "VISA", simulator_->SocketResource());
-    store_->Set("Setup", "Channels", "4");
-    store_->Set("Setup", "DVM", "1");
-    window_ = std::make_unique<frmKeysight>(*store_, platform_);
-    ASSERT_TRUE(window_->Form_Load());
-    window_->Link().OpenInstrument();
-    ASSERT_TRUE(window_->Session().RemoteOn);
+    WindowOnSimulator::SetUp();
+    if (HasFatalFailure()) return;
+    Load({{"DVM", "1"}}, true);
+    if (HasFatalFailure()) return;
     // The poll would read the run bit in the middle of a sweep; the tick test starts it.
     RefreshTimer()->stop();
     // The user, playing along while the program lets events run.
@@ -94,11 +78,6 @@ class SweepCycleTest : public testing::Test {
   std::vector<std::string> Sent() const { return Lines(*simulator_); }
   QTimer* RefreshTimer() const { return window_->findChild<QTimer*>("tmrRefresh"); }
 
-  QTemporaryDir dir_;
-  std::unique_ptr<sim::Simulator> simulator_;
-  std::unique_ptr<qt::QSettingsStore> store_;
-  QtStartupPlatform platform_;
-  std::unique_ptr<frmKeysight> window_;
   QTimer user_;
   std::function<void()> play_;
 };

@@ -55,28 +55,6 @@ std::string LanName(const ::testing::TestParamInfo<Lan>& info) {
 INSTANTIATE_TEST_SUITE_P(Transports, SimulatorTest,
                          ::testing::Values(Lan::kSocket, Lan::kVxi11, Lan::kHislip), LanName);
 
-TEST_P(SimulatorTest, IdentifiesAndSendsItsScreenImage) {
-  char text[256] = {};
-  ASSERT_EQ(viPrintf(vi_, "*IDN?\n"), VI_SUCCESS);
-  ASSERT_EQ(viScanf(vi_, "%t", text), VI_SUCCESS);
-  EXPECT_EQ(std::string(text), simulator_->Execute("*IDN?") + "\n");
-  EXPECT_NE(std::string(text).find(",DSO-X "), std::string::npos) << text;
-
-  std::vector<unsigned char> image(2'000'000);
-  ViUInt32 count = static_cast<ViUInt32>(image.size());
-  ASSERT_EQ(viPrintf(vi_, ":DISPlay:DATA? BMP8bit,COLor\n"), VI_SUCCESS);
-  ASSERT_EQ(viScanf(vi_, "%#b", &count, image.data()), VI_SUCCESS);
-  ASSERT_GT(count, 54u);
-  EXPECT_EQ(image[0], 'B');
-  EXPECT_EQ(image[1], 'M');
-  // The BMP's own file size field matches what the block carried.
-  const ViUInt32 file_size = image[2] | (image[3] << 8) | (image[4] << 16) | (image[5] << 24);
-  EXPECT_EQ(file_size, count);
-  EXPECT_EQ(viFlush(vi_, VI_READ_BUF), VI_SUCCESS);
-  EXPECT_EQ(simulator_->ReceivedMessages(),
-            (std::vector<std::string>{"*IDN?", ":DISPlay:DATA? BMP8bit,COLor"}));
-}
-
 TEST_P(SimulatorTest, ReadsBackASettingAndAWaveformOfItsAnnouncedLength) {
   ASSERT_EQ(viPrintf(vi_, ":CHANnel1:SCALe 0.2\n"), VI_SUCCESS);
   ASSERT_EQ(viPrintf(vi_, ":CHANnel1:SCALe?\n"), VI_SUCCESS);

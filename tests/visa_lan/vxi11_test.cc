@@ -1,18 +1,11 @@
 // What only the VXI-11 client and servers do (write splitting, write time-outs, the portmapper,
 // open failures), over loopback TCP; lan_session_test.cc has what HiSLIP shares.
-#include <arpa/inet.h>
 #include <gtest/gtest.h>
-#include <netinet/in.h>
-#include <poll.h>
-#include <sys/socket.h>
-#include <unistd.h>
 
 #include <memory>
 #include <string>
 
 #include "platform/visa/transport_factory.h"
-#include "platform/visa/vxi11/portmapper.h"
-#include "platform/visa/vxi11/rpc.h"
 #include "platform/visa/vxi11/vxi11_transport.h"
 #include "sim/server/portmapper_server.h"
 #include "sim/server/vxi11_server.h"
@@ -112,38 +105,6 @@ TEST_F(Vxi11Test, LateWriteReplyWithinTheGraceThenAGoodExchange) {
   ASSERT_EQ(Query(*transport, "*IDN?", &reply), VI_SUCCESS);
   EXPECT_EQ(reply, kIdn);
   EXPECT_EQ(handler_.cleared.load(), 0);
-}
-
-TEST_F(Vxi11Test, PortmapperAnswersDatagramsToo) {
-  // Discovery asks over UDP; a datagram carries the call without record marking.
-  StartServers();
-  ASSERT_TRUE(portmapper_->serves_udp());
-  const int fd = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
-  ASSERT_GE(fd, 0);
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_port = htons(portmapper_->port());
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  visa::xdr::Writer call;
-  visa::rpc::PutCallHeader(call,
-                           {77, visa::portmapper::kProgram, 2, visa::portmapper::kProcGetPort});
-  visa::portmapper::PutMapping(call, {0x0607AF, 1, visa::portmapper::kProtocolTcp, 0});
-  ASSERT_EQ(sendto(fd, call.bytes().data(), call.bytes().size(), 0,
-                   reinterpret_cast<const sockaddr*>(&address), sizeof(address)),
-            static_cast<ssize_t>(call.bytes().size()));
-  pollfd waiter{fd, POLLIN, 0};
-  ASSERT_EQ(poll(&waiter, 1, 2000), 1);
-  std::byte reply[256];
-  const ssize_t n = recv(fd, reply, sizeof(reply), 0);
-  close(fd);
-  ASSERT_GT(n, 0);
-  visa::xdr::Reader in(std::span(reply, static_cast<std::size_t>(n)));
-  visa::rpc::ReplyHeader header;
-  ASSERT_TRUE(visa::rpc::GetReplyHeader(in, &header));
-  EXPECT_EQ(header.xid, 77u);
-  std::uint16_t port = 0;
-  ASSERT_TRUE(visa::portmapper::GetPort(in, &port));
-  EXPECT_EQ(port, core_->port());
 }
 
 TEST_F(Vxi11Test, OpenFailuresAreResourceNotFound) {

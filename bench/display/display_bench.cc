@@ -30,7 +30,7 @@ class BenchHost : public DisplayHost {
     return spectrum::PlanLines{"OSC: 524288 pts", ""};
   }
   void MixedDomainSpectrum(int, int) override {}
-  void ReapplyBandwidthLimit() override {}
+  double ReapplyBandwidthLimit() override { return 0; }
   void SendFftCentreSpan(double, double) override {}
   void ShowCursorSourceTool(int) override {}
   void SurfaceChanged() override {}

@@ -95,7 +95,8 @@ void frmKeysight::BuildDisplay() {
     analyzer_->MDISpectrum(first, last, control::FftSettingsOf(settings_));
   };
   calls.reapply_bandwidth_limit = [this] {
-    dispatcher_->BandwidthLimitClicked(ssr_bw_->isChecked(), txt_mhz_[2]->text().toStdString());
+    dispatcher_->ApplyBandwidthLimit(ssr_bw_->isChecked(), txt_mhz_[2]->text().toStdString());
+    return settings_.BandwidthLimitOn ? settings_.UpperLimitMhz * 1e6 : 0.0;
   };
   calls.send_fft_centre_span = [this](double centre_hz, double span_hz) {
     commands_->SetFftCenterSpan(centre_hz, span_hz);

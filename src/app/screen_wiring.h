@@ -26,7 +26,7 @@ struct ScreenHostCalls {
   std::function<int()> spectrum_unit;
   std::function<std::optional<spectrum::PlanLines>(int)> plan_transform;
   std::function<void(int, int)> mixed_domain_spectrum;
-  std::function<void()> reapply_bandwidth_limit;
+  std::function<double()> reapply_bandwidth_limit;
   std::function<void(double, double)> send_fft_centre_span;
   std::function<void(int)> show_cursor_source_tool;
 };
@@ -59,7 +59,7 @@ class ScreenWiring final : private display::DisplayHost {
   void MixedDomainSpectrum(int first, int last) override {
     calls_.mixed_domain_spectrum(first, last);
   }
-  void ReapplyBandwidthLimit() override { calls_.reapply_bandwidth_limit(); }
+  double ReapplyBandwidthLimit() override { return calls_.reapply_bandwidth_limit(); }
   void SendFftCentreSpan(double centre_hz, double span_hz) override {
     calls_.send_fft_centre_span(centre_hz, span_hz);
   }

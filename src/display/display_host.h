@@ -27,8 +27,9 @@ class DisplayHost {
   virtual std::optional<spectrum::PlanLines> PlanTransform(int channel) = 0;
   // `MDISpectrum`(first, last) of the spectrum computation.
   virtual void MixedDomainSpectrum(int first, int last) = 0;
-  // Re-applies the upper-limit button `ssrBW` in its current state (spectrum zoom reset).
-  virtual void ReapplyBandwidthLimit() = 0;
+  // Re-applies the upper-limit button `ssrBW` in its current state (spectrum zoom reset) and
+  // returns the limit in Hz, 0 while the button is up.
+  virtual double ReapplyBandwidthLimit() = 0;
   // Centre and span of the instrument's own FFT, in Hz.
   virtual void SendFftCentreSpan(double centre_hz, double span_hz) = 0;
   // Shows the cursor-source tool "ID_CSR" + channel down (and the others up).
@@ -45,7 +46,7 @@ class NoDisplayHost : public DisplayHost {
   int SpectrumUnit() const override { return 0; }
   std::optional<spectrum::PlanLines> PlanTransform(int) override { return std::nullopt; }
   void MixedDomainSpectrum(int, int) override {}
-  void ReapplyBandwidthLimit() override {}
+  double ReapplyBandwidthLimit() override { return 0; }
   void SendFftCentreSpan(double, double) override {}
   void ShowCursorSourceTool(int) override {}
   void SurfaceChanged() override {}

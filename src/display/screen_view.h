@@ -142,6 +142,8 @@ class ScreenView {
   std::string ComposeReadouts();
   void ZoomOscilloscope(int mode);
   void ZoomSpectrum(int mode);
+  // The zoom reset on the spectrum: the whole spectrum within the upper limit (0: none).
+  void ShowFullSpectrum(double upper_limit_hz);
   void EraseCursors();
   int FreeMarkerSlot() const;
   double PointX(double point) const;

@@ -620,7 +620,30 @@ void ScreenView::ZoomSpectrum(int mode) {
   else if (mode == kZoomOut)
     SetCenterSpan(centre, 2 * span / 1000);
   else
-    host_.ReapplyBandwidthLimit();
+    ShowFullSpectrum(host_.ReapplyBandwidthLimit());
+}
+
+void ScreenView::ShowFullSpectrum(double upper_limit_hz) {
+  spectrum::Spectrum& s = records_.spectrum;
+  const double n = s.TransformLength;
+  const double half_rate = records_.scope.SampleRate * 1000 / 2;
+  if (!(n > 0) || !(half_rate > 0)) return;
+  // The range a new spectrum run shows: every point, up to the upper limit when it is on.
+  const double denominator = n / 2 + 1;
+  s.FirstPoint = 1;
+  s.LastPoint = RoundHalfEven(n / 2 + 1);
+  s.StartFrequency = s.FirstPoint / denominator * half_rate;
+  s.StopFrequency = s.LastPoint / denominator * half_rate;
+  if (upper_limit_hz > 0 && upper_limit_hz < s.StopFrequency) {
+    s.StopFrequency = upper_limit_hz;
+    s.LastPoint = RoundHalfEven(denominator * upper_limit_hz / half_rate);
+    if (s.LastPoint < s.FirstPoint + 10) {
+      s.LastPoint = s.FirstPoint + 10;
+      s.StopFrequency = s.LastPoint / denominator * half_rate;
+    }
+  }
+  DrawStatusPanel();
+  DrawSpectrum(s.SpectrumChannel, false);
 }
 
 void ScreenView::SetCenterSpanFromEntries(double centre_mhz, double span_mhz) {

@@ -27,12 +27,13 @@ class FakeHost : public DisplayHost {
     return spectrum::PlanLines{"OSC: 1 pts", ""};
   }
   void MixedDomainSpectrum(int, int) override {}
-  void ReapplyBandwidthLimit() override {}
+  double ReapplyBandwidthLimit() override { return upper_limit_hz; }
   void SendFftCentreSpan(double centre, double span) override { sent = {centre, span}; }
   void ShowCursorSourceTool(int channel) override { tool_shown = channel; }
   void SurfaceChanged() override {}
 
   bool sweep_mode = true;
+  double upper_limit_hz = 0;
   int tool_shown = 0;
   std::optional<std::pair<double, double>> sent;
 };
@@ -328,6 +329,16 @@ TEST_F(ScreenViewTest, ZoomingInUntilNoPointRemainsKeepsTheRange) {
   EXPECT_EQ(spectrum_.LastPoint, last);
   EXPECT_GT(last, first);
   EXPECT_NEAR((first + last) / 2.0, 300, 1);
+
+  // The reset shows the whole spectrum again, up to the upper limit while it is on.
+  host_.sweep_mode = false;
+  view_.ZoomView(kZoomReset);
+  EXPECT_EQ(spectrum_.FirstPoint, 1);
+  EXPECT_EQ(spectrum_.LastPoint, 1025);
+  host_.upper_limit_hz = 512e3;
+  view_.ZoomView(kZoomReset);
+  EXPECT_EQ(spectrum_.LastPoint, 512);
+  EXPECT_EQ(spectrum_.StopFrequency, 512e3);
 }
 
 TEST_F(ScreenViewTest, ZeroSpanShowsHalfTheTransform) {

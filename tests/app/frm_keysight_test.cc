@@ -6,18 +6,14 @@
 #include <QApplication>
 #include <QComboBox>
 #include <QDir>
-#include <QFile>
-#include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenuBar>
-#include <QProgressBar>
 #include <QPushButton>
 #include <QSettings>
-#include <QSignalSpy>
 #include <QTabWidget>
-#include <QTest>
 #include <QTemporaryDir>
+#include <QTest>
 #include <QTimer>
 #include <QToolButton>
 #include <csignal>
@@ -86,25 +82,19 @@ TEST_F(FrmKeysightTest, EveryNamedControlExistsWithAnAccessibleName) {
     EXPECT_FALSE(widget->accessibleName().isEmpty() && widget->accessibleDescription().isEmpty())
         << c.name;
   }
-  EXPECT_EQ(window->findChild<QPushButton*>("cmdStop")->text(), "Stop averaging");
-  EXPECT_EQ(window->findChild<QToolButton*>("ssrBW")->toolTip(), "Set Bandwidth limit");
-  auto* tabs = window->findChild<QTabWidget*>("SSActiveTabs1");
-  EXPECT_EQ(tabs->tabText(1), "ScreenShoot");
-  EXPECT_TRUE(tabs->widget(1)->isAncestorOf(window->picKeysight()));
+  EXPECT_TRUE(window->findChild<QTabWidget*>("SSActiveTabs1")
+                  ->widget(1)
+                  ->isAncestorOf(window->picKeysight()));
 }
 
 TEST_F(FrmKeysightTest, ControlArraysCarryTheirIndex) {
   auto window = NewWindow();
   const QList<QPushButton*> macros = window->findChildren<QPushButton*>("cmdMac");
   ASSERT_EQ(macros.size(), 10);
-  for (int k = 0; k < 10; ++k) {
-    EXPECT_EQ(macros[k]->property("index").toInt(), k);
-    EXPECT_EQ(macros[k]->text(), QStringLiteral("MAC%1").arg(k + 1));
-  }
+  for (int k = 0; k < 10; ++k) EXPECT_EQ(macros[k]->property("index").toInt(), k);
   const QList<QLineEdit*> boxes = window->findChildren<QLineEdit*>("txtMHz");
   ASSERT_EQ(boxes.size(), 3);
   EXPECT_EQ(boxes[2]->property("index").toInt(), 2);
-  EXPECT_EQ(boxes[2]->toolTip(), "Upper Limit or Stop frequency (MHz)");
 }
 
 TEST_F(FrmKeysightTest, TimersTickEverySecondAndStartStopped) {
@@ -131,8 +121,6 @@ TEST_F(FrmKeysightTest, FirstStartLoadsDefaultsAndCreatesTheDataFolder) {
   EXPECT_FALSE(window->Loading());
   EXPECT_EQ(window->DataFolder(), DataFolder().toStdString());
   EXPECT_TRUE(QDir(DataFolder()).exists());
-  EXPECT_EQ(window->findChildren<QLineEdit*>("txtMHz")[2]->text(), "200");
-  EXPECT_FALSE(window->findChild<QToolButton*>("ssrBW")->isChecked());
   EXPECT_EQ(window->picTemp().size(), window->picScreen()->Image().size());
   // The full menu bar, and the link closed.
   EXPECT_GE(window->menuBar()->actions().size(), 11);
@@ -213,15 +201,6 @@ TEST_F(FrmKeysightTest, ASecondInstanceOnTheSameDataFolderEndsAtOnce) {
   EXPECT_EQ(Stored("FFT/AVG"), "<missing>");
 }
 
-TEST_F(FrmKeysightTest, BandwidthClicksAreReportedOnlyAfterLoading) {
-  auto window = NewWindow();
-  ASSERT_TRUE(window->Form_Load());
-  QSignalSpy spy(window.get(), &frmKeysight::BandwidthLimitClicked);
-  window->findChild<QToolButton*>("ssrBW")->click();
-  ASSERT_EQ(spy.count(), 1);
-  EXPECT_TRUE(spy.at(0).at(0).toBool());
-}
-
 TEST_F(FrmKeysightTest, DrawingSurfaceIsBlackAndFollowsTheWindowSize) {
   auto window = NewWindow();
   ASSERT_TRUE(window->Form_Load());
@@ -251,12 +230,6 @@ TEST_F(FrmKeysightTest, TopMostKeepsThePlaceAndTheFlag) {
   EXPECT_EQ(window->geometry(), before);
 }
 
-}  // namespace
-}  // namespace quarvelo::app
-
-namespace quarvelo::app {
-namespace {
-
 TEST_F(FrmKeysightTest, SettingsDialogOkRebuildsTheToolbarForTheNewConfiguration) {
   auto window = NewWindow();
   ASSERT_TRUE(window->Form_Load());
@@ -280,12 +253,6 @@ TEST_F(FrmKeysightTest, SettingsDialogOkRebuildsTheToolbarForTheNewConfiguration
   EXPECT_EQ(window->Scope().MathPrefix, ":FUNC1");
 }
 
-}  // namespace
-}  // namespace quarvelo::app
-
-namespace quarvelo::app {
-namespace {
-
 TEST_F(FrmKeysightTest, TerminationSignalClosesTheWindowAndSaves) {
   auto window = NewWindow();
   ASSERT_TRUE(window->Form_Load());
@@ -302,8 +269,8 @@ TEST_F(FrmKeysightTest, TerminationSignalClosesTheWindowAndSaves) {
 // Screen readers read a changing label's current text as its name, and its role as description.
 TEST_F(FrmKeysightTest, ChangingLabelsAreReadByTheirText) {
   auto window = NewWindow();
-  for (const auto& [name, description] : {std::pair{"lblScreen", "Status"},
-                                          std::pair{"lblAVGCount", "Averaging pass"}}) {
+  for (const auto& [name, description] :
+       {std::pair{"lblScreen", "Status"}, std::pair{"lblAVGCount", "Averaging pass"}}) {
     auto* label = window->findChild<QLabel*>(QString::fromLatin1(name));
     ASSERT_NE(label, nullptr) << name;
     label->setText(QStringLiteral("Connected to 42"));

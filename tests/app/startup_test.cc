@@ -198,21 +198,5 @@ TEST_F(StartupTest, ClosingWhileMinimisedKeepsTheStoredGeometry) {
   EXPECT_EQ(store_.Find("FFT", "AVG"), "0");  // the rest is still saved
 }
 
-TEST_F(StartupTest, SettingsSurviveARestartUnchanged) {
-  store_.Set("FFT", "BWL", "123.25");
-  store_.Set("FFT", "AVG", "2");
-  Start();
-  Stop();
-  settings::MemorySettingsStore first_run = store_;
-  window_ = FakeWindow();
-  window_.geometry = {100, 200, 3000, 4000};
-  Start();
-  Stop();
-  for (const char* key : {"BWL", "AVG", "Window", "SCALE", "BW"}) {
-    EXPECT_EQ(store_.Find("FFT", key), first_run.Find("FFT", key)) << key;
-  }
-  EXPECT_EQ(store_.Find("FFT", "BWL"), "123.25");
-}
-
 }  // namespace
 }  // namespace quarvelo::app

@@ -66,16 +66,15 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(ScreenImageTest, InkSaverDrawsOnWhite) {
   Instrument instrument{InstrumentConfig{}};
-  std::string reply = instrument.Execute(":DISPlay:DATA? BMP8bit,COLor");  // ink saver is on
-  QImage image;
-  ASSERT_TRUE(
-      image.loadFromData(QByteArray(reply.data() + 10, static_cast<qsizetype>(reply.size() - 10))));
-  EXPECT_EQ(image.pixel(Graticule::kLeft + 3, Graticule::RowOf(3.3)), qRgb(255, 255, 255));
-  instrument.Execute(":HARDcopy:INKSaver OFF");
-  reply = instrument.Execute(":DISPlay:DATA? BMP8bit,COLor");
-  ASSERT_TRUE(
-      image.loadFromData(QByteArray(reply.data() + 10, static_cast<qsizetype>(reply.size() - 10))));
-  EXPECT_EQ(image.pixel(Graticule::kLeft + 3, Graticule::RowOf(3.3)), qRgb(0, 0, 0));
+  for (const auto& [command, colour] : {std::pair{"", qRgb(255, 255, 255)},  // ink saver is on
+                                        std::pair{":HARDcopy:INKSaver OFF", qRgb(0, 0, 0)}}) {
+    instrument.Execute(command);
+    std::string reply = instrument.Execute(":DISPlay:DATA? BMP8bit,COLor");
+    QImage image;
+    ASSERT_TRUE(image.loadFromData(
+        QByteArray(reply.data() + 10, static_cast<qsizetype>(reply.size() - 10))));
+    EXPECT_EQ(image.pixel(Graticule::kLeft + 3, Graticule::RowOf(3.3)), colour) << command;
+  }
 }
 
 TEST(ScreenImageTest, ReadoutsUseEngineeringUnits) {

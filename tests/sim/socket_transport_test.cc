@@ -18,11 +18,11 @@ constexpr milliseconds kShort{150};
 
 class SocketTransportTest : public testing::Test {
  protected:
-  void SetUp() override {
+  void SetUp() override { Start(0); }
+  void Start(double latency_ms) {
     SimulatorOptions options;
-    options.vxi11_port = -1;
-    options.portmapper_port = -1;
-    options.hislip_port = -1;
+    options.vxi11_port = options.portmapper_port = options.hislip_port = -1;
+    options.latency_ms = latency_ms;
     std::string error;
     simulator_ = Simulator::Start(options, &error);
     ASSERT_TRUE(simulator_) << error;
@@ -145,22 +145,11 @@ TEST_F(SocketTransportTest, StopClosesConnectionsAndRefusesNewOnes) {
   EXPECT_FALSE(LoopbackClient(port).connected());
 }
 
-}  // namespace
-}  // namespace quarvelo::sim
-
-namespace quarvelo::sim {
-namespace {
-
 // With a latency set, every exchange (commands included) and each slow command takes at least
 // the time the pace model gives it.
-TEST(PaceTest, LatencyAddsItsTimeToEveryExchangeAndSlowCommands) {
-  SimulatorOptions options;
-  options.vxi11_port = options.portmapper_port = options.hislip_port = -1;
-  options.latency_ms = 10;
-  std::string error;
-  std::unique_ptr<Simulator> simulator = Simulator::Start(options, &error);
-  ASSERT_TRUE(simulator) << error;
-  LoopbackClient client(simulator->socket_port());
+TEST_F(SocketTransportTest, LatencyAddsItsTimeToEveryExchangeAndSlowCommands) {
+  Start(10);
+  LoopbackClient client(simulator_->socket_port());
   ASSERT_TRUE(client.connected());
   using Clock = std::chrono::steady_clock;
   auto start = Clock::now();

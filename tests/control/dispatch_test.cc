@@ -243,14 +243,8 @@ TEST_F(DispatchTest, DvmSettleWaitsASecondUnderTheHourglass) {
   EXPECT_THAT(targets_.calls, ElementsAreArray({"ReadBackDvm", "RedrawScreen"}));
 }
 
-TEST_F(DispatchTest, CombosWriteTheUsersChoices) {
-  Pick("ID_Bins", 4);  // the list shows "4906"
-  EXPECT_EQ(256 << choices_.BinsIndex, 4096);
-  Pick("ID_AVG", 3);
-  EXPECT_EQ(choices_.AverageCount, 8);
-  Pick("ID_Window", 1);
-  EXPECT_EQ(FftSettingsOf(choices_).WindowIndex, 1);
-  targets_.calls.clear();
+// The other combos' choices: see the toolbar window test.
+TEST_F(DispatchTest, UnitChoiceClearsTheMarkers) {
   Pick("ID_Scale", 2);
   EXPECT_EQ(FftSettingsOf(choices_).SpectrumUnit, 2);
   EXPECT_THAT(targets_.calls, ElementsAreArray({"ClearMarkers"}));

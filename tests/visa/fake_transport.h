@@ -62,7 +62,6 @@ class FakeTransport : public Transport {
   const std::string& written() const { return written_; }
   int messages_ended() const { return messages_ended_; }
   int reads() const { return reads_; }
-  bool drained() const { return chunks_.empty(); }
 
  private:
   bool ends_on_line_feed_;

@@ -1,9 +1,12 @@
 // Pictures of the real flow for the documentation, made by the real window against the
-// simulated oscilloscope on loopback: Control switched on (the traces of the first sweep),
-// then FFT Channel 1 averaged over four passes, then the mixed-domain view of a sweep.
+// simulated oscilloscope on loopback: Control switched on and channels 2 and 3 shown (the
+// traces of a sweep), then FFT Channel 2 averaged over four passes and zoomed to 0..100 kHz,
+// where its fundamental and harmonics lie, then the mixed-domain view of a sweep.
 //   quarvelo_flow_snapshot TRACES.png SPECTRUM.png MIXED.png [WIDTH HEIGHT]
 // It runs offscreen with its own temporary settings and data folders.
 #include <QApplication>
+#include <QLineEdit>
+#include <QPushButton>
 #include <QPixmap>
 #include <QTemporaryDir>
 #include <QTimer>
@@ -85,11 +88,20 @@ int main(int argc, char* argv[]) {
     std::fprintf(stderr, "the link did not open\n");
     return 1;
   }
+  Press(window, "ID_CH2", true);
+  Press(window, "ID_CH3", true);
+  window.Dispatcher().ToolClick("ID_DIG");
   if (!Save(window, argv[1])) return 1;
 
-  // FFT Channel 1, averaged over four passes.
+  // FFT Channel 2, averaged over four passes, then centre 50 kHz and span 100 kHz.
   window.Settings().AverageCount = 4;
-  window.Dispatcher().ToolClick("ID_FFT1");
+  window.Dispatcher().ToolClick("ID_FFT2");
+  for (QLineEdit* box : window.findChildren<QLineEdit*>("txtMHz")) {
+    const int index = box->property("index").toInt();
+    if (index == 0) box->setText("0.05");
+    if (index == 1) box->setText("0.1");
+  }
+  window.findChild<QPushButton*>("cmdSet")->click();
   if (!Save(window, argv[2])) return 1;
 
   // Mixed Domain Interface on: the next sweep draws the spectrum of the shown samples too.

@@ -136,6 +136,7 @@ struct PeerCase {
 };
 
 std::string CaseName(const testing::TestParamInfo<PeerCase>& info) { return info.param.name; }
+void PrintTo(const PeerCase& c, std::ostream* os) { *os << c.name; }
 
 // The pyvisa-py client; the portmapper's port is patched in for VXI-11 because the library
 // otherwise asks port 111 only. "b:" reads a binary block and prints its length.
@@ -155,23 +156,34 @@ inst.close()
 )";
 
 const std::vector<Step> kPyvisaSession = {
-    {"q:*IDN?", "KEYSIGHT TECHNOLOGIES,*"},
     {"w::CHANnel1:SCALe 200mV", ""},
     {"q::CHANnel1:SCALe?", "+2.00000E-01"},
     {"w::CHANnel2:DISPlay 1;:WAVeform:SOURce CHANnel2;:WAVeform:POINts 1000", ""},
     {"b::WAVeform:DATA?", "1000"},
     {"q::SYSTem:ERRor?", "+0,\"No error\""}};
 
-// Over VXI-11 a query left unread when the next message arrives is discarded with -410.
-std::vector<Step> PyvisaVxi11Session() {
-  std::vector<Step> steps = kPyvisaSession;
-  steps.insert(steps.end(), {{"w:*IDN?", ""},
-                             {"w::CHANnel1:SCALe 0.5", ""},
-                             {"q::SYSTem:ERRor?", "-410,\"Query INTERRUPTED\""},
-                             {"q::SYSTem:ERRor?", "+0,\"No error\""}});
-  return steps;
+std::vector<Step> Joined(std::vector<Step> first, const std::vector<Step>& second) {
+  first.insert(first.end(), second.begin(), second.end());
+  return first;
 }
-const std::vector<Step> kPyvisaVxi11Session = PyvisaVxi11Session();
+
+// Over SOCKET a 2000X with a settable identity and live default signals gives the replies
+// client code relies on; over VXI-11 a query left unread when the next message arrives is
+// discarded with -410.
+const std::vector<Step> kPyvisaSocketSession =
+    Joined({{"q:*IDN?", "AGILENT TECHNOLOGIES,DSO-X 2024A,MY1,02.42.2017032900"},
+            {"q:*OPT?", "DSOX2WAVEGEN,DSOX2DVM"},
+            {"q::CHANnel1:PROBe:ID?", "NONE"},
+            {"q::RUN;:AER?", "+1"},
+            {"q::MEASure:FREQuency?", "+1.00000E+03"},  // the probe-compensation square
+            {"q::MEASure:VAMPlitude? CHANnel1", "~2.5"}},
+           kPyvisaSession);
+const std::vector<Step> kPyvisaVxi11Session =
+    Joined(Joined({{"q:*IDN?", "KEYSIGHT TECHNOLOGIES,*"}}, kPyvisaSession),
+           {{"w:*IDN?", ""},
+            {"w::CHANnel1:SCALe 0.5", ""},
+            {"q::SYSTem:ERRor?", "-410,\"Query INTERRUPTED\""},
+            {"q::SYSTem:ERRor?", "+0,\"No error\""}});
 
 class PyvisaTest : public testing::TestWithParam<PeerCase> {};
 
@@ -202,21 +214,12 @@ TEST_P(PyvisaTest, Session) {
 
 INSTANTIATE_TEST_SUITE_P(
     Clients, PyvisaTest,
-    testing::Values(PeerCase{"Socket", Transport::kSocket, {}, kPyvisaSession},
-                    PeerCase{"Vxi11", Transport::kVxi11, {}, kPyvisaVxi11Session},
-                    // A 2000X with a settable identity and live default signals.
-                    PeerCase{"FidelityReplies",
+    testing::Values(PeerCase{"Socket",
                              Transport::kSocket,
                              {"--model", "2000X", "--identity",
                               "AGILENT TECHNOLOGIES,DSO-X 2024A,MY1,02.42.2017032900"},
-                             {{"q:*IDN?", "AGILENT TECHNOLOGIES,DSO-X 2024A,MY1,02.42.2017032900"},
-                              {"q:*OPT?", "DSOX2WAVEGEN,DSOX2DVM"},
-                              {"q::CHANnel1:PROBe:ID?", "NONE"},
-                              {"q::RUN;:AER?", "+1"},
-                              {"q::MEASure:FREQuency?",
-                               "+1.00000E+03"},  // the probe-compensation square
-                              {"q::MEASure:VAMPlitude? CHANnel1", "~2.5"},
-                              {"q::SYSTem:ERRor?", "+0,\"No error\""}}}),
+                             kPyvisaSocketSession},
+                    PeerCase{"Vxi11", Transport::kVxi11, {}, kPyvisaVxi11Session}),
     CaseName);
 
 // `lxi scpi`, one message per call; a block's whole announced length must arrive.

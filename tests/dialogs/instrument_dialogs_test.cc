@@ -13,7 +13,6 @@
 #include <string>
 #include <vector>
 
-#include "dialogs/dialog_launcher.h"
 #include "dialogs/frmAnnotation.h"
 #include "dialogs/frmChannelLabel.h"
 #include "dialogs/frmMath.h"
@@ -308,25 +307,6 @@ TEST_F(InstrumentDialogTest, FrequencyShowsInTheUnitItsSizeCalls) {
     EXPECT_EQ(Find<QLineEdit>(dialog, "txtMHz")->text(), c.shown);
     EXPECT_TRUE(Find<QRadioButton>(dialog, "optFreq", c.unit)->isChecked());
   }
-}
-
-TEST_F(InstrumentDialogTest, GeneratorPanelIsOneNonModalWindowThatTheLinkCanClose) {
-  QWidget owner;
-  DialogLauncher launcher(Services(), &owner);
-  s_.readback.ReadBackWgen();
-  launcher.ShowWgenDialog();
-  frmWGEN* first = launcher.WgenDialog();
-  ASSERT_NE(first, nullptr);
-  EXPECT_TRUE(first->isVisible());
-  EXPECT_FALSE(first->isModal());
-  EXPECT_TRUE(s_.h.scope.WgenDialogOpen);
-  launcher.ShowWgenDialog();
-  EXPECT_EQ(launcher.WgenDialog(), first);
-  launcher.CloseWgenDialog();
-  EXPECT_FALSE(s_.h.scope.WgenDialogOpen);
-  launcher.ShowWgenDialog();
-  EXPECT_TRUE(s_.h.scope.WgenDialogOpen);
-  EXPECT_TRUE(launcher.WgenDialog()->isVisible());
 }
 
 TEST_F(InstrumentDialogTest, RunStopAndResetAskFirst) {

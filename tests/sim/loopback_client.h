@@ -30,11 +30,7 @@ class LoopbackClient {
       fd_ = -1;
     }
     int one = 1;
-    int receive_buffer = 8 * 1024 * 1024;
-    if (fd_ >= 0) {
-      setsockopt(fd_, IPPROTO_TCP, TCP_NODELAY, &one, sizeof one);
-      setsockopt(fd_, SOL_SOCKET, SO_RCVBUF, &receive_buffer, sizeof receive_buffer);
-    }
+    if (fd_ >= 0) setsockopt(fd_, IPPROTO_TCP, TCP_NODELAY, &one, sizeof one);
   }
   ~LoopbackClient() {
     if (fd_ >= 0) close(fd_);
@@ -56,15 +52,10 @@ class LoopbackClient {
   // Up to and including LF; nullopt on time-out or when the peer closes first.
   std::optional<std::string> ReadLine(std::chrono::milliseconds timeout) {
     auto deadline = std::chrono::steady_clock::now() + timeout;
-    while (true) {
-      size_t lf = buffer_.find('\n');
-      if (lf != std::string::npos) {
-        std::string line = buffer_.substr(0, lf + 1);
-        buffer_.erase(0, lf + 1);
-        return line;
-      }
+    while (buffer_.find('\n') == std::string::npos) {
       if (!Fill(deadline)) return std::nullopt;
     }
+    return Take(buffer_.find('\n') + 1);
   }
 
   std::optional<std::string> ReadExact(size_t count, std::chrono::milliseconds timeout) {
@@ -72,9 +63,7 @@ class LoopbackClient {
     while (buffer_.size() < count) {
       if (!Fill(deadline)) return std::nullopt;
     }
-    std::string bytes = buffer_.substr(0, count);
-    buffer_.erase(0, count);
-    return bytes;
+    return Take(count);
   }
 
   // A definite-length block and its LF: the data, or nullopt when it does not all arrive.
@@ -99,6 +88,12 @@ class LoopbackClient {
   size_t buffered() const { return buffer_.size(); }
 
  private:
+  std::string Take(size_t count) {
+    std::string bytes = buffer_.substr(0, count);
+    buffer_.erase(0, count);
+    return bytes;
+  }
+
   bool Fill(std::chrono::steady_clock::time_point deadline) {
     if (closed_) return false;
     auto left = std::chrono::duration_cast<std::chrono::milliseconds>(

@@ -58,6 +58,10 @@ TEST_F(WindowDialogsTest, GeneratorPanelStaysBesideTheWindowUntilTheLinkCloses) 
   window_->Link().CloseInstrument();
   EXPECT_FALSE(window_->Scope().WgenDialogOpen);
   EXPECT_FALSE(panel->isVisible());
+  window_->Link().OpenInstrument();
+  Trigger("ID_WGENSET");
+  EXPECT_TRUE(window_->Scope().WgenDialogOpen);
+  EXPECT_TRUE(window_->findChild<QWidget*>("frmWGEN")->isVisible()) << "opens again";
 }
 
 TEST_F(WindowDialogsTest, HelpToolOpensTheGuideInAWindowOfItsOwn) {

@@ -170,16 +170,14 @@ TEST_P(SineLevelTest, ReadsTheRmsLevelInTheChosenUnit) {
                    point / (n / 2.0 + 1) * host_.sample_rate * 1000 / 2);
 }
 
+// Each unit and each engine once: the engines' bins are checked against FFTW elsewhere.
 const double kRoot2 = std::sqrt(2.0);
 INSTANTIATE_TEST_SUITE_P(
     UnitsAndEngines, SineLevelTest,
     testing::Values(LevelCase{kModuleFft, kUnitVoltsRms, 2.0, 2.0 / kRoot2, 2e-3},
                     LevelCase{kModuleFft, kUnitDbv, 2.0, 20 * std::log10(2.0 / kRoot2), 0.01},
                     LevelCase{kModuleFft, kUnitDbm, 1.0, 10.0, 0.01},
-                    LevelCase{kModuleFft, kUnitDbm, 0.1, -10.0, 0.01},
                     LevelCase{kObjectFft, kUnitDbv, 0.5, 20 * std::log10(0.5 / kRoot2), 0.01},
-                    LevelCase{kObjectFft, kUnitDbm, 1.0, 10.0, 0.01},
-                    LevelCase{kDft, kUnitDbv, 1.0, 20 * std::log10(1.0 / kRoot2), 0.01},
                     LevelCase{kDft, kUnitVoltsRms, 1.0, 1.0 / kRoot2, 2e-3}));
 
 struct RangeCase {

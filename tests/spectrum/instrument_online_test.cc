@@ -11,36 +11,16 @@
 
 #include "display/time_base_control.h"
 #include "display/time_base_ladder.h"
-#include "link/instrument_link.h"
-#include "platform/settings/memory_settings_store.h"
 #include "platform/text/number_parse.h"
 #include "platform/text/number_text.h"
-#include "platform/ui/recording_ui.h"
-#include "sim/simulator.h"
 #include "spectrum/instrument_fft.h"
+#include "tests/link/online_scope.h"
 
 namespace quarvelo::spectrum {
 namespace {
 
 class InstrumentOnlineTest : public testing::Test {
  protected:
-  void SetUp() override {
-    sim::SimulatorOptions options;
-    options.vxi11_port = -1;
-    options.portmapper_port = -1;
-    options.hislip_port = -1;
-    std::string error;
-    simulator_ = sim::Simulator::Start(options, &error);
-    ASSERT_NE(simulator_, nullptr) << error;
-    session_.Address = simulator_->SocketResource();
-    link_.OpenInstrument();
-    ASSERT_TRUE(session_.RemoteOn);
-    simulator_->ClearTraffic();
-  }
-  void TearDown() override {
-    if (session_.RemoteOn) link_.CloseInstrument();
-  }
-
   InstrumentCommands Commands() {
     InstrumentCommands commands;
     commands.send_command = [this](std::string_view command) { link_.SendCommand(command); };
@@ -52,20 +32,12 @@ class InstrumentOnlineTest : public testing::Test {
     return std::find(received.begin(), received.end(), message) != received.end();
   }
 
-  std::unique_ptr<sim::Simulator> simulator_;
-  link::InstrumentSession session_;
-  link::StatusFlags flags_;
-  std::int16_t channel_count_ = 4;
-  bool has_dvm_ = true;
-  bool has_wgen_ = true;
-  bool tool_update_ = false;
-  ui::RecordingUi ui_;
-  ui::RecordingToolHost tools_;
-  settings::MemorySettingsStore settings_;
-  link::NoLinkHooks hooks_;
-  link::InstrumentLink link_{session_, flags_, {channel_count_, has_dvm_, has_wgen_, tool_update_},
-                             ui_,      tools_, settings_,
-                             hooks_};
+  testing_support::OnlineScope s_;
+  std::unique_ptr<sim::Simulator>& simulator_ = s_.simulator;
+  link::InstrumentSession& session_ = s_.h.session;
+  link::InstrumentLink& link_ = s_.h.link;
+  ui::RecordingUi& ui_ = s_.h.ui;
+  ui::RecordingToolHost& tools_ = s_.h.tools;
 };
 
 TEST_F(InstrumentOnlineTest, AutoConfigFftSetsTheInstrumentsOwnFft) {

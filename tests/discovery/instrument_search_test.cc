@@ -156,16 +156,29 @@ TEST(InstrumentSearchTest, CancelledOrUnreachableSearchesEndWithinTheirLimit) {
 // A host whose portmapper answers the UDP call but whose TCP side never replies: it is listed
 // without identity, and asking it costs its time-out, not more.
 TEST(InstrumentSearchTest, SilentInstrumentIsListedUnidentifiedWithinItsTimeOut) {
-  const int udp = socket(AF_INET, SOCK_DGRAM | SOCK_NONBLOCK, 0);
-  const int tcp = socket(AF_INET, SOCK_STREAM, 0);
+  int udp = -1;
+  int tcp = -1;
   sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
   socklen_t size = sizeof address;
-  ASSERT_EQ(bind(udp, reinterpret_cast<sockaddr*>(&address), size), 0);
-  getsockname(udp, reinterpret_cast<sockaddr*>(&address), &size);
-  // The same port over TCP accepts connections (backlog) and never reads them.
-  ASSERT_EQ(bind(tcp, reinterpret_cast<sockaddr*>(&address), size), 0);
+  // A free UDP port whose TCP twin is free too: other tests hold TCP ports of their own, so
+  // the pair is tried again when the TCP side is taken.
+  for (int attempt = 0; attempt < 20 && tcp < 0; ++attempt) {
+    if (udp >= 0) close(udp);
+    udp = socket(AF_INET, SOCK_DGRAM | SOCK_NONBLOCK, 0);
+    address = {};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    size = sizeof address;
+    ASSERT_EQ(bind(udp, reinterpret_cast<sockaddr*>(&address), size), 0);
+    getsockname(udp, reinterpret_cast<sockaddr*>(&address), &size);
+    // The same port over TCP accepts connections (backlog) and never reads them.
+    tcp = socket(AF_INET, SOCK_STREAM, 0);
+    if (bind(tcp, reinterpret_cast<sockaddr*>(&address), size) != 0) {
+      close(tcp);
+      tcp = -1;
+    }
+  }
+  ASSERT_GE(tcp, 0);
   ASSERT_EQ(listen(tcp, 4), 0);
   const std::uint16_t port = ntohs(address.sin_port);
 

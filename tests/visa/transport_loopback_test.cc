@@ -25,6 +25,10 @@
 namespace quarvelo::testing {
 namespace {
 
+// Generous for exchanges that should succeed: large blocks in small USB packets under the
+// sanitizers on a loaded machine take seconds, and a passing test never waits it out.
+constexpr ViUInt32 kExchangeTimeoutMs = 10000;
+
 using std::chrono::milliseconds;
 using visa::testing::UsbDeviceOptions;
 
@@ -71,14 +75,14 @@ class TransportTest : public ::testing::TestWithParam<Link> {
         ASSERT_EQ(transport->Start(), VI_SUCCESS);
         usb_log_.control_requests.clear();
         usb_ = std::make_unique<visa::Session>(std::move(transport));
-        usb_->SetTimeout(2000);
+        usb_->SetTimeout(kExchangeTimeoutMs);
         return;
       }
     }
     ASSERT_EQ(viOpenDefaultRM(&rm_), VI_SUCCESS);
     resource_ = resource;
     ASSERT_EQ(viOpen(rm_, resource.c_str(), VI_NO_LOCK, 2000, &vi_), VI_SUCCESS) << resource;
-    SetTimeout(2000);
+    SetTimeout(kExchangeTimeoutMs);
   }
   void TearDown() override {
     if (rm_ != VI_NULL) viClose(rm_);
@@ -220,7 +224,7 @@ TEST_P(TransportTest, TimeoutThenAGoodExchange) {
     if (silent) {
       EXPECT_EQ(Flush(VI_READ_BUF), VI_SUCCESS);
     }
-    SetTimeout(2000);
+    SetTimeout(kExchangeTimeoutMs);
     EXPECT_EQ(Query("*IDN?"), kIdn);
     EXPECT_EQ(status_, VI_SUCCESS);
   }

@@ -1,7 +1,7 @@
 // A USB-TMC device in software: it decodes the bulk-out transfers the host sends, hands each
 // complete message to a sim::MessageHandler, and answers REQUEST_DEV_DEP_MSG_IN with
 // DEV_DEP_MSG_IN transfers cut into packets, as an instrument on the bus would. Its aborts,
-// clears and halts follow the class specification's state tables (switchable quirks below),
+// clears and halts follow the USBTMC standard's state tables (switchable quirks below),
 // and it records what the host did, including every step the tables forbid.
 #ifndef QUARVELO_TESTS_VISA_SIMULATED_USBTMC_DEVICE_H_
 #define QUARVELO_TESTS_VISA_SIMULATED_USBTMC_DEVICE_H_
@@ -57,7 +57,7 @@ struct UsbDeviceLog {
   std::vector<bool> out_end_of_message;  // EOM of every DEV_DEP_MSG_OUT
   std::vector<std::uint32_t> out_sizes;  // TransferSize of every DEV_DEP_MSG_OUT
   std::vector<std::uint8_t> control_requests;
-  std::vector<std::string> violations;  // steps the class specification forbids
+  std::vector<std::string> violations;  // steps the USBTMC standard forbids
   int misaligned_transfers = 0;
   int bad_headers = 0;
   int stalls = 0;

@@ -1,4 +1,4 @@
-// The USB-TMC host against a device that follows the class specification's state tables, one
+// The USB-TMC host against a device that follows the USBTMC standard's state tables, one
 // fault or quirk at a time: each exchange that goes wrong must end as it should, leave no
 // halted endpoint and no step the tables forbid, and the next query must work.
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
 // USB-TMC over one claimed interface: DEV_DEP_MSG_OUT transfers with EOM on the last,
 // REQUEST_DEV_DEP_MSG_IN / DEV_DEP_MSG_IN until EOM, headers checked (MsgID, bTag, ~bTag)
-// even when they straddle bulk-in packets, and the recovery the class specification asks of
+// even when they straddle bulk-in packets, and the recovery the USBTMC standard asks of
 // a host: an abort (or a clear) after a time-out, the halts cleared that the device raised by
 // rule, and a stalled endpoint cleared together with the device.
 #ifndef QUARVELO_PLATFORM_VISA_USBTMC_USBTMC_TRANSPORT_H_

@@ -1,4 +1,4 @@
-#include "tests/visa/simulated_usbtmc_device.h"
+#include "sim/server/usbtmc_device.h"
 
 #include <algorithm>
 #include <cstring>
@@ -6,9 +6,12 @@
 
 #include "platform/visa/usbtmc/usbtmc_protocol.h"
 
-namespace quarvelo::visa::testing {
+namespace quarvelo::sim {
 
-using namespace usbtmc;
+using namespace visa::usbtmc;
+using visa::Clock;
+using visa::Deadline;
+using visa::kUsbStall;
 
 namespace {
 
@@ -17,8 +20,7 @@ constexpr std::uint8_t kBulkOut = 0x02;
 
 }  // namespace
 
-SimulatedUsbtmcDevice::SimulatedUsbtmcDevice(sim::MessageHandler* handler, UsbDeviceOptions options,
-                                             UsbDeviceLog* log)
+UsbtmcDevice::UsbtmcDevice(MessageHandler* handler, UsbDeviceOptions options, UsbDeviceLog* log)
     : handler_(handler), options_(options), log_(log) {
   if (options_.stale_session) {
     incoming_ = ":GARB";
@@ -26,7 +28,7 @@ SimulatedUsbtmcDevice::SimulatedUsbtmcDevice(sim::MessageHandler* handler, UsbDe
   }
 }
 
-void SimulatedUsbtmcDevice::ResetState() {
+void UsbtmcDevice::ResetState() {
   incoming_.clear();
   response_.clear();
   response_pending_ = false;
@@ -37,7 +39,7 @@ void SimulatedUsbtmcDevice::ResetState() {
   out_in_progress_ = false;
 }
 
-ViStatus SimulatedUsbtmcDevice::BulkOut(std::span<const std::byte> data, Deadline) {
+ViStatus UsbtmcDevice::BulkOut(std::span<const std::byte> data, Deadline) {
   if (gone_) return VI_ERROR_CONN_LOST;
   if (halted_out_) {
     ++log_->stalls;
@@ -89,7 +91,7 @@ ViStatus SimulatedUsbtmcDevice::BulkOut(std::span<const std::byte> data, Deadlin
   return VI_SUCCESS;
 }
 
-void SimulatedUsbtmcDevice::MessageComplete() {
+void UsbtmcDevice::MessageComplete() {
   std::string message = std::move(incoming_);
   incoming_.clear();
   if (!message.empty() && message.back() == '\n') message.pop_back();
@@ -107,7 +109,7 @@ void SimulatedUsbtmcDevice::MessageComplete() {
   drop_after_response_ = response.drop_connection;
 }
 
-void SimulatedUsbtmcDevice::StartTransfer() {
+void UsbtmcDevice::StartTransfer() {
   const std::size_t payload =
       std::min({response_.size(), options_.max_in_payload, std::size_t{request_size_}});
   const bool last = payload == response_.size();
@@ -133,8 +135,8 @@ void SimulatedUsbtmcDevice::StartTransfer() {
   request_pending_ = false;
 }
 
-ViStatus SimulatedUsbtmcDevice::BulkIn(std::span<std::byte> buffer, Deadline deadline,
-                                       std::size_t* count, bool* ended_short) {
+ViStatus UsbtmcDevice::BulkIn(std::span<std::byte> buffer, Deadline deadline, std::size_t* count,
+                              bool* ended_short) {
   *count = 0;
   *ended_short = false;
   if (gone_) return VI_ERROR_CONN_LOST;
@@ -197,9 +199,9 @@ ViStatus SimulatedUsbtmcDevice::BulkIn(std::span<std::byte> buffer, Deadline dea
   return VI_SUCCESS;
 }
 
-ViStatus SimulatedUsbtmcDevice::ControlIn(std::uint8_t, std::uint8_t request, std::uint16_t value,
-                                          std::uint16_t, std::span<std::byte> data, Deadline,
-                                          std::size_t* count) {
+ViStatus UsbtmcDevice::ControlIn(std::uint8_t, std::uint8_t request, std::uint16_t value,
+                                 std::uint16_t, std::span<std::byte> data, Deadline,
+                                 std::size_t* count) {
   if (gone_) return VI_ERROR_CONN_LOST;
   log_->control_requests.push_back(request);
   std::fill(data.begin(), data.end(), std::byte{0});
@@ -304,8 +306,8 @@ ViStatus SimulatedUsbtmcDevice::ControlIn(std::uint8_t, std::uint8_t request, st
   return VI_SUCCESS;
 }
 
-ViStatus SimulatedUsbtmcDevice::InterruptIn(std::span<std::byte> buffer, Deadline deadline,
-                                            std::size_t* count) {
+ViStatus UsbtmcDevice::InterruptIn(std::span<std::byte> buffer, Deadline deadline,
+                                   std::size_t* count) {
   *count = 0;
   if (!options_.interrupt_in) return VI_ERROR_NSUP_OPER;
   if (pending_status_tag_ == 0 || buffer.size() < 2) {
@@ -319,11 +321,11 @@ ViStatus SimulatedUsbtmcDevice::InterruptIn(std::span<std::byte> buffer, Deadlin
   return VI_SUCCESS;
 }
 
-ViStatus SimulatedUsbtmcDevice::ClearHalt(std::uint8_t endpoint) {
+ViStatus UsbtmcDevice::ClearHalt(std::uint8_t endpoint) {
   if (gone_) return VI_ERROR_CONN_LOST;
   if (endpoint == kBulkOut) halted_out_ = false;
   if (endpoint == kBulkIn) halted_in_ = false;
   return VI_SUCCESS;
 }
 
-}  // namespace quarvelo::visa::testing
+}  // namespace quarvelo::sim

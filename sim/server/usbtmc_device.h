@@ -1,10 +1,10 @@
 // A USB-TMC device in software: it decodes the bulk-out transfers the host sends, hands each
-// complete message to a sim::MessageHandler, and answers REQUEST_DEV_DEP_MSG_IN with
+// complete message to a MessageHandler, and answers REQUEST_DEV_DEP_MSG_IN with
 // DEV_DEP_MSG_IN transfers cut into packets, as an instrument on the bus would. Its aborts,
 // clears and halts follow the USBTMC standard's state tables (switchable quirks below),
 // and it records what the host did, including every step the tables forbid.
-#ifndef QUARVELO_TESTS_VISA_SIMULATED_USBTMC_DEVICE_H_
-#define QUARVELO_TESTS_VISA_SIMULATED_USBTMC_DEVICE_H_
+#ifndef QUARVELO_SIM_SERVER_USBTMC_DEVICE_H_
+#define QUARVELO_SIM_SERVER_USBTMC_DEVICE_H_
 
 #include <cstdint>
 #include <deque>
@@ -14,7 +14,7 @@
 #include "platform/visa/usbtmc/usb_backend.h"
 #include "sim/server/message_handler.h"
 
-namespace quarvelo::visa::testing {
+namespace quarvelo::sim {
 
 struct UsbDeviceOptions {
   std::size_t packet_size = 64;
@@ -63,17 +63,18 @@ struct UsbDeviceLog {
   int stalls = 0;
 };
 
-class SimulatedUsbtmcDevice : public UsbDevice {
+class UsbtmcDevice : public visa::UsbDevice {
  public:
-  SimulatedUsbtmcDevice(sim::MessageHandler* handler, UsbDeviceOptions options, UsbDeviceLog* log);
+  UsbtmcDevice(MessageHandler* handler, UsbDeviceOptions options, UsbDeviceLog* log);
 
-  ViStatus BulkOut(std::span<const std::byte> data, Deadline deadline) override;
-  ViStatus BulkIn(std::span<std::byte> buffer, Deadline deadline, std::size_t* count,
+  ViStatus BulkOut(std::span<const std::byte> data, visa::Deadline deadline) override;
+  ViStatus BulkIn(std::span<std::byte> buffer, visa::Deadline deadline, std::size_t* count,
                   bool* ended_short) override;
   ViStatus ControlIn(std::uint8_t request_type, std::uint8_t request, std::uint16_t value,
-                     std::uint16_t index, std::span<std::byte> data, Deadline deadline,
+                     std::uint16_t index, std::span<std::byte> data, visa::Deadline deadline,
                      std::size_t* count) override;
-  ViStatus InterruptIn(std::span<std::byte> buffer, Deadline deadline, std::size_t* count) override;
+  ViStatus InterruptIn(std::span<std::byte> buffer, visa::Deadline deadline,
+                       std::size_t* count) override;
   ViStatus ClearHalt(std::uint8_t endpoint) override;
 
   std::uint8_t interface_number() const override { return 0; }
@@ -91,13 +92,13 @@ class SimulatedUsbtmcDevice : public UsbDevice {
   void Violation(std::string what) { log_->violations.push_back(std::move(what)); }
   void ResetState();
 
-  sim::MessageHandler* handler_;
+  MessageHandler* handler_;
   UsbDeviceOptions options_;
   UsbDeviceLog* log_;
   std::string incoming_;  // the program message being received
   std::string response_;  // the response not yet sent
   bool response_pending_ = false;
-  Clock::time_point response_ready_{};
+  visa::Clock::time_point response_ready_{};
   bool drop_after_response_ = false;
   bool gone_ = false;
   bool request_pending_ = false;
@@ -120,6 +121,6 @@ class SimulatedUsbtmcDevice : public UsbDevice {
   std::uint8_t pending_status_tag_ = 0;
 };
 
-}  // namespace quarvelo::visa::testing
+}  // namespace quarvelo::sim
 
-#endif  // QUARVELO_TESTS_VISA_SIMULATED_USBTMC_DEVICE_H_
+#endif  // QUARVELO_SIM_SERVER_USBTMC_DEVICE_H_

@@ -18,8 +18,8 @@
 #include "sim/server/hislip_server.h"
 #include "sim/server/portmapper_server.h"
 #include "sim/server/socket_server.h"
+#include "sim/server/usbtmc_device.h"
 #include "sim/server/vxi11_server.h"
-#include "tests/visa/simulated_usbtmc_device.h"
 #include "tests/visa/test_instrument.h"
 
 namespace quarvelo::testing {
@@ -29,8 +29,8 @@ namespace {
 // sanitizers on a loaded machine take seconds, and a passing test never waits it out.
 constexpr ViUInt32 kExchangeTimeoutMs = 10000;
 
+using sim::UsbDeviceOptions;
 using std::chrono::milliseconds;
-using visa::testing::UsbDeviceOptions;
 
 enum class Kind { kSocket, kVxi11, kVxi11Core, kHislip, kUsbtmc };
 
@@ -68,8 +68,7 @@ class TransportTest : public ::testing::TestWithParam<Link> {
         resource = "TCPIP0::127.0.0.1::hislip0," + std::to_string(hislip_->port()) + "::INSTR";
         break;
       case Kind::kUsbtmc: {
-        auto device = std::make_unique<visa::testing::SimulatedUsbtmcDevice>(
-            &instrument_, GetParam().usb, &usb_log_);
+        auto device = std::make_unique<sim::UsbtmcDevice>(&instrument_, GetParam().usb, &usb_log_);
         usb_device_ = device.get();
         auto transport = std::make_unique<visa::UsbtmcTransport>(std::move(device));
         ASSERT_EQ(transport->Start(), VI_SUCCESS);
@@ -156,8 +155,8 @@ class TransportTest : public ::testing::TestWithParam<Link> {
   std::unique_ptr<sim::Vxi11Server> vxi11_;
   std::unique_ptr<sim::PortmapperServer> portmapper_;
   std::unique_ptr<sim::HislipServer> hislip_;
-  visa::testing::UsbDeviceLog usb_log_;
-  visa::testing::SimulatedUsbtmcDevice* usb_device_ = nullptr;
+  sim::UsbDeviceLog usb_log_;
+  sim::UsbtmcDevice* usb_device_ = nullptr;
   std::unique_ptr<visa::Session> usb_;
   std::string resource_;
   ViSession rm_ = VI_NULL;

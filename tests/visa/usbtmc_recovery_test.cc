@@ -13,23 +13,23 @@
 #include "platform/visa/session.h"
 #include "platform/visa/usbtmc/usbtmc_protocol.h"
 #include "platform/visa/usbtmc/usbtmc_transport.h"
-#include "tests/visa/simulated_usbtmc_device.h"
+#include "sim/server/usbtmc_device.h"
 #include "tests/visa/test_instrument.h"
 
 namespace quarvelo::testing {
 namespace {
 
+using sim::UsbDeviceLog;
+using sim::UsbDeviceOptions;
 using std::chrono::milliseconds;
 using visa::Session;
-using visa::testing::UsbDeviceLog;
-using visa::testing::UsbDeviceOptions;
 namespace usbtmc = visa::usbtmc;
 
 constexpr ViUInt32 kTimeoutMs = 150;
 
 struct UsbBench {
   explicit UsbBench(UsbDeviceOptions options) {
-    auto owned = std::make_unique<visa::testing::SimulatedUsbtmcDevice>(&instrument, options, &log);
+    auto owned = std::make_unique<sim::UsbtmcDevice>(&instrument, options, &log);
     device = owned.get();
     auto transport = std::make_unique<visa::UsbtmcTransport>(std::move(owned));
     started = transport->Start();
@@ -50,7 +50,7 @@ struct UsbBench {
 
   CannedHandler instrument;
   UsbDeviceLog log;
-  visa::testing::SimulatedUsbtmcDevice* device = nullptr;
+  sim::UsbtmcDevice* device = nullptr;
   ViStatus started = VI_SUCCESS;
   std::unique_ptr<Session> session;
 };
@@ -136,9 +136,8 @@ TEST(UsbtmcRecoveryTest, DeviceFaultsAndQuirks) {
 TEST(UsbtmcRecoveryTest, ClosingInMidReadAbortsTheTransfer) {
   CannedHandler instrument;
   UsbDeviceLog log;
-  auto transport = std::make_unique<visa::UsbtmcTransport>(
-      std::make_unique<visa::testing::SimulatedUsbtmcDevice>(
-          &instrument, UsbDeviceOptions{.packet_size = 8, .packets_per_bulk_in = 1}, &log));
+  auto transport = std::make_unique<visa::UsbtmcTransport>(std::make_unique<sim::UsbtmcDevice>(
+      &instrument, UsbDeviceOptions{.packet_size = 8, .packets_per_bulk_in = 1}, &log));
   ASSERT_EQ(WriteMessage(*transport, "*IDN?\n", In(500)), VI_SUCCESS);
   std::vector<std::byte> part(8);
   visa::ReadResult result;

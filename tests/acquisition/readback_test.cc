@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <map>
 #include <string>
 #include <vector>
 
@@ -16,12 +15,13 @@
 namespace quarvelo::acquisition {
 namespace {
 
+using testing_support::Fields;
 using testing_support::OnlineScope;
-using testing_support::ScopeModel;
+using testing_support::WithErrorQuery;
 
 bool AnySentStartsWith(const std::vector<std::string>& sent, std::string_view prefix) {
   return std::any_of(sent.begin(), sent.end(),
-                     [&](const std::string& m) { return m.rfind(prefix, 0) == 0; });
+                     [&](const std::string& m) { return m.starts_with(prefix); });
 }
 
 class RecordingReadbackHooks : public ReadbackHooks {
@@ -34,93 +34,37 @@ class RecordingReadbackHooks : public ReadbackHooks {
 
 TEST(ReadbackTest, ChangedInstrumentFillsEveryFieldAndChecksItsTools) {
   OnlineScope s;
-  for (const char* setting : {":CHANnel2:DISPlay 1",
-                              ":CHANnel2:PROBe 10",
-                              ":CHANnel2:SCALe 0.5",
-                              ":CHANnel2:OFFSet 0.25",
-                              ":CHANnel2:COUPling AC",
-                              ":CHANnel2:BWLimit 1",
-                              ":CHANnel2:INVert 1",
-                              ":CHANnel2:LABel \"ABC\"",
-                              ":CHANnel1:DISPlay 0",
-                              ":TRIGger:EDGE:SOURce CHANnel2",
-                              ":TRIGger:SWEep NORMal",
-                              ":TRIGger:NREJect 1",
-                              ":TRIGger:EDGE:SLOPe NEGative",
-                              ":TRIGger:EDGE:COUPling AC",
-                              ":TRIGger:EDGE:REJect HFReject",
-                              ":TRIGger:EDGE:LEVel 0.3",
-                              ":TRIGger:HOLDoff 1E-6",
-                              ":TIMebase:SCALe 2E-4",
-                              ":TIMebase:REFerence LEFT",
-                              ":TIMebase:POSition 1E-4",
-                              ":ACQuire:TYPE AVERage",
-                              ":ACQuire:COUNt 16",
-                              ":DISPlay:PERSistence INFinite",
-                              ":DISPlay:LABel 1",
-                              ":MEASure:SOURce CHANnel2",
-                              ":DVM:ENABle 1",
-                              ":DVM:MODE DC",
-                              ":DVM:SOURce CHANnel2",
-                              ":DVM:ARANge 1",
-                              ":FUNC1:DISPlay 1",
-                              ":FUNC1:OPERation FFT",
-                              ":WGEN1:OUTPut 1",
-                              ":DISPlay:ANNotation 1",
-                              ":DISPlay:ANNotation:TEXT \"Hello scope\"",
-                              ":DISPlay:ANNotation:COLor RED",
-                              ":DISPlay:ANNotation:BACKground INVerted"}) {
-    s.simulator->Execute(setting);
+  for (const char* settings :
+       {":CHANnel2:DISPlay 1;PROBe 10;SCALe 0.5;OFFSet 0.25;COUPling AC;BWLimit 1;INVert 1",
+        ":CHANnel2:LABel \"ABC\";:CHANnel1:DISPlay 0;:TRIGger:EDGE:SOURce CHANnel2",
+        ":TRIGger:SWEep NORMal;NREJect 1;:TRIGger:EDGE:SLOPe NEGative;COUPling AC;REJect HFReject",
+        ":TRIGger:EDGE:LEVel 0.3;:TRIGger:HOLDoff 1E-6;:TIMebase:SCALe 2E-4;REFerence LEFT",
+        ":TIMebase:POSition 1E-4;:ACQuire:TYPE AVERage;COUNt 16;:DISPlay:PERSistence INFinite",
+        ":DISPlay:LABel 1;:MEASure:SOURce CHANnel2;:DVM:ENABle 1;MODE DC;SOURce CHANnel2;ARANge 1",
+        ":FUNC1:DISPlay 1;OPERation FFT;:WGEN1:OUTPut 1;:DISPlay:ANNotation 1",
+        ":DISPlay:ANNotation:TEXT \"Hello scope\";COLor RED;BACKground INVerted;*CLS"}) {
+    s.simulator->Execute(settings);
   }
-  s.simulator->Execute("*CLS");
   RecordingReadbackHooks hooks;
   StateReadback readback(s.h.link, s.h.scope, s.records, s.h.ui, s.h.tools, hooks);
   readback.ReadBackState();
 
   const ScopeState& st = s.h.scope;
-  EXPECT_TRUE(s.h.session.RemoteOn);
-  EXPECT_EQ(st.Identity, s.simulator->Execute("*IDN?"));
   const ChannelSettings& ch2 = st.Channels[2];
-  EXPECT_TRUE(ch2.Displayed);
-  EXPECT_DOUBLE_EQ(ch2.Scale, 0.5);
-  EXPECT_DOUBLE_EQ(ch2.Offset, 0.25);
-  EXPECT_EQ(ch2.Coupling, "AC");
-  EXPECT_EQ(ch2.ProbeAttenuation, 10);
-  EXPECT_EQ(ch2.BandwidthLimit, 1);
-  EXPECT_TRUE(ch2.Inverted);
-  EXPECT_EQ(ch2.Label, "ABC");
-  EXPECT_FALSE(st.Channels[1].Displayed);
-  EXPECT_EQ(st.TriggerSource, "CHAN2");
-  EXPECT_EQ(st.TriggerChannel, 2);
-  EXPECT_EQ(st.TriggerSweepAuto, 0);
-  EXPECT_TRUE(st.NoiseReject);
-  EXPECT_EQ(st.TriggerSlope, "NEG");
-  EXPECT_EQ(st.TriggerCoupling, "A");
-  EXPECT_EQ(st.TriggerReject, "H");
-  EXPECT_DOUBLE_EQ(st.TriggerLevel, 0.3);
-  EXPECT_DOUBLE_EQ(st.Holdoff, 1e-6);
-  EXPECT_EQ(st.TriggerScaleIndex, 3) << "500 mV/div is the fourth step";
-  EXPECT_DOUBLE_EQ(st.TimebaseScale, 2e-4);
-  EXPECT_EQ(st.TimebaseReference, "L");
-  EXPECT_EQ(st.TimebaseMode, "M");
-  EXPECT_DOUBLE_EQ(st.TimebasePosition, 1e-4);
-  EXPECT_EQ(st.AcquireType, "AVER");
-  EXPECT_EQ(st.AcquireCount, 16);
-  EXPECT_EQ(st.PersistenceReply, "INF");
-  EXPECT_EQ(st.VariablePersistence, "2.0");
-  EXPECT_TRUE(st.DisplayLabels);
-  EXPECT_EQ(st.MeasureSource.substr(0, 5), "CHAN2");
-  EXPECT_TRUE(st.DvmEnabled);
-  EXPECT_EQ(st.DvmMode, 2);
-  EXPECT_EQ(st.DvmSource, 2);
-  EXPECT_EQ(st.DvmAutoRange, 1);
-  EXPECT_TRUE(st.MathDisplay);
-  EXPECT_EQ(st.MathOperation, "FFT");
-  EXPECT_TRUE(st.Wgen.OutputOn);
-  EXPECT_TRUE(st.AnnotationOn);
-  EXPECT_EQ(st.AnnotationText, "Hello scope");
-  EXPECT_EQ(st.AnnotationColor, "RED");
-  EXPECT_EQ(st.AnnotationBackground, "INV");
+  EXPECT_EQ(st.Identity, s.simulator->Execute("*IDN?"));
+  // 500 mV/div is the fourth V/div step (index 3).
+  EXPECT_EQ(Fields(ch2.Displayed, ch2.Scale, ch2.Offset, ch2.Coupling, ch2.ProbeAttenuation,
+                   ch2.BandwidthLimit, ch2.Inverted, ch2.Label, st.Channels[1].Displayed,
+                   st.TriggerSource, st.TriggerChannel, st.TriggerSweepAuto, st.NoiseReject,
+                   st.TriggerSlope, st.TriggerCoupling, st.TriggerReject, st.TriggerLevel,
+                   st.Holdoff, st.TriggerScaleIndex, st.TimebaseScale, st.TimebaseReference,
+                   st.TimebaseMode, st.TimebasePosition, st.AcquireType, st.AcquireCount,
+                   st.PersistenceReply, st.VariablePersistence, st.DisplayLabels,
+                   st.MeasureSource.substr(0, 5), st.DvmEnabled, st.DvmMode, st.DvmSource,
+                   st.DvmAutoRange, st.MathDisplay, st.MathOperation, st.Wgen.OutputOn,
+                   st.AnnotationOn, st.AnnotationText, st.AnnotationColor, st.AnnotationBackground),
+            "1|0.5|0.25|AC|10|1|1|ABC|0|CHAN2|2|0|1|NEG|A|H|0.3|1e-06|3|2e-04|L|M|1e-04|AVER|16|"
+            "INF|2.0|1|CHAN2|1|2|2|1|1|FFT|1|1|Hello scope|RED|INV|");
 
   for (const char* id :
        {"ID_CH2",       "ID_TGSN",      "ID_TGNR", "ID_TSN",      "ID_TCA",     "ID_TJH",
@@ -131,11 +75,12 @@ TEST(ReadbackTest, ChangedInstrumentFillsEveryFieldAndChecksItsTools) {
   }
   for (const char* id : {"ID_CH1", "ID_TGSA"}) EXPECT_FALSE(s.h.tools.ToolState(id)) << id;
   EXPECT_TRUE(s.h.tools.unguarded.empty()) << s.h.tools.unguarded.front();
-  EXPECT_FALSE(s.h.scope.ToolUpdateInProgress);
+  EXPECT_FALSE(st.ToolUpdateInProgress);
   EXPECT_EQ(s.h.ui.pointer(), ui::PointerShape::kDefault);
   EXPECT_EQ(hooks.time_bases, std::vector<double>{2e-4});
   EXPECT_EQ(hooks.sample_rates.size(), 1u);
   EXPECT_TRUE(s.h.ui.status_lines().empty()) << s.h.ui.status();
+  EXPECT_TRUE(s.h.session.RemoteOn);
   const auto sent = s.Sent();
   EXPECT_EQ(sent.at(0), "*IDN?");
   EXPECT_TRUE(AnySentStartsWith(sent, ":CHANnel4:LABel?"));
@@ -154,17 +99,14 @@ class TriggerSourceTest : public testing::TestWithParam<SourceCase> {};
 TEST_P(TriggerSourceTest, ReadsSourceChannelAndTool) {
   const SourceCase& c = GetParam();
   OnlineScope s;
-  s.simulator->Execute(c.command);
   // A scale between the V/div steps keeps the previous step index.
-  s.simulator->Execute(":CHANnel1:SCALe 0.3");
-  s.simulator->Execute(":CHANnel3:SCALe 0.3");
+  s.simulator->Execute(std::string(c.command) + ";:CHANnel1:SCALe 0.3;:CHANnel3:SCALe 0.3");
   s.h.scope.TriggerChannel = 4;
   s.h.scope.TriggerScaleIndex = 7;
   s.readback.ReadBackState();
-  EXPECT_EQ(s.h.scope.TriggerSource, c.source);
-  EXPECT_EQ(s.h.scope.TriggerChannel, c.channel);
+  EXPECT_EQ(Fields(s.h.scope.TriggerSource, s.h.scope.TriggerChannel, s.h.scope.TriggerScaleIndex),
+            Fields(c.source, c.channel, 7));
   EXPECT_TRUE(s.h.tools.ToolState(c.tool));
-  EXPECT_EQ(s.h.scope.TriggerScaleIndex, 7);
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -179,15 +121,10 @@ INSTANTIATE_TEST_SUITE_P(
 // Replies the simulator cannot give (no digital channels, an unknown source) are read by the
 // same reading the readback uses.
 TEST(TriggerSourceReplyTest, DigitalKeptAndUnknownFallsBackToChannelOne) {
-  const struct {
-    const char* reply;
-    const char* source;
-    int channel;
-  } cases[] = {{"DIG3", "DIG", 1}, {"XYZ", "CHA", 1}, {"", "CHA", 1}, {"CHAN9", "CHAN9", 1}};
-  for (const auto& c : cases) {
-    const TriggerSourceReading reading = TriggerSourceFromReply(c.reply);
-    EXPECT_EQ(reading.source, c.source) << c.reply;
-    EXPECT_EQ(reading.channel, c.channel) << c.reply;
+  for (const auto& [reply, fields] :
+       {std::pair{"DIG3", "DIG|1|"}, {"XYZ", "CHA|1|"}, {"", "CHA|1|"}, {"CHAN9", "CHAN9|1|"}}) {
+    const TriggerSourceReading reading = TriggerSourceFromReply(reply);
+    EXPECT_EQ(Fields(reading.source, reading.channel), fields) << reply;
   }
 }
 
@@ -204,15 +141,12 @@ class ModeReadbackTest : public testing::TestWithParam<ModeCase> {};
 TEST_P(ModeReadbackTest, ChecksTheToolAndKeepsTheVariablePersistence) {
   const ModeCase& c = GetParam();
   OnlineScope s;
-  s.simulator->Execute(":DVM:ENABle 1");
-  s.simulator->Execute(":DVM:MODE DC");
-  s.simulator->Execute(c.setting);
+  s.simulator->Execute(std::string(":DVM:ENABle 1;:DVM:MODE DC;") + c.setting);
   s.readback.ReadBackState();
   const std::string persistence = s.simulator->Execute(":DISPlay:PERSistence?");
   EXPECT_TRUE(s.h.tools.ToolState(c.tool)) << c.tool;
-  EXPECT_EQ(s.h.scope.PersistenceReply, persistence);
-  EXPECT_EQ(s.h.scope.VariablePersistence, c.variable_persistence ? persistence : "2.0");
-  EXPECT_EQ(s.h.scope.DvmMode, c.dvm_mode);
+  EXPECT_EQ(Fields(s.h.scope.PersistenceReply, s.h.scope.VariablePersistence, s.h.scope.DvmMode),
+            Fields(persistence, c.variable_persistence ? persistence : "2.0", c.dvm_mode));
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -243,10 +177,10 @@ TEST_P(WgenReadbackTest, AsksTheFunctionsAndModulationsOwnSettings) {
   std::vector<std::string> expected = {p + ":OUTPut?", p + ":FUNCtion?"};
   for (const auto& q : GetParam().queries) expected.push_back(p + q);
   expected.push_back(p + ":OUTPut:LOAD?");
-  EXPECT_EQ(s.Sent(), testing_support::WithErrorQuery(expected));
+  EXPECT_EQ(s.Sent(), WithErrorQuery(expected));
 
   const WgenSettings& w = s.h.scope.Wgen;
-  const std::map<std::string, double> fields = {
+  const std::pair<const char*, double> fields[] = {
       {":FREQuency?", w.Frequency},
       {":PERiod?", w.Period},
       {":VOLTage?", w.Amplitude},
@@ -264,10 +198,10 @@ TEST_P(WgenReadbackTest, AsksTheFunctionsAndModulationsOwnSettings) {
       {":MODulation:FUNCtion:RAMP:SYMMetry?", w.ModulationRampSymmetry},
       {":MODulation:FSKey:FREQuency?", w.FskFrequency},
       {":MODulation:FSKey:RATE?", w.FskRate}};
-  for (const auto& q : GetParam().queries) {
-    const auto field = fields.find(q);
-    if (field == fields.end()) continue;
-    EXPECT_DOUBLE_EQ(field->second, text::LeadingNumber(s.simulator->Execute(p + q))) << q;
+  for (const auto& [query, value] : fields) {
+    const auto& asked = GetParam().queries;
+    if (std::find(asked.begin(), asked.end(), query) == asked.end()) continue;
+    EXPECT_DOUBLE_EQ(value, text::LeadingNumber(s.simulator->Execute(p + query))) << query;
   }
   EXPECT_EQ(w.Function, s.simulator->Execute(p + ":FUNCtion?"));
   EXPECT_TRUE(s.h.tools.ToolState("ID_WGEN1"));
@@ -277,6 +211,7 @@ const std::vector<std::string> kTiming = {":FREQuency?", ":PERiod?"};
 const std::vector<std::string> kLevels = {":VOLTage?", ":VOLTage:OFFSet?", ":VOLTage:HIGH?",
                                           ":VOLTage:LOW?"};
 const std::vector<std::string> kModulation = {":MODulation:STATe?", ":MODulation:NOISe?"};
+const std::vector<std::string> kModulationKind = {":MODulation:TYPE?", ":MODulation:FUNCtion?"};
 
 std::vector<std::string> Join(std::initializer_list<std::vector<std::string>> parts) {
   std::vector<std::string> all;
@@ -284,106 +219,103 @@ std::vector<std::string> Join(std::initializer_list<std::vector<std::string>> pa
   return all;
 }
 
+const std::vector<std::string> kModulated = {":FUNCtion SINusoid", ":MODulation:STATe 1"};
+
 INSTANTIATE_TEST_SUITE_P(
     Functions, WgenReadbackTest,
-    testing::Values(
-        WgenCase{"Sine",
-                 {":FUNCtion SINusoid", ":FREQuency 3000"},
-                 Join({kTiming, kLevels, kModulation})},
-        WgenCase{"Square",
-                 {":FUNCtion SQUare", ":FUNCtion:SQUare:DCYCle 30"},
-                 Join({kTiming, kLevels, {":FUNCtion:SQUare:DCYCle?"}, kModulation})},
-        WgenCase{"Ramp",
-                 {":FUNCtion RAMP", ":FUNCtion:RAMP:SYMMetry 40"},
-                 Join({kTiming, kLevels, {":FUNCtion:RAMP:SYMMetry?"}, kModulation})},
-        WgenCase{"Pulse",
-                 {":FUNCtion PULSe", ":FUNCtion:PULSe:WIDTh 2E-4"},
-                 Join({kTiming, kLevels, {":FUNCtion:PULSe:WIDTh?"}, kModulation})},
-        WgenCase{"Noise", {":FUNCtion NOISe"}, Join({kLevels, kModulation})},
-        WgenCase{"Dc",
-                 {":FUNCtion DC", ":VOLTage:OFFSet 0.5"},
-                 Join({{":VOLTage:OFFSet?"}, kModulation})},
-        WgenCase{"OtherFunction",
-                 {":FUNCtion SINC"},
-                 Join({kTiming, {":VOLTage?", ":VOLTage:OFFSet?"}, kModulation})},
-        WgenCase{"Am",
-                 {":FUNCtion SINusoid", ":MODulation:STATe 1", ":MODulation:TYPE AM",
-                  ":MODulation:AM:DEPTh 40", ":MODulation:AM:FREQuency 300"},
-                 Join({kTiming,
-                       kLevels,
-                       kModulation,
-                       {":MODulation:TYPE?", ":MODulation:FUNCtion?", ":MODulation:AM:DEPTh?",
-                        ":MODulation:AM:FREQuency?", ":MODulation:FUNCtion:RAMP:SYMMetry?"}})},
-        WgenCase{"Fm",
-                 {":FUNCtion SINusoid", ":MODulation:STATe 1", ":MODulation:TYPE FM",
-                  ":MODulation:FM:DEViation 200", ":MODulation:FUNCtion:RAMP:SYMMetry 60"},
-                 Join({kTiming,
-                       kLevels,
-                       kModulation,
-                       {":MODulation:TYPE?", ":MODulation:FUNCtion?", ":MODulation:FM:DEViation?",
-                        ":MODulation:FM:FREQuency?", ":MODulation:FUNCtion:RAMP:SYMMetry?"}})},
-        WgenCase{"Fsk",
-                 {":FUNCtion SINusoid", ":MODulation:STATe 1", ":MODulation:TYPE FSK"},
-                 Join({kTiming,
-                       kLevels,
-                       kModulation,
-                       {":MODulation:TYPE?", ":MODulation:FSKey:FREQuency?",
-                        ":MODulation:FSKey:RATE?"}})}),
+    testing::Values(WgenCase{"Sine",
+                             {":FUNCtion SINusoid;:WGEN1:FREQuency 3000"},
+                             Join({kTiming, kLevels, kModulation})},
+                    WgenCase{"Square",
+                             {":FUNCtion SQUare;:WGEN1:FUNCtion:SQUare:DCYCle 30"},
+                             Join({kTiming, kLevels, {":FUNCtion:SQUare:DCYCle?"}, kModulation})},
+                    WgenCase{"Ramp",
+                             {":FUNCtion RAMP;:WGEN1:FUNCtion:RAMP:SYMMetry 40"},
+                             Join({kTiming, kLevels, {":FUNCtion:RAMP:SYMMetry?"}, kModulation})},
+                    WgenCase{"Pulse",
+                             {":FUNCtion PULSe;:WGEN1:FUNCtion:PULSe:WIDTh 2E-4"},
+                             Join({kTiming, kLevels, {":FUNCtion:PULSe:WIDTh?"}, kModulation})},
+                    WgenCase{"Noise", {":FUNCtion NOISe"}, Join({kLevels, kModulation})},
+                    WgenCase{"Dc",
+                             {":FUNCtion DC;:WGEN1:VOLTage:OFFSet 0.5"},
+                             Join({{":VOLTage:OFFSet?"}, kModulation})},
+                    WgenCase{"OtherFunction",
+                             {":FUNCtion SINC"},
+                             Join({kTiming, {":VOLTage?", ":VOLTage:OFFSet?"}, kModulation})},
+                    WgenCase{"Am",
+                             Join({kModulated, {":MODulation:TYPE AM;AM:DEPTh 40;FREQuency 300"}}),
+                             Join({kTiming,
+                                   kLevels,
+                                   kModulation,
+                                   kModulationKind,
+                                   {":MODulation:AM:DEPTh?", ":MODulation:AM:FREQuency?",
+                                    ":MODulation:FUNCtion:RAMP:SYMMetry?"}})},
+                    WgenCase{"Fm",
+                             Join({kModulated,
+                                   {":MODulation:TYPE FM;FM:DEViation "
+                                    "200;:WGEN1:MODulation:FUNCtion:RAMP:SYMMetry 60"}}),
+                             Join({kTiming,
+                                   kLevels,
+                                   kModulation,
+                                   kModulationKind,
+                                   {":MODulation:FM:DEViation?", ":MODulation:FM:FREQuency?",
+                                    ":MODulation:FUNCtion:RAMP:SYMMetry?"}})},
+                    WgenCase{"Fsk", Join({kModulated, {":MODulation:TYPE FSK"}}),
+                             Join({kTiming,
+                                   kLevels,
+                                   kModulation,
+                                   {":MODulation:TYPE?", ":MODulation:FSKey:FREQuency?",
+                                    ":MODulation:FSKey:RATE?"}})}),
     [](const testing::TestParamInfo<WgenCase>& info) { return std::string(info.param.name); });
 
 TEST(ReadbackTest, NoValueFromTheVoltmeterIsStoredAsZero) {
   OnlineScope s;
   // A frequency reading of an input without a repeating signal has no value.
-  s.simulator->Execute(":SIMulate:CHANnel2:SIGNal NONE");
-  s.simulator->Execute(":DVM:ENABle 1");
-  s.simulator->Execute(":DVM:SOURce CHANnel2");
-  s.simulator->Execute(":DVM:MODE FREQ");
+  s.simulator->Execute(
+      ":SIMulate:CHANnel2:SIGNal NONE;:DVM:ENABle 1;:DVM:SOURce CHANnel2;:DVM:MODE FREQ");
   ASSERT_GT(text::LeadingNumber(s.simulator->Execute(":DVM:CURRent?")), 1e37);
   ASSERT_GT(text::LeadingNumber(s.simulator->Execute(":DVM:FREQuency?")), 1e37);
-  s.h.scope.DvmReading = 5;
-  s.h.scope.DvmFrequency = 5;
+  s.h.scope.DvmReading = s.h.scope.DvmFrequency = 5;
   s.readback.ReadBackDvm();
-  EXPECT_EQ(s.h.scope.DvmMode, 4);
-  EXPECT_EQ(s.h.scope.DvmReading, 0);
-  EXPECT_EQ(s.h.scope.DvmFrequency, 0);
+  EXPECT_EQ(Fields(s.h.scope.DvmMode, s.h.scope.DvmReading, s.h.scope.DvmFrequency), "4|0|0|");
   EXPECT_TRUE(s.h.tools.ToolState("ID_DVMM4"));
 }
 
 // A quoted label and text: see the changed-instrument test.
-TEST(ReadbackTest, EmptyQuotedAnnotationIsEmpty) {
+TEST(ReadbackTest, AnnotationOffLeavesItsFieldsUnlessAllAreAskedAndEmptyQuotesAreEmpty) {
   OnlineScope s;
-  s.simulator->Execute(":DISPlay:ANNotation:TEXT \"\"");
-  s.simulator->Execute(":DISPlay:ANNotation 1");
+  s.simulator->Execute(":DISPlay:ANNotation 0;:DISPlay:ANNotation:TEXT \"new\"");
   s.h.scope.AnnotationText = "old";
+  s.h.scope.AnnotationColor = "CH1";
+  s.readback.ReadBackAnnotation(false);
+  EXPECT_EQ(Fields(s.h.scope.AnnotationOn, s.h.scope.AnnotationText, s.h.scope.AnnotationColor),
+            "0|old|CH1|");
+  EXPECT_EQ(s.Sent(), WithErrorQuery({":DISPlay:ANNotation?"}));
+  s.readback.ReadBackAnnotation(true);
+  EXPECT_EQ(s.h.scope.AnnotationText, "new");
+  s.simulator->Execute(":DISPlay:ANNotation:TEXT \"\";:DISPlay:ANNotation 1");
   s.readback.ReadBackState();
   EXPECT_EQ(s.h.scope.AnnotationText, "");
 }
 
-TEST(ReadbackTest, AnnotationOffLeavesItsFieldsUnlessAllAreAsked) {
-  OnlineScope s;
-  s.simulator->Execute(":DISPlay:ANNotation 0");
-  s.simulator->Execute(":DISPlay:ANNotation:TEXT \"new\"");
-  s.h.scope.AnnotationText = "old";
-  s.h.scope.AnnotationColor = "CH1";
-  s.h.scope.AnnotationBackground = "OPAQ";
-  s.readback.ReadBackAnnotation(false);
-  EXPECT_FALSE(s.h.scope.AnnotationOn);
-  EXPECT_EQ(s.h.scope.AnnotationText, "old");
-  EXPECT_EQ(s.h.scope.AnnotationColor, "CH1");
-  EXPECT_EQ(s.Sent(), testing_support::WithErrorQuery({":DISPlay:ANNotation?"}));
-  s.readback.ReadBackAnnotation(true);
-  EXPECT_EQ(s.h.scope.AnnotationText, "new");
-}
-
-TEST(ReadbackTest, TwoChannelInstrumentIsNeverAskedAboutChannelsThreeAndFour) {
-  OnlineScope s({.channels = 2});
+// The whole readback of the single-function family: every query the readback sends (its
+// :FUNC and :WGEN prefixes included) is answered without an instrument error, and channels
+// three and four are never asked.
+TEST(ReadbackTest, TwoChannelTwoThousandXIsReadWithoutErrorsOrChannelsThreeAndFour) {
+  OnlineScope s({.model = "2000X", .channels = 2});
+  s.simulator->Execute(":WGEN:MODulation:STATe 1;:WGEN:MODulation:TYPE FM;:DVM:ENABle 1");
   s.h.scope.Channels[3].Label = "untouched";
   s.readback.ReadBackState();
+  s.readback.ReadBackMath(true);
   const auto sent = s.Sent();
   EXPECT_TRUE(AnySentStartsWith(sent, ":CHANnel2:"));
+  EXPECT_TRUE(AnySentStartsWith(sent, ":WGEN:MODulation:FM"));
+  EXPECT_TRUE(AnySentStartsWith(sent, ":FUNC:GOFT"));
   EXPECT_FALSE(AnySentStartsWith(sent, ":CHANnel3"));
   EXPECT_FALSE(AnySentStartsWith(sent, ":CHANnel4"));
   EXPECT_EQ(s.h.scope.Channels[3].Label, "untouched");
+  EXPECT_TRUE(s.h.ui.status_lines().empty()) << s.h.ui.status();
+  EXPECT_TRUE(s.h.session.RemoteOn);
 }
 
 TEST(ReadbackTest, AbsentOptionsAreNotAsked) {
@@ -419,17 +351,8 @@ struct MathCase {
   const char* name;
   const char* model;
   const char* prefix;
-  std::vector<std::string> settings;
-  bool display;
-  const char* operation;
-  const char* source1;
-  const char* source2;
-  std::int16_t vertical_type;
-  std::int16_t window;
-  std::int16_t scale;
-  const char* goft_operation;  // expected g(t) fields; "unread" when they must not be asked
-  const char* goft_source1;
-  const char* goft_source2;
+  const char* settings;  // after the shared ones
+  const char* fields;    // display to g(t) source 2; g(t) "unread" when it must not be asked
   const char* operation_tool;
   const char* function_tool;
 };
@@ -439,44 +362,34 @@ class MathReadbackTest : public testing::TestWithParam<MathCase> {};
 TEST_P(MathReadbackTest, ReadsEveryFieldOfTheNamedFunction) {
   const MathCase& c = GetParam();
   OnlineScope s({.model = c.model});
-  s.h.scope.MathPrefix = c.prefix;
-  for (const auto& setting : c.settings) s.simulator->Execute(setting);
-  s.simulator->Execute("*CLS");
-  s.h.scope.GoftOperation = s.h.scope.GoftSource1 = s.h.scope.GoftSource2 = "unread";
+  const std::string p = c.prefix;
+  s.h.scope.MathPrefix = p;
+  s.simulator->Execute(p + ":FFT:CENTer 2E6;SPAN 4E6;" + p + ":OFFSet 0.5;RANGe 16;REFerence -20");
+  s.simulator->Execute(std::string(c.settings) + ";*CLS");
+  ScopeState& st = s.h.scope;
+  st.GoftOperation = st.GoftSource1 = st.GoftSource2 = "unread";
   s.readback.ReadBackMath(true);
 
-  const ScopeState& st = s.h.scope;
-  EXPECT_EQ(st.MathDisplay, c.display);
-  EXPECT_EQ(st.MathOperation, c.operation);
-  EXPECT_DOUBLE_EQ(st.FftCenter, 2e6);
-  EXPECT_DOUBLE_EQ(st.FftSpan, 4e6);
-  EXPECT_EQ(st.FftVerticalType, c.vertical_type);
-  EXPECT_EQ(st.FftWindow, c.window);
-  EXPECT_DOUBLE_EQ(st.MathOffset, 0.5);
-  EXPECT_DOUBLE_EQ(st.MathRange, 16);
-  EXPECT_DOUBLE_EQ(st.MathReference, -20);
-  EXPECT_EQ(st.MathScale, c.scale);
-  EXPECT_EQ(st.MathSource1, c.source1);
-  EXPECT_EQ(st.MathSource2, c.source2);
-  EXPECT_EQ(st.GoftOperation, c.goft_operation);
-  EXPECT_EQ(st.GoftSource1, c.goft_source1);
-  EXPECT_EQ(st.GoftSource2, c.goft_source2);
-
-  const std::string p = c.prefix;
-  std::vector<std::string> queries = {p + ":DISPlay?",  p + ":OPERation?", p + ":FFT:CENTer?",
-                                      p + ":FFT:SPAN?", p + ":FFT:VTYPe?", p + ":FFT:WINDow?",
-                                      p + ":OFFSet?",   p + ":RANGe?",     p + ":REFerence?",
-                                      p + ":SCALe?",    p + ":SOURce1?",   p + ":SOURce2?"};
+  EXPECT_EQ(
+      Fields(st.MathDisplay, st.MathOperation, st.FftCenter, st.FftSpan, st.FftVerticalType,
+             st.FftWindow, st.MathOffset, st.MathRange, st.MathReference, st.MathScale,
+             st.MathSource1, st.MathSource2, st.GoftOperation, st.GoftSource1, st.GoftSource2),
+      c.fields);
+  std::vector<std::string> queries;
+  for (const char* q :
+       {":DISPlay?", ":OPERation?", ":FFT:CENTer?", ":FFT:SPAN?", ":FFT:VTYPe?", ":FFT:WINDow?",
+        ":OFFSet?", ":RANGe?", ":REFerence?", ":SCALe?", ":SOURce1?", ":SOURce2?"}) {
+    queries.push_back(p + q);
+  }
   if (std::string(c.model) == "2000X") {
     for (const char* q : {":GOFT:OPERation?", ":GOFT:SOURce1?", ":GOFT:SOURce2?"}) {
       queries.push_back(p + q);
     }
   }
-  EXPECT_EQ(s.Sent(), testing_support::WithErrorQuery(queries));
+  EXPECT_EQ(s.Sent(), WithErrorQuery(queries));
   EXPECT_TRUE(s.h.ui.status_lines().empty()) << s.h.ui.status();
   EXPECT_TRUE(s.h.session.RemoteOn);
-
-  EXPECT_EQ(s.h.tools.ToolState("ID_MATHDISP"), c.display);
+  EXPECT_EQ(s.h.tools.ToolState("ID_MATHDISP"), st.MathDisplay);
   EXPECT_TRUE(s.h.tools.ToolState(c.function_tool)) << c.function_tool;
   if (*c.operation_tool != '\0') {
     EXPECT_TRUE(s.h.tools.ToolState(c.operation_tool)) << c.operation_tool;
@@ -485,42 +398,27 @@ TEST_P(MathReadbackTest, ReadsEveryFieldOfTheNamedFunction) {
   EXPECT_FALSE(st.ToolUpdateInProgress);
 }
 
-// Settings shared by every case; each case adds its own after them.
-std::vector<std::string> MathSettings(const std::string& p, std::vector<std::string> own) {
-  std::vector<std::string> all = {p + ":FFT:CENTer 2E6", p + ":FFT:SPAN 4E6", p + ":OFFSet 0.5",
-                                  p + ":RANGe 16", p + ":REFerence -20"};
-  all.insert(all.end(), own.begin(), own.end());
-  return all;
-}
-
 INSTANTIATE_TEST_SUITE_P(
     Functions, MathReadbackTest,
     testing::Values(
-        MathCase{
-            "SingleFunction", "2000X", ":FUNC",
-            MathSettings(":FUNC",
-                         {":FUNC:DISPlay 1", ":FUNC:OPERation SUBTract", ":FUNC:SOURce1 GOFT",
-                          ":FUNC:SOURce2 CHANnel3", ":FUNC:GOFT:OPERation MULTiply",
-                          ":FUNC:GOFT:SOURce1 CHANnel3", ":FUNC:GOFT:SOURce2 CHANnel4",
-                          ":FUNC:FFT:VTYPe VRMS", ":FUNC:FFT:WINDow FLATtop", ":FUNC:SCALe 2.6"}),
-            true, "SUBT", "GOFT", "CHAN3", 1, 2, 3, "MULT", "CHAN3", "CHAN4", "ID_MATHSUBT",
-            "ID_MATHFUNC"},
+        MathCase{"SingleFunction", "2000X", ":FUNC",
+                 ":FUNC:DISPlay 1;OPERation SUBTract;SOURce1 GOFT;SOURce2 CHANnel3;"
+                 ":FUNC:GOFT:OPERation MULTiply;SOURce1 CHANnel3;SOURce2 CHANnel4;"
+                 ":FUNC:FFT:VTYPe VRMS;WINDow FLATtop;:FUNC:SCALe 2.6",
+                 "1|SUBT|2e+06|4e+06|1|2|0.5|16|-20|3|GOFT|CHAN3|MULT|CHAN3|CHAN4|", "ID_MATHSUBT",
+                 "ID_MATHFUNC"},
         MathCase{"FirstOfTwo", "3000X", ":FUNC1",
-                 MathSettings(":FUNC1", {":FUNC1:DISPlay 1", ":FUNC1:OPERation FFT",
-                                         ":FUNC1:SOURce1 CHANnel2", ":FUNC1:SOURce2 CHANnel4",
-                                         ":FUNC1:FFT:WINDow BHARris", ":FUNC1:SCALe 7",
-                                         ":FUNC2:OPERation MULTiply"}),
-                 true, "FFT", "CHAN2", "CHAN4", 0, 3, 7, "unread", "unread", "unread", "ID_MATHFFT",
-                 "ID_MATHFUNC1"},
+                 ":FUNC1:DISPlay 1;OPERation FFT;SOURce1 CHANnel2;SOURce2 CHANnel4;"
+                 ":FUNC1:FFT:WINDow BHARris;:FUNC1:SCALe 7;:FUNC2:OPERation MULTiply",
+                 "1|FFT|2e+06|4e+06|0|3|0.5|16|-20|7|CHAN2|CHAN4|unread|unread|unread|",
+                 "ID_MATHFFT", "ID_MATHFUNC1"},
         // The second function differs from the first in every field, so a wrong prefix shows.
-        MathCase{
-            "SecondOfTwo", "3000X", ":FUNC2",
-            MathSettings(":FUNC2", {":FUNC1:DISPlay 1", ":FUNC1:OPERation FFT", ":FUNC2:DISPlay 0",
-                                    ":FUNC2:OPERation INTegrate", ":FUNC2:SOURce1 FUNCtion1",
-                                    ":FUNC2:SOURce2 CHANnel1", ":FUNC2:FFT:VTYPe VRMS",
-                                    ":FUNC2:FFT:WINDow RECTangular", ":FUNC2:SCALe 0.4"}),
-            false, "INT", "FUNC1", "CHAN1", 1, 0, 0, "unread", "unread", "unread", "",
-            "ID_MATHFUNC2"}),
+        MathCase{"SecondOfTwo", "3000X", ":FUNC2",
+                 ":FUNC1:DISPlay 1;OPERation FFT;:FUNC2:DISPlay 0;OPERation INTegrate;"
+                 ":FUNC2:SOURce1 FUNCtion1;SOURce2 CHANnel1;:FUNC2:FFT:VTYPe VRMS;"
+                 ":FUNC2:FFT:WINDow RECTangular;:FUNC2:SCALe 0.4",
+                 "0|INT|2e+06|4e+06|1|0|0.5|16|-20|0|FUNC1|CHAN1|unread|unread|unread|", "",
+                 "ID_MATHFUNC2"}),
     [](const testing::TestParamInfo<MathCase>& info) { return std::string(info.param.name); });
 
 TEST(ReadbackTest, OffLineReadsNothing) {
@@ -528,9 +426,7 @@ TEST(ReadbackTest, OffLineReadsNothing) {
   WaveformRecords records;
   NoReadbackHooks hooks;
   StateReadback readback(h.link, h.scope, records, h.ui, h.tools, hooks);
-  h.scope.HasDvm = h.scope.HasWgen = true;
-  h.scope.DvmEnabled = true;
-  h.scope.AnnotationOn = true;
+  h.scope.HasDvm = h.scope.HasWgen = h.scope.DvmEnabled = h.scope.AnnotationOn = true;
   readback.ReadBackState();
   readback.ReadBackDvm();
   readback.ReadBackAnnotation(true);

@@ -160,22 +160,29 @@ INSTANTIATE_TEST_SUITE_P(
 // its own field.
 struct WgenCase {
   const char* name;
-  std::vector<std::string> settings;  // after the prefix
-  std::vector<std::string> queries;   // between ":FUNCtion?" and ":OUTPut:LOAD?"
+  const char* prefix;
+  std::string settings;  // after the prefix
+  std::string queries;   // between ":FUNCtion?" and ":OUTPut:LOAD?", a blank after each
 };
 
 class WgenReadbackTest : public testing::TestWithParam<WgenCase> {};
 
 TEST_P(WgenReadbackTest, AsksTheFunctionsAndModulationsOwnSettings) {
+  const WgenCase& c = GetParam();
   OnlineScope s;
-  const std::string p = ":WGEN1";
-  for (const auto& setting : GetParam().settings) s.simulator->Execute(p + setting);
+  const std::string p = c.prefix;
+  s.h.scope.WgenPrefix = p;
+  s.simulator->Execute(p + c.settings);
   ASSERT_EQ(text::LeadingNumber(s.simulator->Execute(":SYSTem:ERRor?")), 0);
   s.simulator->ClearTraffic();
   s.readback.ReadBackWgen();
 
+  std::vector<std::string> asked;
   std::vector<std::string> expected = {p + ":OUTPut?", p + ":FUNCtion?"};
-  for (const auto& q : GetParam().queries) expected.push_back(p + q);
+  for (size_t at = 0, end; (end = c.queries.find(' ', at)) != std::string::npos; at = end + 1) {
+    asked.push_back(c.queries.substr(at, end - at));
+    expected.push_back(p + asked.back());
+  }
   expected.push_back(p + ":OUTPut:LOAD?");
   EXPECT_EQ(s.Sent(), WithErrorQuery(expected));
 
@@ -199,73 +206,47 @@ TEST_P(WgenReadbackTest, AsksTheFunctionsAndModulationsOwnSettings) {
       {":MODulation:FSKey:FREQuency?", w.FskFrequency},
       {":MODulation:FSKey:RATE?", w.FskRate}};
   for (const auto& [query, value] : fields) {
-    const auto& asked = GetParam().queries;
     if (std::find(asked.begin(), asked.end(), query) == asked.end()) continue;
     EXPECT_DOUBLE_EQ(value, text::LeadingNumber(s.simulator->Execute(p + query))) << query;
   }
   EXPECT_EQ(w.Function, s.simulator->Execute(p + ":FUNCtion?"));
-  EXPECT_TRUE(s.h.tools.ToolState("ID_WGEN1"));
+  EXPECT_TRUE(s.h.tools.ToolState("ID_" + p.substr(1)));
 }
 
-const std::vector<std::string> kTiming = {":FREQuency?", ":PERiod?"};
-const std::vector<std::string> kLevels = {":VOLTage?", ":VOLTage:OFFSet?", ":VOLTage:HIGH?",
-                                          ":VOLTage:LOW?"};
-const std::vector<std::string> kModulation = {":MODulation:STATe?", ":MODulation:NOISe?"};
-const std::vector<std::string> kModulationKind = {":MODulation:TYPE?", ":MODulation:FUNCtion?"};
-
-std::vector<std::string> Join(std::initializer_list<std::vector<std::string>> parts) {
-  std::vector<std::string> all;
-  for (const auto& part : parts) all.insert(all.end(), part.begin(), part.end());
-  return all;
-}
-
-const std::vector<std::string> kModulated = {":FUNCtion SINusoid", ":MODulation:STATe 1"};
+const std::string kShape =
+    ":FREQuency? :PERiod? :VOLTage? :VOLTage:OFFSet? :VOLTage:HIGH? "
+    ":VOLTage:LOW? ";
+const std::string kModulation = ":MODulation:STATe? :MODulation:NOISe? ";
+const std::string kModulated = ":FUNCtion SINusoid;MODulation:STATe 1;TYPE ";
+const std::string kAmFm = kShape + kModulation + ":MODulation:TYPE? :MODulation:FUNCtion? ";
 
 INSTANTIATE_TEST_SUITE_P(
     Functions, WgenReadbackTest,
-    testing::Values(WgenCase{"Sine",
-                             {":FUNCtion SINusoid;:WGEN1:FREQuency 3000"},
-                             Join({kTiming, kLevels, kModulation})},
-                    WgenCase{"Square",
-                             {":FUNCtion SQUare;:WGEN1:FUNCtion:SQUare:DCYCle 30"},
-                             Join({kTiming, kLevels, {":FUNCtion:SQUare:DCYCle?"}, kModulation})},
-                    WgenCase{"Ramp",
-                             {":FUNCtion RAMP;:WGEN1:FUNCtion:RAMP:SYMMetry 40"},
-                             Join({kTiming, kLevels, {":FUNCtion:RAMP:SYMMetry?"}, kModulation})},
-                    WgenCase{"Pulse",
-                             {":FUNCtion PULSe;:WGEN1:FUNCtion:PULSe:WIDTh 2E-4"},
-                             Join({kTiming, kLevels, {":FUNCtion:PULSe:WIDTh?"}, kModulation})},
-                    WgenCase{"Noise", {":FUNCtion NOISe"}, Join({kLevels, kModulation})},
-                    WgenCase{"Dc",
-                             {":FUNCtion DC;:WGEN1:VOLTage:OFFSet 0.5"},
-                             Join({{":VOLTage:OFFSet?"}, kModulation})},
-                    WgenCase{"OtherFunction",
-                             {":FUNCtion SINC"},
-                             Join({kTiming, {":VOLTage?", ":VOLTage:OFFSet?"}, kModulation})},
-                    WgenCase{"Am",
-                             Join({kModulated, {":MODulation:TYPE AM;AM:DEPTh 40;FREQuency 300"}}),
-                             Join({kTiming,
-                                   kLevels,
-                                   kModulation,
-                                   kModulationKind,
-                                   {":MODulation:AM:DEPTh?", ":MODulation:AM:FREQuency?",
-                                    ":MODulation:FUNCtion:RAMP:SYMMetry?"}})},
-                    WgenCase{"Fm",
-                             Join({kModulated,
-                                   {":MODulation:TYPE FM;FM:DEViation "
-                                    "200;:WGEN1:MODulation:FUNCtion:RAMP:SYMMetry 60"}}),
-                             Join({kTiming,
-                                   kLevels,
-                                   kModulation,
-                                   kModulationKind,
-                                   {":MODulation:FM:DEViation?", ":MODulation:FM:FREQuency?",
-                                    ":MODulation:FUNCtion:RAMP:SYMMetry?"}})},
-                    WgenCase{"Fsk", Join({kModulated, {":MODulation:TYPE FSK"}}),
-                             Join({kTiming,
-                                   kLevels,
-                                   kModulation,
-                                   {":MODulation:TYPE?", ":MODulation:FSKey:FREQuency?",
-                                    ":MODulation:FSKey:RATE?"}})}),
+    testing::Values(
+        WgenCase{"SineOfTheSecond", ":WGEN2", ":FUNCtion SINusoid;FREQuency 3000",
+                 kShape + kModulation},
+        WgenCase{"Square", ":WGEN1", ":FUNCtion SQUare;FUNCtion:SQUare:DCYCle 30",
+                 kShape + ":FUNCtion:SQUare:DCYCle? " + kModulation},
+        WgenCase{"Ramp", ":WGEN1", ":FUNCtion RAMP;FUNCtion:RAMP:SYMMetry 40",
+                 kShape + ":FUNCtion:RAMP:SYMMetry? " + kModulation},
+        WgenCase{"Pulse", ":WGEN1", ":FUNCtion PULSe;FUNCtion:PULSe:WIDTh 2E-4",
+                 kShape + ":FUNCtion:PULSe:WIDTh? " + kModulation},
+        WgenCase{"Noise", ":WGEN1", ":FUNCtion NOISe",
+                 ":VOLTage? :VOLTage:OFFSet? :VOLTage:HIGH? :VOLTage:LOW? " + kModulation},
+        WgenCase{"Dc", ":WGEN1", ":FUNCtion DC;:WGEN1:VOLTage:OFFSet 0.5",
+                 ":VOLTage:OFFSet? " + kModulation},
+        WgenCase{"OtherFunction", ":WGEN1", ":FUNCtion SINC",
+                 ":FREQuency? :PERiod? :VOLTage? :VOLTage:OFFSet? " + kModulation},
+        WgenCase{"Am", ":WGEN1", kModulated + "AM;AM:DEPTh 40;FREQuency 300",
+                 kAmFm + ":MODulation:AM:DEPTh? :MODulation:AM:FREQuency? "
+                         ":MODulation:FUNCtion:RAMP:SYMMetry? "},
+        WgenCase{"Fm", ":WGEN1",
+                 kModulated + "FM;FM:DEViation 200;:WGEN1:MODulation:FUNCtion:RAMP:SYMMetry 60",
+                 kAmFm + ":MODulation:FM:DEViation? :MODulation:FM:FREQuency? "
+                         ":MODulation:FUNCtion:RAMP:SYMMetry? "},
+        WgenCase{"Fsk", ":WGEN1", kModulated + "FSK",
+                 kShape + kModulation +
+                     ":MODulation:TYPE? :MODulation:FSKey:FREQuency? :MODulation:FSKey:RATE? "}),
     [](const testing::TestParamInfo<WgenCase>& info) { return std::string(info.param.name); });
 
 TEST(ReadbackTest, NoValueFromTheVoltmeterIsStoredAsZero) {

@@ -1,0 +1,73 @@
+// The simulator's start on its ports and its command line.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "sim/command_line.h"
+#include "sim/simulator.h"
+
+namespace quarvelo::sim {
+namespace {
+
+TEST(SimulatorStartTest, ServesEveryTransportOnEphemeralPorts) {
+  std::string error;
+  std::unique_ptr<Simulator> simulator = Simulator::Start(SimulatorOptions{}, &error);
+  ASSERT_TRUE(simulator) << error;
+  EXPECT_NE(simulator->socket_port(), 0);
+  EXPECT_NE(simulator->vxi11_port(), 0);
+  EXPECT_NE(simulator->portmapper_port(), 0);
+  EXPECT_NE(simulator->hislip_port(), 0);
+  EXPECT_EQ(simulator->HislipResource(),
+            "TCPIP0::127.0.0.1::hislip0," + std::to_string(simulator->hislip_port()) + "::INSTR");
+  EXPECT_EQ(simulator->Execute("*IDN?").substr(0, 8), "KEYSIGHT");
+}
+
+TEST(SimulatorStartTest, PortInUseIsAnError) {
+  std::string error;
+  std::unique_ptr<Simulator> first = Simulator::Start(SimulatorOptions{}, &error);
+  ASSERT_TRUE(first) << error;
+  SimulatorOptions options;
+  options.socket_port = first->socket_port();
+  EXPECT_FALSE(Simulator::Start(options, &error));
+  EXPECT_NE(error.find(std::to_string(first->socket_port())), std::string::npos) << error;
+}
+
+TEST(CommandLineTest, AcceptsTheDocumentedOptionsOnly) {
+  struct Case {
+    std::vector<std::string> arguments;
+    bool ok;
+  };
+  for (const Case& c : std::initializer_list<Case>{
+           {{}, true},
+           {{"--model", "2000X", "--channels", "2"}, true},
+           {{"--options", "wgen", "--socket-port", "0"}, true},
+           {{"--options", "none", "--hislip-port", "-1"}, true},
+           {{"--signals", "flat", "--latency", "0.5", "--options", "memup"}, true},
+           {{"--identity", "A,B,C,D", "--dvm-settle", "0"}, true},
+           {{"--model", "1000X"}, false},
+           {{"--channels", "3"}, false},
+           {{"--socket-port", "70000"}, false},
+           {{"--socket-port"}, false},
+           {{"--options", "fft"}, false},
+           {{"--frobnicate", "1"}, false},
+           {{"--signals", "loud"}, false},
+           {{"--latency", "-1"}, false},
+           {{"--identity", "no fields"}, false},
+       }) {
+    CommandLine line = ParseCommandLine(c.arguments);
+    EXPECT_EQ(line.error.empty(), c.ok) << testing::PrintToString(c.arguments) << line.error;
+  }
+  CommandLine defaults = ParseCommandLine({});
+  EXPECT_EQ(defaults.options.bind_address, "127.0.0.1");
+  EXPECT_EQ(defaults.options.socket_port, 5025);
+  EXPECT_EQ(defaults.options.portmapper_port, 111);
+  EXPECT_EQ(defaults.options.hislip_port, 4880);
+  CommandLine variant = ParseCommandLine({"--model", "2000X", "--options", "dvm"});
+  EXPECT_EQ(variant.options.model, "2000X");
+  EXPECT_FALSE(variant.options.has_wgen);
+  EXPECT_TRUE(variant.options.has_dvm);
+}
+
+}  // namespace
+}  // namespace quarvelo::sim

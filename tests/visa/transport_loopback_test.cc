@@ -1,20 +1,25 @@
 // One VISA session scenario over every transport against the same test instrument: the raw
 // socket, VXI-11 (through the portmapper and straight to the core channel) and HiSLIP served by
-// the simulator's servers on loopback TCP, and USB-TMC through the simulated device in several
-// packet and transfer sizes.
+// the simulator's servers on loopback TCP, and USB-TMC through the simulator's in-process device
+// in several packet and transfer sizes. Then the USB-TMC host against that device's faults and
+// quirks, one at a time: each exchange that goes wrong must end as it should, leave no halted
+// endpoint and no step the USBTMC standard's tables forbid, and the next query must work.
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <chrono>
 #include <cstdarg>
+#include <functional>
 #include <memory>
+#include <ostream>
 #include <string>
 #include <vector>
 
+#include "platform/visa/resource_name.h"
 #include "platform/visa/session.h"
+#include "platform/visa/transport_open.h"
 #include "platform/visa/usbtmc/usbtmc_protocol.h"
 #include "platform/visa/usbtmc/usbtmc_transport.h"
-#include "platform/visa/visa.h"
 #include "sim/server/hislip_server.h"
 #include "sim/server/portmapper_server.h"
 #include "sim/server/socket_server.h"
@@ -31,6 +36,33 @@ constexpr ViUInt32 kExchangeTimeoutMs = 10000;
 
 using sim::UsbDeviceOptions;
 using std::chrono::milliseconds;
+using visa::Session;
+namespace usbtmc = visa::usbtmc;
+
+ViStatus Printf(Session& session, const char* format, ...) {
+  visa::VaArgs args;
+  va_start(args.list, format);
+  const ViStatus status = session.Printf(format, &args);
+  va_end(args.list);
+  return status;
+}
+
+ViStatus Scanf(Session& session, const char* format, ...) {
+  visa::VaArgs args;
+  va_start(args.list, format);
+  const ViStatus status = session.Scanf(format, &args);
+  va_end(args.list);
+  return status;
+}
+
+// A raw write of `query` and LF, then one raw read.
+ViStatus Ask(Session& session, const std::string& query) {
+  const std::string message = query + "\n";
+  ViUInt32 count = 0;
+  const ViStatus status = session.Write(std::as_bytes(std::span(message)), &count);
+  std::vector<std::byte> reply(256);
+  return status < VI_SUCCESS ? status : session.Read(reply, &count);
+}
 
 enum class Kind { kSocket, kVxi11, kVxi11Core, kHislip, kUsbtmc };
 
@@ -39,17 +71,17 @@ struct Link {
   Kind kind;
   UsbDeviceOptions usb = {};
 };
+void PrintTo(const Link& link, std::ostream* os) { *os << link.name; }
 
 class TransportTest : public ::testing::TestWithParam<Link> {
  protected:
   void SetUp() override {
     std::string error;
-    std::string resource;
     switch (GetParam().kind) {
       case Kind::kSocket:
         socket_ = std::make_unique<sim::SocketServer>(instrument_, "127.0.0.1", 0);
         ASSERT_TRUE(socket_->Start(&error)) << error;
-        resource = "TCPIP0::127.0.0.1::" + std::to_string(socket_->port()) + "::SOCKET";
+        resource_ = "TCPIP0::127.0.0.1::" + std::to_string(socket_->port()) + "::SOCKET";
         break;
       case Kind::kVxi11:
       case Kind::kVxi11Core:
@@ -57,7 +89,7 @@ class TransportTest : public ::testing::TestWithParam<Link> {
         ASSERT_TRUE(vxi11_->Start(&error)) << error;
         portmapper_ = std::make_unique<sim::PortmapperServer>("127.0.0.1", 0, vxi11_->port());
         ASSERT_TRUE(portmapper_->Start(&error)) << error;
-        resource =
+        resource_ =
             GetParam().kind == Kind::kVxi11
                 ? "TCPIP0::127.0.0.1:" + std::to_string(portmapper_->port()) + "::inst0::INSTR"
                 : "TCPIP::127.0.0.1:core:" + std::to_string(vxi11_->port()) + "::INSTR";
@@ -65,50 +97,37 @@ class TransportTest : public ::testing::TestWithParam<Link> {
       case Kind::kHislip:
         hislip_ = std::make_unique<sim::HislipServer>(instrument_, "127.0.0.1", 0);
         ASSERT_TRUE(hislip_->Start(&error)) << error;
-        resource = "TCPIP0::127.0.0.1::hislip0," + std::to_string(hislip_->port()) + "::INSTR";
+        resource_ = "TCPIP0::127.0.0.1::hislip0," + std::to_string(hislip_->port()) + "::INSTR";
         break;
-      case Kind::kUsbtmc: {
-        auto device = std::make_unique<sim::UsbtmcDevice>(&instrument_, GetParam().usb, &usb_log_);
-        usb_device_ = device.get();
-        auto transport = std::make_unique<visa::UsbtmcTransport>(std::move(device));
-        ASSERT_EQ(transport->Start(), VI_SUCCESS);
-        usb_log_.control_requests.clear();
-        usb_ = std::make_unique<visa::Session>(std::move(transport));
-        usb_->SetTimeout(kExchangeTimeoutMs);
-        return;
-      }
+      case Kind::kUsbtmc:
+        return OpenUsb(GetParam().usb);
     }
-    ASSERT_EQ(viOpenDefaultRM(&rm_), VI_SUCCESS);
-    resource_ = resource;
-    ASSERT_EQ(viOpen(rm_, resource.c_str(), VI_NO_LOCK, 2000, &vi_), VI_SUCCESS) << resource;
-    SetTimeout(kExchangeTimeoutMs);
-  }
-  void TearDown() override {
-    if (rm_ != VI_NULL) viClose(rm_);
+    Reopen();
   }
 
-  void SetTimeout(ViUInt32 timeout_ms) {
-    if (usb_) {
-      usb_->SetTimeout(timeout_ms);
-    } else {
-      ASSERT_EQ(viSetAttribute(vi_, VI_ATTR_TMO_VALUE, timeout_ms), VI_SUCCESS);
-    }
+  // A new session on the LAN resource, opened as viOpen opens it.
+  void Reopen() {
+    session_.reset();
+    visa::ResourceAddress address;
+    ASSERT_EQ(visa::ParseResourceName(resource_, &address), VI_SUCCESS);
+    std::unique_ptr<visa::Transport> transport;
+    ASSERT_EQ(visa::OpenTransport(address, In(2000), &transport), VI_SUCCESS) << resource_;
+    session_ = std::make_unique<Session>(std::move(transport));
+    session_->SetTimeout(kExchangeTimeoutMs);
   }
-  ViStatus Printf(const char* format, ...) {
-    visa::VaArgs args;
-    va_start(args.list, format);
-    const ViStatus status = usb_ ? usb_->Printf(format, &args) : viVPrintf(vi_, format, args.list);
-    va_end(args.list);
-    return status;
+
+  void OpenUsb(UsbDeviceOptions options) {
+    session_.reset();
+    usb_log_ = {};
+    auto device = std::make_unique<sim::UsbtmcDevice>(&instrument_, options, &usb_log_);
+    usb_device_ = device.get();
+    auto transport = std::make_unique<visa::UsbtmcTransport>(std::move(device));
+    ASSERT_EQ(transport->Start(), VI_SUCCESS);
+    session_ = std::make_unique<Session>(std::move(transport));
+    session_->SetTimeout(kExchangeTimeoutMs);
   }
-  ViStatus Scanf(const char* format, ...) {
-    visa::VaArgs args;
-    va_start(args.list, format);
-    const ViStatus status = usb_ ? usb_->Scanf(format, &args) : viVScanf(vi_, format, args.list);
-    va_end(args.list);
-    return status;
-  }
-  ViStatus Flush(ViUInt16 mask) { return usb_ ? usb_->Flush(mask) : viFlush(vi_, mask); }
+
+  bool usb() const { return GetParam().kind == Kind::kUsbtmc; }
 
   // The reply read with "%#t" into 256 bytes, checking the count and that nothing is written
   // past them.
@@ -116,8 +135,8 @@ class TransportTest : public ::testing::TestWithParam<Link> {
     char reply[257];
     std::fill(std::begin(reply), std::end(reply), '#');
     ViInt32 size = 256;
-    status_ = Printf("%s\n", query);
-    if (status_ == VI_SUCCESS) status_ = Scanf("%#t", &size, reply);
+    status_ = Printf(*session_, "%s\n", query);
+    if (status_ == VI_SUCCESS) status_ = Scanf(*session_, "%#t", &size, reply);
     EXPECT_EQ(reply[256], '#');
     if (status_ != VI_SUCCESS) return {};
     EXPECT_EQ(static_cast<std::size_t>(size), std::string(reply).size());
@@ -126,26 +145,26 @@ class TransportTest : public ::testing::TestWithParam<Link> {
 
   // Every transfer aligned and well formed, every bTag the one after the last.
   void ExpectHostFollowedTheUsbtmcProtocol() const {
-    if (!usb_) return;
+    if (!usb()) return;
     EXPECT_EQ(usb_log_.misaligned_transfers, 0);
     EXPECT_EQ(usb_log_.bad_headers, 0);
     EXPECT_EQ(usb_log_.violations, std::vector<std::string>{});
     for (std::size_t k = 1; k < usb_log_.tags.size(); ++k) {
-      EXPECT_EQ(usb_log_.tags[k], visa::usbtmc::NextTag(usb_log_.tags[k - 1])) << k;
+      EXPECT_EQ(usb_log_.tags[k], usbtmc::NextTag(usb_log_.tags[k - 1])) << k;
     }
   }
 
   void ExpectBlockThenAQuery(std::size_t area_size, const char* format) {
     std::vector<char> area(area_size + 1, 'X');
     ViInt32 count = static_cast<ViInt32>(area_size);
-    ASSERT_EQ(Printf("BLOCK?\n"), VI_SUCCESS);
-    ASSERT_EQ(Scanf(format, &count, area.data()), VI_SUCCESS);
+    ASSERT_EQ(Printf(*session_, "BLOCK?\n"), VI_SUCCESS);
+    ASSERT_EQ(Scanf(*session_, format, &count, area.data()), VI_SUCCESS);
     const std::size_t expected = std::min(area_size, kBlockSize);
     ASSERT_EQ(count, static_cast<ViInt32>(expected));
     EXPECT_TRUE(std::equal(area.begin(), area.begin() + expected, BlockReply().begin() + 8));
     EXPECT_EQ(area[expected], 'X');
-    EXPECT_EQ(Flush(VI_READ_BUF), VI_SUCCESS);
-    EXPECT_EQ(Flush(VI_WRITE_BUF), VI_SUCCESS);
+    EXPECT_EQ(session_->Flush(VI_READ_BUF), VI_SUCCESS);
+    EXPECT_EQ(session_->Flush(VI_WRITE_BUF), VI_SUCCESS);
     EXPECT_EQ(Query("*IDN?"), kIdn);
     ExpectHostFollowedTheUsbtmcProtocol();
   }
@@ -157,10 +176,8 @@ class TransportTest : public ::testing::TestWithParam<Link> {
   std::unique_ptr<sim::HislipServer> hislip_;
   sim::UsbDeviceLog usb_log_;
   sim::UsbtmcDevice* usb_device_ = nullptr;
-  std::unique_ptr<visa::Session> usb_;
   std::string resource_;
-  ViSession rm_ = VI_NULL;
-  ViSession vi_ = VI_NULL;
+  std::unique_ptr<Session> session_;
   ViStatus status_ = VI_SUCCESS;
 };
 
@@ -191,20 +208,18 @@ TEST_P(TransportTest, QueryRoundTrip) {
   EXPECT_EQ(Query("*IDN?"), kIdn);
   EXPECT_EQ(status_, VI_SUCCESS);
   EXPECT_EQ(instrument_.messages(), std::vector<std::string>{"*IDN?"});
-  if (usb_) {
+  if (usb()) {
     ASSERT_FALSE(usb_log_.out_end_of_message.empty());
     EXPECT_TRUE(usb_log_.out_end_of_message.back());
   }
   ExpectHostFollowedTheUsbtmcProtocol();
 }
 
-TEST_P(TransportTest, HalfMegabyteBlockThenAQuery) { ExpectBlockThenAQuery(5000000, "%#b\n"); }
-
-TEST_P(TransportTest, BlockLargerThanTheAreaThenFlushAndAQuery) {
+// A half-megabyte block whole, a block larger than the area and a reply longer than the
+// caller's buffer: what does not fit is flushed and the next query gets its own reply.
+TEST_P(TransportTest, RepliesOfAnySizeThenAQuery) {
+  ExpectBlockThenAQuery(5000000, "%#b\n");
   ExpectBlockThenAQuery(4096, "%#b");
-}
-
-TEST_P(TransportTest, ReplyLongerThanTheCallersBufferThenAQuery) {
   EXPECT_EQ(Query("LONG?"), std::string(255, 'L'));
   EXPECT_EQ(Query("*IDN?"), kIdn);
 }
@@ -212,89 +227,74 @@ TEST_P(TransportTest, ReplyLongerThanTheCallersBufferThenAQuery) {
 // A reply later than the time-out, or none at all (then a flush), never answers the next query.
 TEST_P(TransportTest, TimeoutThenAGoodExchange) {
   for (const bool silent : {false, true}) {
-    SetTimeout(silent ? 100 : 150);
+    session_->SetTimeout(silent ? 100 : 150);
     Query(silent ? "SILENT?" : "SLOW?");
     EXPECT_EQ(status_, VI_ERROR_TMO);
-    if (usb_ && !silent) {
+    if (usb() && !silent) {
       EXPECT_NE(std::find(usb_log_.control_requests.begin(), usb_log_.control_requests.end(),
-                          visa::usbtmc::kInitiateAbortBulkIn),
+                          usbtmc::kInitiateAbortBulkIn),
                 usb_log_.control_requests.end());
     }
     if (silent) {
-      EXPECT_EQ(Flush(VI_READ_BUF), VI_SUCCESS);
+      EXPECT_EQ(session_->Flush(VI_READ_BUF), VI_SUCCESS);
     }
-    SetTimeout(kExchangeTimeoutMs);
+    session_->SetTimeout(kExchangeTimeoutMs);
     EXPECT_EQ(Query("*IDN?"), kIdn);
     EXPECT_EQ(status_, VI_SUCCESS);
   }
 }
 
-TEST_P(TransportTest, StatusByteAndDeviceClearThroughTheApi) {
+TEST_P(TransportTest, StatusByteAndDeviceClear) {
   const Kind kind = GetParam().kind;
-  ASSERT_EQ(Printf("*IDN?\n"), VI_SUCCESS);
+  ASSERT_EQ(Printf(*session_, "*IDN?\n"), VI_SUCCESS);
   ViUInt16 status_byte = 0;
-  const ViStatus read = usb_ ? usb_->ReadStatusByte(&status_byte) : viReadSTB(vi_, &status_byte);
-  if (kind == Kind::kSocket) {
-    EXPECT_EQ(read, VI_ERROR_NSUP_OPER);
-  } else {
-    EXPECT_EQ(read, VI_SUCCESS);
-    // Message available; HiSLIP's server may see the query after the status request.
-    if (kind != Kind::kHislip) {
-      EXPECT_EQ(status_byte & 0x10, 0x10);
-    }
+  const ViStatus read = session_->ReadStatusByte(&status_byte);
+  EXPECT_EQ(read, kind == Kind::kSocket ? VI_ERROR_NSUP_OPER : VI_SUCCESS);
+  // Message available; HiSLIP's server may see the query after the status request.
+  if (kind != Kind::kSocket && kind != Kind::kHislip) {
+    EXPECT_EQ(status_byte & 0x10, 0x10);
   }
   const int cleared = instrument_.cleared.load();
   usb_log_.control_requests.clear();
-  EXPECT_EQ(usb_ ? usb_->Clear() : viClear(vi_), VI_SUCCESS);
+  EXPECT_EQ(session_->Clear(), VI_SUCCESS);
   EXPECT_EQ(instrument_.cleared.load(), cleared + (kind == Kind::kSocket ? 0 : 1));
-  if (usb_) {
-    EXPECT_EQ(
-        usb_log_.control_requests,
-        (std::vector<std::uint8_t>{visa::usbtmc::kInitiateClear, visa::usbtmc::kCheckClearStatus}));
+  if (usb()) {
+    EXPECT_EQ(usb_log_.control_requests,
+              (std::vector<std::uint8_t>{usbtmc::kInitiateClear, usbtmc::kCheckClearStatus}));
   }
   EXPECT_EQ(Query("ECHO after"), "after\n");
 }
 
 TEST_P(TransportTest, RawWriteAndReadInPieces) {
-  const std::string query = "*IDN?\n";
-  const std::string idn = kIdn;
-  ViUInt32 written = 0;
-  const auto bytes = std::as_bytes(std::span(query));
-  ASSERT_EQ(usb_ ? usb_->Write(bytes, &written)
-                 : viWrite(vi_, reinterpret_cast<ViConstBuf>(query.data()), 6, &written),
-            VI_SUCCESS);
-  EXPECT_EQ(written, 6u);
-  std::vector<std::byte> reply(256);
-  const auto read = [this, &reply](std::size_t size, ViUInt32* got) {
-    return usb_ ? usb_->Read(std::span(reply).first(size), got)
-                : viRead(vi_, reinterpret_cast<ViBuf>(reply.data()), size, got);
-  };
-  ViUInt32 got = 0;
-  EXPECT_EQ(read(16, &got), VI_SUCCESS_MAX_CNT);
-  ASSERT_EQ(got, 16u);
-  EXPECT_EQ(std::string(reinterpret_cast<char*>(reply.data()), got), idn.substr(0, 16));
-  ASSERT_EQ(read(256, &got), VI_SUCCESS);
-  EXPECT_EQ(std::string(reinterpret_cast<char*>(reply.data()), got), idn.substr(16));
+  const std::string query = "*IDN?\n", idn = kIdn;
+  ViUInt32 count = 0;
+  ASSERT_EQ(session_->Write(std::as_bytes(std::span(query)), &count), VI_SUCCESS);
+  EXPECT_EQ(count, 6u);
+  std::string reply(256, '\0');
+  const auto bytes = std::as_writable_bytes(std::span(reply));
+  EXPECT_EQ(session_->Read(bytes.first(16), &count), VI_SUCCESS_MAX_CNT);
+  EXPECT_EQ(reply.substr(0, count), idn.substr(0, 16));
+  ASSERT_EQ(session_->Read(bytes, &count), VI_SUCCESS);
+  EXPECT_EQ(reply.substr(0, count), idn.substr(16));
 }
 
 TEST_P(TransportTest, InstrumentGoingAwayMidBlock) {
   std::vector<char> area(600000);
   ViInt32 count = 600000;
-  ASSERT_EQ(Printf("DROP?\n"), VI_SUCCESS);
-  const ViStatus status = Scanf("%#b", &count, area.data());
-  EXPECT_TRUE(status == VI_ERROR_CONN_LOST || (!usb_ && status == VI_ERROR_IO))
+  ASSERT_EQ(Printf(*session_, "DROP?\n"), VI_SUCCESS);
+  const ViStatus status = Scanf(*session_, "%#b", &count, area.data());
+  EXPECT_TRUE(status == VI_ERROR_CONN_LOST || (!usb() && status == VI_ERROR_IO))
       << std::hex << status;
   // What came before the drop is kept: the block's first 100,000 bytes, its header included.
   EXPECT_EQ(count, 100000 - 8);
   EXPECT_TRUE(std::equal(area.begin(), area.begin() + count, BlockReply().begin() + 8));
   // The session stays a session: every later call reports the lost link, none hangs.
-  EXPECT_LT(Printf("*IDN?\n"), VI_SUCCESS);
+  EXPECT_LT(Printf(*session_, "*IDN?\n"), VI_SUCCESS);
   char reply[16];
-  EXPECT_LT(Scanf("%15t", reply), VI_SUCCESS);
-  if (usb_) return;
+  EXPECT_LT(Scanf(*session_, "%15t", reply), VI_SUCCESS);
+  if (usb()) return;
   // The server serves the next client.
-  EXPECT_EQ(viClose(vi_), VI_SUCCESS);
-  ASSERT_EQ(viOpen(rm_, resource_.c_str(), VI_NO_LOCK, 2000, &vi_), VI_SUCCESS);
+  Reopen();
   EXPECT_EQ(Query("*IDN?"), kIdn);
 }
 
@@ -310,7 +310,7 @@ INSTANTIATE_TEST_SUITE_P(Devices, UsbtmcSessionTest, ::testing::ValuesIn(kUsbLin
 
 TEST_P(UsbtmcSessionTest, LongMessageGoesOutInTransfersWithEomOnlyOnTheLast) {
   const std::string command = ":DISPlay:ANNotation:TEXT \"" + std::string(150000, 'a') + "\"";
-  ASSERT_EQ(Printf("%s\n", command.c_str()), VI_SUCCESS);
+  ASSERT_EQ(Printf(*session_, "%s\n", command.c_str()), VI_SUCCESS);
   const std::vector<bool>& eom = usb_log_.out_end_of_message;
   ASSERT_GE(eom.size(), 3u);
   EXPECT_TRUE(eom.back());
@@ -329,9 +329,117 @@ TEST_P(UsbtmcSessionTest, TagsWrapAfter255Transfers) {
 
 TEST_P(UsbtmcSessionTest, EndlessEmptyTransfersEndInATimeout) {
   usb_device_->options().empty_transfers_only = true;
-  SetTimeout(50);
+  session_->SetTimeout(50);
   Query("*IDN?");
   EXPECT_EQ(status_, VI_ERROR_TMO);
+}
+
+class UsbtmcRecoveryTest : public TransportTest {};
+
+INSTANTIATE_TEST_SUITE_P(Device, UsbtmcRecoveryTest, ::testing::Values(Link{"Usb", Kind::kUsbtmc}),
+                         LinkName);
+
+TEST_P(UsbtmcRecoveryTest, DeviceFaultsAndQuirks) {
+  constexpr ViUInt32 kTimeoutMs = 150;
+  const auto ask = [](const char* query) {
+    return [query](Session& session) { return Ask(session, query); };
+  };
+  const struct {
+    const char* name;
+    UsbDeviceOptions options;
+    std::function<ViStatus(Session&)> exchange;
+    ViStatus expected;
+  } cases[] = {
+      {"abort answered 'try later' twice", {.abort_busy_answers = 2}, ask("SLOW?"), VI_ERROR_TMO},
+      {"abort never possible: a clear instead",
+       {.abort_busy_answers = 50},
+       ask("SLOW?"),
+       VI_ERROR_TMO},
+      {"abort pending, rest flushed in full packets and a zero-length one",
+       {.pending_answers = 3, .abort_flush_packets = 2},
+       ask("SLOW?"),
+       VI_ERROR_TMO},
+      {"bulk-in stalls", {.stall_bulk_in_next = true}, ask("*IDN?"), VI_ERROR_IO},
+      {"wrong bTag in the response", {.corrupt_next_tag = true}, ask("*IDN?"), VI_ERROR_IO},
+      {"wrong bTag, headers split across calls",
+       {.packet_size = 8, .packets_per_bulk_in = 1, .corrupt_next_tag = true},
+       ask("*IDN?"),
+       VI_ERROR_IO},
+      {"transfer cut short by a short packet",
+       {.short_transfer_next = true},
+       ask("*IDN?"),
+       VI_ERROR_IO},
+      {"bulk-out times out, abort pending",
+       {.pending_answers = 2, .bulk_out_timeout_next = true},
+       ask("*IDN?"),
+       VI_ERROR_TMO},
+      {"half a message and a halted bulk-out left by an earlier session",
+       {.stale_session = true},
+       ask("*IDN?"),
+       VI_SUCCESS},
+      {"message ending on the write buffer's boundary",
+       {},
+       [](Session& session) {
+         const std::string text(Session::kWriteBufferSize - 1, 't');
+         return Printf(session, "%s\n", text.c_str());
+       },
+       VI_SUCCESS},
+      {"empty write",
+       {},
+       [](Session& session) {
+         ViUInt32 count = 0;
+         return session.Write({}, &count);
+       },
+       VI_SUCCESS},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    ASSERT_NO_FATAL_FAILURE(OpenUsb(c.options));
+    session_->SetTimeout(kTimeoutMs);
+    const auto start = visa::Clock::now();
+    EXPECT_EQ(c.exchange(*session_), c.expected);
+    // Recovery takes a few polls, never the seconds of its budgets.
+    EXPECT_LT(visa::Clock::now() - start, milliseconds(kTimeoutMs + 700));
+    session_->SetTimeout(1000);
+    EXPECT_EQ(Query("*IDN?"), kIdn);
+    EXPECT_EQ(usb_log_.violations, std::vector<std::string>{});
+    EXPECT_FALSE(usb_device_->bulk_out_halted());
+    EXPECT_EQ(std::count(usb_log_.out_sizes.begin(), usb_log_.out_sizes.end(), 0u), 0);
+  }
+}
+
+TEST_P(UsbtmcRecoveryTest, ClosingInMidReadAbortsTheTransfer) {
+  ASSERT_NO_FATAL_FAILURE(OpenUsb({.packet_size = 8, .packets_per_bulk_in = 1}));
+  ASSERT_EQ(Printf(*session_, "*IDN?\n"), VI_SUCCESS);
+  std::vector<std::byte> part(8);
+  ViUInt32 count = 0;
+  ASSERT_EQ(session_->Read(part, &count), VI_SUCCESS_MAX_CNT);
+  usb_log_.control_requests.clear();
+  session_.reset();
+  EXPECT_EQ(
+      usb_log_.control_requests,
+      (std::vector<std::uint8_t>{usbtmc::kInitiateAbortBulkIn, usbtmc::kCheckAbortBulkInStatus}));
+  EXPECT_EQ(usb_log_.violations, std::vector<std::string>{});
+}
+
+TEST_P(UsbtmcRecoveryTest, Usb488RemoteEnableAndStatusByte) {
+  const struct {
+    UsbDeviceOptions options;
+    bool remote_enable;
+  } cases[] = {
+      {{.usb488_capabilities = 0x06, .interrupt_in = false, .status_byte = 0x44}, true},
+      {{.usb488_capabilities = 0x00, .interrupt_in = true, .status_byte = 0x51}, false},
+  };
+  for (const auto& c : cases) {
+    ASSERT_NO_FATAL_FAILURE(OpenUsb(c.options));
+    const auto& requests = usb_log_.control_requests;
+    EXPECT_EQ(requests.front(), usbtmc::kGetCapabilities);
+    EXPECT_EQ(std::count(requests.begin(), requests.end(), usbtmc::kRenControl),
+              c.remote_enable ? 1 : 0);
+    ViUInt16 status_byte = 0;
+    EXPECT_EQ(session_->ReadStatusByte(&status_byte), VI_SUCCESS);
+    EXPECT_EQ(status_byte, c.options.status_byte);
+  }
 }
 
 // Short time-outs wait with poll(); longer ones block in the receive under the socket's own
@@ -345,13 +453,13 @@ INSTANTIATE_TEST_SUITE_P(Socket, SocketTimeoutTest,
 // Nothing on a raw socket tells a late reply from the next one: a reply later than the wait
 // before the next message must not answer that message.
 TEST_P(SocketTimeoutTest, ReplyLaterThanTheNextMessageDoesNotAnswerIt) {
-  SetTimeout(150);
+  session_->SetTimeout(150);
   Query("SLOW?");
   EXPECT_EQ(status_, VI_ERROR_TMO);
-  ASSERT_EQ(Printf("*IDN?\n"), VI_SUCCESS);  // waits 150 ms for the late reply, in vain
-  SetTimeout(2000);
+  ASSERT_EQ(Printf(*session_, "*IDN?\n"), VI_SUCCESS);  // waits 150 ms for the late reply, in vain
+  session_->SetTimeout(2000);
   char reply[64] = {};
-  ASSERT_EQ(Scanf("%t", reply), VI_SUCCESS);
+  ASSERT_EQ(Scanf(*session_, "%t", reply), VI_SUCCESS);
   EXPECT_STREQ(reply, kIdn);
 }
 
@@ -362,11 +470,10 @@ TEST_P(SocketTimeoutTest, UnansweredQueryEndsAtItsTimeout) {
   } cases[] = {{2000, 60}, {2000, 150}, {2000, 400}, {60, 400}, {400, 120}};
   for (const auto& c : cases) {
     // A new session each time: the last one's unanswered query would hold up the next.
-    ASSERT_EQ(viClose(vi_), VI_SUCCESS);
-    ASSERT_EQ(viOpen(rm_, resource_.c_str(), VI_NO_LOCK, 2000, &vi_), VI_SUCCESS);
-    SetTimeout(c.earlier_ms);
+    ASSERT_NO_FATAL_FAILURE(Reopen());
+    session_->SetTimeout(c.earlier_ms);
     ASSERT_EQ(Query("*IDN?"), kIdn);
-    SetTimeout(c.timeout_ms);
+    session_->SetTimeout(c.timeout_ms);
     const auto start = std::chrono::steady_clock::now();
     Query("SILENT?");
     const auto elapsed =

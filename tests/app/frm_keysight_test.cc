@@ -69,16 +69,6 @@ TEST_F(FrmKeysightTest, EveryNamedControlExistsWithAnAccessibleName) {
                   ->isAncestorOf(window->picKeysight()));
 }
 
-TEST_F(FrmKeysightTest, ControlArraysCarryTheirIndex) {
-  auto window = NewWindow();
-  const QList<QPushButton*> macros = window->findChildren<QPushButton*>("cmdMac");
-  ASSERT_EQ(macros.size(), 10);
-  for (int k = 0; k < 10; ++k) EXPECT_EQ(macros[k]->property("index").toInt(), k);
-  const QList<QLineEdit*> boxes = window->findChildren<QLineEdit*>("txtMHz");
-  ASSERT_EQ(boxes.size(), 3);
-  EXPECT_EQ(boxes[2]->property("index").toInt(), 2);
-}
-
 TEST_F(FrmKeysightTest, TimersTickEverySecondAndStartStopped) {
   auto window = NewWindow();
   for (const char* name : {"tmrRefresh", "tmrSingle"}) {

@@ -9,7 +9,6 @@
 #include <QTimer>
 #include <algorithm>
 #include <functional>
-#include <ostream>
 #include <string>
 #include <vector>
 
@@ -82,80 +81,56 @@ class SweepCycleTest : public testing_support::WindowOnSimulator {
   std::function<void()> play_;
 };
 
-struct SweepCase {
-  const char* name;
-  bool restart;
-  bool running;  // the oscilloscope runs before the sweep, so the poll reads RunBit 1
-};
-void PrintTo(const SweepCase& c, std::ostream* os) { *os << c.name; }
+// Restart while running, restart while stopped, read the held record while stopped.
+TEST_F(SweepCycleTest, TriggerChannelLastOneDigitizeAndRunAsPolled) {
+  for (const auto& [restart, running] : {std::pair{true, true}, {true, false}, {false, false}}) {
+    SCOPED_TRACE(testing::Message() << "restart " << restart << " running " << running);
+    Execute(":RUN");
+    ShowAllChannels(2);
+    // A stopped oscilloscope holds the record of its last acquisition.
+    if (!running) Execute(":DIGitize");
+    simulator_->ClearTraffic();
 
-class SweepTraffic : public SweepCycleTest, public testing::WithParamInterface<SweepCase> {};
+    window_->Sweep().ID_Sweep(restart);
 
-TEST_P(SweepTraffic, TriggerChannelLastOneDigitizeAndRunAsPolled) {
-  const SweepCase& c = GetParam();
-  Execute(":RUN");
-  ShowAllChannels(2);
-  // A stopped oscilloscope holds the record of its last acquisition.
-  if (!c.running) Execute(":DIGitize");
-  simulator_->ClearTraffic();
-
-  window_->Sweep().ID_Sweep(c.restart);
-
-  const std::vector<std::string> sent = Sent();
-  EXPECT_EQ(CaptureOrder(sent), (std::vector<int>{1, 3, 4, 2}));
-  EXPECT_EQ(Count(sent, ":STOP"), c.restart ? 1 : 0);
-  EXPECT_EQ(Count(sent, ":DIGitize"), c.restart ? 1 : 0);
-  EXPECT_EQ(Count(sent, ":DIGitize CHANnel1") + Count(sent, ":DIGitize CHANnel2"), 0);
-  if (c.restart) {
-    EXPECT_GT(First(sent, ":DIGitize"), First(sent, ":WAVeform:SOURce CHANnel1"));
-    EXPECT_LT(First(sent, ":DIGitize"), First(sent, ":WAVeform:SOURce CHANnel3"));
-  }
-  EXPECT_EQ(Count(sent, ":RUN"), c.running ? 1 : 0);
-  if (c.running) EXPECT_EQ(sent.back(), ":RUN");
-  const spectrum::Spectrum& spectrum = window_->SpectrumRecord();
-  EXPECT_EQ(spectrum.LastPoint, window_->Records().Records[2].ByteCount - 1);
-  EXPECT_GT(spectrum.LastPoint, 0);
-  EXPECT_TRUE(window_->SweepFlags().SweepMode);
-  EXPECT_FALSE(window_->SweepFlags().SweepBusy);
-  EXPECT_FALSE(window_->Tools().ToolCaption("ID_SR").empty());
-}
-
-INSTANTIATE_TEST_SUITE_P(Cases, SweepTraffic,
-                         testing::Values(SweepCase{"RestartWhileRunning", true, true},
-                                         SweepCase{"RestartWhileStopped", true, false},
-                                         SweepCase{"ReadOnlyStopped", false, false}),
-                         [](const auto& info) { return std::string(info.param.name); });
-
-struct DvmCase {
-  const char* name;
-  int dvm_source;
-  bool switched;
-};
-void PrintTo(const DvmCase& c, std::ostream* os) { *os << c.name; }
-
-class SweepDvm : public SweepCycleTest, public testing::WithParamInterface<DvmCase> {};
-
-TEST_P(SweepDvm, VoltmeterPausedOnlyOffTheTriggerChannel) {
-  const DvmCase& c = GetParam();
-  Execute(":DVM:ENABle 1");
-  Execute(":DVM:SOURce CHANnel" + std::to_string(c.dvm_source));
-  ShowAllChannels(1);
-
-  window_->Sweep().ID_Sweep(false);
-
-  const std::vector<std::string> sent = Sent();
-  EXPECT_EQ(Count(sent, ":DVM:ENABle 0"), c.switched ? 1 : 0);
-  EXPECT_EQ(Count(sent, ":DVM:ENABle 1"), c.switched ? 1 : 0);
-  if (c.switched) {
-    EXPECT_LT(First(sent, ":DVM:ENABle 0"), First(sent, ":WAVeform:SOURce CHANnel2"));
-    EXPECT_GT(First(sent, ":DVM:ENABle 1"), First(sent, ":WAVeform:SOURce CHANnel1"));
+    const std::vector<std::string> sent = Sent();
+    EXPECT_EQ(CaptureOrder(sent), (std::vector<int>{1, 3, 4, 2}));
+    EXPECT_EQ(Count(sent, ":STOP"), restart ? 1 : 0);
+    EXPECT_EQ(Count(sent, ":DIGitize"), restart ? 1 : 0);
+    EXPECT_EQ(Count(sent, ":DIGitize CHANnel1") + Count(sent, ":DIGitize CHANnel2"), 0);
+    if (restart) {
+      EXPECT_GT(First(sent, ":DIGitize"), First(sent, ":WAVeform:SOURce CHANnel1"));
+      EXPECT_LT(First(sent, ":DIGitize"), First(sent, ":WAVeform:SOURce CHANnel3"));
+    }
+    EXPECT_EQ(Count(sent, ":RUN"), running ? 1 : 0);
+    if (running) {
+      EXPECT_EQ(sent.back(), ":RUN");
+    }
+    const spectrum::Spectrum& spectrum = window_->SpectrumRecord();
+    EXPECT_EQ(spectrum.LastPoint, window_->Records().Records[2].ByteCount - 1);
+    EXPECT_GT(spectrum.LastPoint, 0);
+    EXPECT_TRUE(window_->SweepFlags().SweepMode);
+    EXPECT_FALSE(window_->SweepFlags().SweepBusy);
+    EXPECT_FALSE(window_->Tools().ToolCaption("ID_SR").empty());
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Cases, SweepDvm,
-                         testing::Values(DvmCase{"OnAnotherChannel", 3, true},
-                                         DvmCase{"OnTheTriggerChannel", 1, false}),
-                         [](const auto& info) { return std::string(info.param.name); });
+TEST_F(SweepCycleTest, VoltmeterPausedOnlyOffTheTriggerChannel) {
+  for (const int dvm_source : {3, 1}) {
+    const bool switched = dvm_source != 1;
+    Execute(":DVM:ENABle 1");
+    Execute(":DVM:SOURce CHANnel" + std::to_string(dvm_source));
+    ShowAllChannels(1);
+    window_->Sweep().ID_Sweep(false);
+    const std::vector<std::string> sent = Sent();
+    EXPECT_EQ(Count(sent, ":DVM:ENABle 0"), switched ? 1 : 0) << dvm_source;
+    EXPECT_EQ(Count(sent, ":DVM:ENABle 1"), switched ? 1 : 0) << dvm_source;
+    if (switched) {
+      EXPECT_LT(First(sent, ":DVM:ENABle 0"), First(sent, ":WAVeform:SOURce CHANnel2"));
+      EXPECT_GT(First(sent, ":DVM:ENABle 1"), First(sent, ":WAVeform:SOURce CHANnel1"));
+    }
+  }
+}
 
 TEST_F(SweepCycleTest, StopDuringThirdPassStillConfiguresTheMathFft) {
   window_->Settings().AverageCount = 8;

@@ -98,25 +98,15 @@ TEST_F(InstrumentDialogTest, MathFrequencyButtonsSendCentreAndSpanAndShowTheRead
     const char* centre_shown;
     const char* span_shown;
   } cases[] = {
-      {"stop frequency",
-       {{2, "10"}},
-       0,
-       {":FUNC1:FFT:CENTer 5000000", ":FUNC1:FFT:SPAN 10000000"},
-       "5",
-       "10"},
+      // clang-format off
+      {"stop frequency", {{2, "10"}}, 0,
+       {":FUNC1:FFT:CENTer 5000000", ":FUNC1:FFT:SPAN 10000000"}, "5", "10"},
       {"zero span", {{0, "2"}, {1, "0"}}, 1, {":FUNC1:FFT:CENTer 2000000"}, "2", "<span>"},
-      {"OK after the centre",
-       {{0, "3"}},
-       -1,
-       {":FUNC1:FFT:CENTer 3000000", ":FUNC1:FFT:SPAN <span>"},
-       "3",
-       "<span>"},
-      {"OK after the stop frequency",
-       {{0, "1"}, {2, "4"}},
-       -1,
-       {":FUNC1:FFT:CENTer 2000000", ":FUNC1:FFT:SPAN 4000000"},
-       "2",
-       "4"},
+      {"OK after the centre", {{0, "3"}}, -1,
+       {":FUNC1:FFT:CENTer 3000000", ":FUNC1:FFT:SPAN <span>"}, "3", "<span>"},
+      {"OK after the stop frequency", {{0, "1"}, {2, "4"}}, -1,
+       {":FUNC1:FFT:CENTer 2000000", ":FUNC1:FFT:SPAN 4000000"}, "2", "4"},
+      // clang-format on
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
@@ -214,21 +204,14 @@ TEST_F(InstrumentDialogTest, ShapeParameterIsClampedSentAndShownAsReadBack) {
     const char* sent;
     int shown;
   } cases[] = {
-      {{":WGEN1:FUNCtion SQUare"}, 95, ":WGEN1:FUNCtion:SQUare:DCYCle 80", 80},
-      {{":WGEN1:FUNCtion SQUare"}, 5, ":WGEN1:FUNCtion:SQUare:DCYCle 20", 20},
-      {{":WGEN1:FUNCtion PULSe", ":WGEN1:PERiod 1E-6"},
-       50,
-       ":WGEN1:FUNCtion:PULSe:WIDTh  5E-07",
-       50},
-      {{":WGEN1:FUNCtion PULSe", ":WGEN1:PERiod 1E-7"},
-       1,
-       ":WGEN1:FUNCtion:PULSe:WIDTh  2E-08",
-       20},
-      {{":WGEN1:FUNCtion PULSe", ":WGEN1:PERiod 1E-7"},
-       100,
-       ":WGEN1:FUNCtion:PULSe:WIDTh  8E-08",
-       80},
-      {{":WGEN1:FUNCtion RAMP"}, 30, ":WGEN1:FUNCtion:RAMP:SYMMetry 30", 30},
+      // clang-format off
+      {{":WGEN1:FUNCtion SQUare"}, 95, "SQUare:DCYCle 80", 80},
+      {{":WGEN1:FUNCtion SQUare"}, 5, "SQUare:DCYCle 20", 20},
+      {{":WGEN1:FUNCtion PULSe", ":WGEN1:PERiod 1E-6"}, 50, "PULSe:WIDTh  5E-07", 50},
+      {{":WGEN1:FUNCtion PULSe", ":WGEN1:PERiod 1E-7"}, 1, "PULSe:WIDTh  2E-08", 20},
+      {{":WGEN1:FUNCtion PULSe", ":WGEN1:PERiod 1E-7"}, 100, "PULSe:WIDTh  8E-08", 80},
+      {{":WGEN1:FUNCtion RAMP"}, 30, "RAMP:SYMMetry 30", 30},
+      // clang-format on
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.sent);
@@ -238,54 +221,46 @@ TEST_F(InstrumentDialogTest, ShapeParameterIsClampedSentAndShownAsReadBack) {
     ClearTraffic();
     auto* value = Find<QSpinBox>(dialog, "sspValue");
     value->setValue(c.typed);
-    EXPECT_EQ(Sent(), Commands{c.sent});
+    EXPECT_EQ(Sent(), Commands{std::string(":WGEN1:FUNCtion:") + c.sent});
     EXPECT_EQ(value->value(), c.shown);
   }
 }
 
 TEST_F(InstrumentDialogTest, SetSendsTheEditedTimingAndLevels) {
+  const Commands kSine = {":WGEN1:FUNCtion SINusoid", ":WGEN1:VOLTage 1",
+                          ":WGEN1:VOLTage:OFFSet 0"};
   const struct {
-    const char* name;
     Commands setup;
-    std::function<void(frmWGEN&)> edit;
+    std::vector<std::pair<const char*, const char*>> typed;  // box, text; "optFreq": kHz
     Commands sent;
   } cases[] = {
-      {"DC sends only the offset",
-       {":WGEN1:FUNCtion DC"},
-       [](frmWGEN& d) { Find<QLineEdit>(d, "txtVOLTageOFFSet")->setText("0.5"); },
-       {":WGEN1:VOLTage:OFFSet .5"}},
-      {"frequency in kHz",
-       {":WGEN1:FUNCtion SINusoid", ":WGEN1:VOLTage 1", ":WGEN1:VOLTage:OFFSet 0"},
-       [](frmWGEN& d) {
-         Find<QRadioButton>(d, "optFreq", 1)->click();
-         Find<QLineEdit>(d, "txtMHz")->setText("2");
-       },
+      // clang-format off
+      {{":WGEN1:FUNCtion DC"}, {{"txtVOLTageOFFSet", "0.5"}}, {":WGEN1:VOLTage:OFFSet .5"}},
+      {kSine, {{"optFreq", ""}, {"txtMHz", "2"}},
        {":WGEN1:FREQuency 2000", ":WGEN1:VOLTage 1", ":WGEN1:VOLTage:OFFSet 0"}},
-      {"period and levels",
-       {":WGEN1:FUNCtion SQUare", ":WGEN1:VOLTage 1", ":WGEN1:VOLTage:OFFSet 0"},
-       [](frmWGEN& d) {
-         Find<QLineEdit>(d, "txtPERiod")->setText("1E-3");
-         Find<QLineEdit>(d, "txtVOLTageHIGH")->setText("1.5");
-         Find<QLineEdit>(d, "txtVOLTageLOW")->setText("-0.25");
-       },
+      {{":WGEN1:FUNCtion SQUare", ":WGEN1:VOLTage 1", ":WGEN1:VOLTage:OFFSet 0"},
+       {{"txtPERiod", "1E-3"}, {"txtVOLTageHIGH", "1.5"}, {"txtVOLTageLOW", "-0.25"}},
        {":WGEN1:PERiod .001", ":WGEN1:VOLTage:HIGH 1.5", ":WGEN1:VOLTage:LOW  -.25"}},
-      {"FM modulation",
-       {":WGEN1:FUNCtion SINusoid", ":WGEN1:FREQuency 1E5", ":WGEN1:VOLTage 1",
+      {{":WGEN1:FUNCtion SINusoid", ":WGEN1:FREQuency 1E5", ":WGEN1:VOLTage 1",
         ":WGEN1:VOLTage:OFFSet 0", ":WGEN1:MODulation:TYPE FM", ":WGEN1:MODulation:STATe 1"},
-       [](frmWGEN& d) {
-         Find<QLineEdit>(d, "txtMODFREQuency")->setText("200");
-         Find<QLineEdit>(d, "txtFMDEViation")->setText("1000");
-       },
+       {{"txtMODFREQuency", "200"}, {"txtFMDEViation", "1000"}},
        {":WGEN1:FREQuency 100000", ":WGEN1:VOLTage 1", ":WGEN1:VOLTage:OFFSet 0",
         ":WGEN1:MODulation:FM:FREQuency 200", ":WGEN1:MODulation:FM:DEViation 1000"}},
+      // clang-format on
   };
   for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
+    SCOPED_TRACE(c.sent.front());
     Setup(c.setup);
     s_.readback.ReadBackWgen();
     frmWGEN dialog(Services());
     ClearTraffic();
-    c.edit(dialog);
+    for (const auto& [box, text] : c.typed) {
+      if (std::string(box) == "optFreq") {
+        Find<QRadioButton>(dialog, box, 1)->click();
+      } else {
+        Find<QLineEdit>(dialog, box)->setText(text);
+      }
+    }
     Click(dialog, "cmdSet");
     EXPECT_EQ(Sent(), c.sent);
     EXPECT_TRUE(s_.h.ui.messages().empty());
@@ -350,25 +325,18 @@ TEST_F(InstrumentDialogTest, AnnotationControlsSendTheirCommands) {
     Commands sent;
     const char* colour;  // AnnotationColor afterwards
   } cases[] = {
+      // clang-format off
       {"empty text switched on",
-       [](frmAnnotation& d) {
-         Find<QLineEdit>(d, "txtLabel")->clear();
-         Click(d, "ssrON");
-       },
-       {":DISPlay:ANNotation:TEXT \"\"", ":DISPlay:ANNotation 1"},
-       "MARK"},
+       [](frmAnnotation& d) { Find<QLineEdit>(d, "txtLabel")->clear(); Click(d, "ssrON"); },
+       {":DISPlay:ANNotation:TEXT \"\"", ":DISPlay:ANNotation 1"}, "MARK"},
       {"transparent background",
        [](frmAnnotation& d) { Find<QComboBox>(d, "cboBackGround")->setCurrentIndex(2); },
-       {":DISPlay:ANNotation:BACKground TRANsparent"},
-       "MARK"},
-      {"colour",
-       [](frmAnnotation& d) { Find<QComboBox>(d, "cboColor")->setCurrentIndex(9); },
-       {":DISPlay:ANNotation:COLor RED"},
-       "RED"},
-      {"OK",
-       [](frmAnnotation& d) { Click(d, "cmdOk"); },
-       {":DISPlay:ANNotation:TEXT \"NOTE 1\""},
-       "MARK"},
+       {":DISPlay:ANNotation:BACKground TRANsparent"}, "MARK"},
+      {"colour", [](frmAnnotation& d) { Find<QComboBox>(d, "cboColor")->setCurrentIndex(9); },
+       {":DISPlay:ANNotation:COLor RED"}, "RED"},
+      {"OK", [](frmAnnotation& d) { Click(d, "cmdOk"); },
+       {":DISPlay:ANNotation:TEXT \"NOTE 1\""}, "MARK"},
+      // clang-format on
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);

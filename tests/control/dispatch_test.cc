@@ -26,24 +26,28 @@ using ::testing::IsEmpty;
 using testing_support::OnlineScope;
 using testing_support::ScopeModel;
 
+// Records each upward call as its name and argument.
+#define RECORD(Name) \
+  void Name() override { calls.emplace_back(#Name); }
+#define RECORD_ARG(Name, Type) \
+  void Name(Type a) override { calls.push_back(#Name " " + std::to_string(a)); }
+
 class RecordingTargets : public DispatchTargets {
  public:
-  void Sweep(bool restart) override { Call("Sweep", restart); }
-  void FftRun(int channel) override { Call("FftRun", channel); }
-  bool SweepMode() const override { return sweep_mode; }
-  void ConfigureInstrumentFft() override { Call("ConfigureInstrumentFft"); }
-  void ReadBackState() override { Call("ReadBackState"); }
-  void ReadBackDvm() override { Call("ReadBackDvm"); }
-  void ReadBackMath() override { Call("ReadBackMath"); }
-  void ReadBackWgen() override { Call("ReadBackWgen"); }
-  void RedrawScreen() override { Call("RedrawScreen"); }
-  void RedrawFrame() override { Call("RedrawFrame"); }
-  void DrawStatusPanel() override { Call("DrawStatusPanel"); }
-  void ZoomView(int mode) override { Call("ZoomView", mode); }
-  void PlaceMarker(int slot) override { Call("PlaceMarker", slot); }
-  void AutoPeak() override { Call("AutoPeak"); }
-  void ClearPeaks() override { Call("ClearPeaks"); }
-  void ClearMarkers() override { Call("ClearMarkers"); }
+  // clang-format off
+  RECORD(ConfigureInstrumentFft) RECORD(ReadBackState) RECORD(ReadBackDvm) RECORD(ReadBackMath)
+  RECORD(ReadBackWgen) RECORD(RedrawScreen) RECORD(RedrawFrame) RECORD(DrawStatusPanel)
+  RECORD(AutoPeak) RECORD(ClearPeaks) RECORD(ClearMarkers) RECORD(SetCenterSpanFromEntries)
+  RECORD(SaveCsvFile) RECORD(OpenCsvFile) RECORD(ImportScreenImage) RECORD(CaptureOwnScreen)
+  RECORD(SaveScreenImage) RECORD(ShowMathDialog) RECORD(ShowWgenDialog) RECORD(ShowAbout)
+  RECORD(ShowAnnotationDialog) RECORD(ShowSettingsDialog) RECORD(ShowHelp) RECORD(ExitProgram)
+  RECORD(RebuildToolbar) RECORD_ARG(Sweep, bool) RECORD_ARG(FftRun, int)
+  RECORD_ARG(ZoomView, int) RECORD_ARG(PlaceMarker, int) RECORD_ARG(ShowChannelLabelDialog, int)
+  RECORD_ARG(SetTopMost, bool)
+      // clang-format on
+      bool SweepMode() const override {
+    return sweep_mode;
+  }
   void SelectCursorSource(std::string_view id) override {
     calls.push_back("SelectCursorSource " + std::string(id));
   }
@@ -53,33 +57,11 @@ class RecordingTargets : public DispatchTargets {
   }
   std::optional<double> FirstCursorDivisions() const override { return cursor_divisions; }
   std::optional<CursorTimes> BothCursorTimes() const override { return cursor_times; }
-  void SetCenterSpanFromEntries() override { Call("SetCenterSpanFromEntries"); }
-  void SaveCsvFile() override { Call("SaveCsvFile"); }
-  void OpenCsvFile() override { Call("OpenCsvFile"); }
-  void ImportScreenImage() override { Call("ImportScreenImage"); }
-  void CaptureOwnScreen() override { Call("CaptureOwnScreen"); }
-  void SaveScreenImage() override { Call("SaveScreenImage"); }
-  void ShowMathDialog() override { Call("ShowMathDialog"); }
-  void ShowWgenDialog() override { Call("ShowWgenDialog"); }
-  void ShowChannelLabelDialog(int channel) override { Call("ShowChannelLabelDialog", channel); }
-  void ShowAnnotationDialog() override { Call("ShowAnnotationDialog"); }
-  void ShowSettingsDialog() override { Call("ShowSettingsDialog"); }
-  void ShowAbout() override { Call("ShowAbout"); }
-  void ShowHelp() override { Call("ShowHelp"); }
-  void SetTopMost(bool on) override { Call("SetTopMost", on); }
-  void ExitProgram() override { Call("ExitProgram"); }
-  void RebuildToolbar() override { Call("RebuildToolbar"); }
 
   std::vector<std::string> calls;
   bool sweep_mode = true;
   std::optional<double> cursor_divisions;
   std::optional<CursorTimes> cursor_times;
-
- private:
-  void Call(const char* name) { calls.emplace_back(name); }
-  void Call(const char* name, int argument) {
-    calls.push_back(std::string(name) + " " + std::to_string(argument));
-  }
 };
 
 // The instrument's state as the simulator starts, read back once; the oscilloscope stopped.

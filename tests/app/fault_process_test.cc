@@ -1,0 +1,326 @@
+// The simulator program killed with SIGKILL at four moments of the real main window's work, over
+// each LAN transport, and started again on the same ports: the window reports the lost link,
+// keeps what the failed exchange did not touch, analyses a CSV file off line and reconnects.
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <QApplication>
+#include <QFile>
+#include <QFileDialog>
+#include <QMessageBox>
+#include <QTimer>
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <tuple>
+#include <vector>
+
+#include "platform/qt/picture_box.h"
+#include "tests/app/window_on_simulator.h"
+
+namespace quarvelo::app {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+// quarvelo-scope-sim as a child process. A thread reads its traffic log (standard output) so
+// that the process dies the moment a given message reaches it, whatever the window is doing.
+class SimulatorProcess {
+ public:
+  SimulatorProcess() = default;
+  SimulatorProcess(const SimulatorProcess&) = delete;
+  SimulatorProcess& operator=(const SimulatorProcess&) = delete;
+  ~SimulatorProcess() { Kill(); }
+
+  // `ports` are the program's port options; false when it did not come up.
+  bool Start(const std::vector<std::string>& ports) {
+    int out[2];
+    if (pipe2(out, O_CLOEXEC) != 0) return false;
+    std::vector<std::string> arguments = {
+        QUARVELO_SCOPE_SIM, "--model", "2000X", "--latency", "1", "--log", "-"};
+    arguments.insert(arguments.end(), ports.begin(), ports.end());
+    std::vector<char*> argv;
+    for (std::string& argument : arguments) argv.push_back(argument.data());
+    argv.push_back(nullptr);
+    pid_ = fork();
+    if (pid_ == 0) {
+      dup2(out[1], STDOUT_FILENO);
+      close(out[0]);
+      close(out[1]);
+      execv(argv[0], argv.data());
+      _exit(127);
+    }
+    close(out[1]);
+    out_ = fdopen(out[0], "r");
+    char line[256] = {};
+    if (pid_ < 0 || out_ == nullptr || std::fgets(line, sizeof line, out_) == nullptr) return false;
+    ports_ = line;
+    reader_ = std::thread([this] { Read(); });
+    return ports_.find("ports:") != std::string::npos;
+  }
+
+  // The port a ports line names ("socket", "vxi11", "portmapper", "hislip").
+  std::string Port(const std::string& name) const {
+    const std::size_t at = ports_.find(" " + name + "=") + name.size() + 2;
+    return ports_.substr(at, ports_.find_first_of(" \n", at) - at);
+  }
+
+  // From now on, the `nth` arrival of `message` kills the process.
+  void KillOn(const std::string& message, int nth) {
+    std::lock_guard lock(mutex_);
+    kill_on_ = message;
+    arrivals_left_ = nth;
+  }
+  bool killed() const {
+    std::lock_guard lock(mutex_);
+    return killed_;
+  }
+  std::vector<std::string> Received() const {
+    std::lock_guard lock(mutex_);
+    return received_;
+  }
+
+  void Kill() {
+    if (pid_ > 0) {
+      ::kill(pid_, SIGKILL);
+      waitpid(pid_, nullptr, 0);
+      pid_ = -1;
+    }
+    if (reader_.joinable()) reader_.join();
+    if (out_ != nullptr) std::fclose(out_);
+    out_ = nullptr;
+  }
+
+ private:
+  void Read() {
+    char line[512];
+    while (std::fgets(line, sizeof line, out_) != nullptr) {
+      const char* arrow = std::strstr(line, " << ");
+      if (arrow == nullptr) continue;
+      std::string message(arrow + 4);
+      message.erase(message.find_last_not_of("\r\n") + 1);
+      std::lock_guard lock(mutex_);
+      received_.push_back(message);
+      if (message == kill_on_ && --arrivals_left_ == 0) {
+        ::kill(pid_, SIGKILL);
+        killed_ = true;
+      }
+    }
+  }
+
+  pid_t pid_ = -1;
+  std::FILE* out_ = nullptr;
+  std::string ports_;
+  std::thread reader_;
+  mutable std::mutex mutex_;
+  std::vector<std::string> received_;
+  std::string kill_on_;
+  int arrivals_left_ = 0;
+  bool killed_ = false;
+};
+
+enum class Transport { kSocket, kVxi11, kHislip };
+enum class Moment { kReadback, kSweep, kFftThirdPass, kImage };
+
+struct MomentCase {
+  const char* name;
+  const char* tool;     // what the user does
+  const char* kill_on;  // the message the process dies on, and its arrival
+  int nth;
+  int time_out_ms;  // of the exchanges at that moment
+};
+constexpr MomentCase kMoments[] = {
+    {"Readback", "ID_Remote", ":TIMebase:SCALe?", 1, 5000},
+    {"SweepCapture", "ID_DIG", ":WAVeform:DATA?", 1, 10000},
+    {"FftThirdPass", "ID_FFT1", ":DIGitize CHANnel1", 3, 10000},
+    {"ImageImport", "ID_ScreenShoot", ":DISPlay:DATA? BMP8BIT, COLor", 1, 5000},
+};
+constexpr const char* kTransportNames[] = {"Socket", "Vxi11", "Hislip"};
+
+// What a channel's record holds: its length, time base and volts.
+struct RecordCopy {
+  std::int32_t bytes;
+  double x_increment;
+  std::vector<double> volts;
+  bool operator==(const RecordCopy&) const = default;
+};
+
+class ProcessKilled : public testing_support::WindowOnSimulator,
+                      public testing::WithParamInterface<std::tuple<Transport, Moment>> {
+ protected:
+  // Not the base's set-up: the simulator here is a process, not a library.
+  void SetUp() override {
+    qputenv("XDG_DATA_HOME", (dir_.path() + "/data").toUtf8());
+    const Transport transport = std::get<0>(GetParam());
+    const char* off = "-1";
+    ports_ = {"--socket-port",     transport == Transport::kSocket ? "0" : off,
+              "--vxi11-port",      transport == Transport::kVxi11 ? "0" : off,
+              "--portmapper-port", transport == Transport::kVxi11 ? "0" : off,
+              "--hislip-port",     transport == Transport::kHislip ? "0" : off};
+    process_ = std::make_unique<SimulatorProcess>();
+    ASSERT_TRUE(process_->Start(ports_));
+    // A restart must bind the very ports the window's address names.
+    for (std::size_t i = 1; i < ports_.size(); i += 2) {
+      const std::string name = ports_[i - 1].substr(2, ports_[i - 1].size() - 7);  // --NAME-port
+      if (ports_[i] == "0") ports_[i] = process_->Port(name);
+    }
+    const std::string resource =
+        transport == Transport::kSocket  ? "TCPIP0::127.0.0.1::" + ports_[1] + "::SOCKET"
+        : transport == Transport::kVxi11 ? "TCPIP0::127.0.0.1:" + ports_[5] + "::inst0::INSTR"
+                                         : "TCPIP0::127.0.0.1::hislip0," + ports_[7] + "::INSTR";
+    store_ = std::make_unique<qt::QSettingsStore>(dir_.path() + "/QUARVELO.conf");
+    store_->Set("Setup", "VISA", resource);
+    store_->Set("Setup", "Channels", "4");
+    window_ = std::make_unique<frmKeysight>(*store_, platform_);
+    Load({}, false);
+    QObject::connect(&user_, &QTimer::timeout, [this] { Play(); });
+    user_.start(1);
+  }
+
+  // The user: notes how long the window left events waiting, reads and closes message boxes,
+  // and picks the CSV file in the open dialog.
+  void Play() {
+    const Clock::time_point now = Clock::now();
+    longest_block_ = std::max(longest_block_, now - last_event_);
+    last_event_ = now;
+    QWidget* modal = QApplication::activeModalWidget();
+    if (auto* box = qobject_cast<QMessageBox*>(modal)) {
+      const bool critical =
+          box->icon() == QMessageBox::Critical && box->windowTitle() == "QUARVELO";
+      boxes_.push_back((critical ? "" : "(not a critical QUARVELO box) ") +
+                       box->text().toStdString());
+      box->close();
+    } else if (auto* dialog = qobject_cast<QFileDialog*>(modal)) {
+      dialog->selectFile(csv_path_);
+      static_cast<QDialog*>(dialog)->accept();  // QFileDialog's own is protected
+    }
+  }
+
+  // Runs one tool and returns how long the window went without running its events.
+  Clock::duration TimedTrigger(const std::string& tool) {
+    longest_block_ = {};
+    last_event_ = Clock::now();
+    Trigger(tool);
+    return std::max(longest_block_, Clock::now() - last_event_);
+  }
+
+  std::vector<RecordCopy> Records() const {
+    std::vector<RecordCopy> copies;
+    for (int channel = 1; channel <= 4; ++channel) {
+      const acquisition::WaveformRecord& record = window_->Records().Records[channel];
+      const auto volts = window_->Records().Samples.Volts(channel);
+      copies.push_back({record.ByteCount, record.XIncrement,
+                        std::vector<double>(volts.begin(), volts.begin() + record.ByteCount)});
+    }
+    return copies;
+  }
+
+  // A 10 kHz sine of 1 V amplitude on channel 2, 2000 samples at 1 MSa/s.
+  void WriteSineCsv() {
+    QFile file(csv_path_);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write("2;1000000;0.5;0.0002;0;-0.001;1E-06\r\n");
+    for (int i = 0; i < 2000; ++i) {
+      const double t = -0.001 + i * 1e-6;
+      file.write(QString::asprintf("%.9f;%.9f\r\n", t, std::sin(2 * M_PI * 1e4 * t)).toUtf8());
+    }
+  }
+
+  std::vector<std::string> ports_;
+  std::unique_ptr<SimulatorProcess> process_;
+  QTimer user_;
+  Clock::time_point last_event_ = Clock::now();
+  Clock::duration longest_block_{};
+  std::vector<std::string> boxes_;
+  QString csv_path_ = dir_.path() + "/sine.csv";
+};
+
+TEST_P(ProcessKilled, ReportsKeepsAnalysesAndReconnects) {
+  const MomentCase& moment = kMoments[static_cast<int>(std::get<1>(GetParam()))];
+  Trigger("ID_Remote");
+  ASSERT_TRUE(window_->Session().RemoteOn);
+  window_->findChild<QTimer*>("tmrRefresh")->stop();  // its polls are not under test here
+  for (int n = 2; n <= 4; ++n)
+    window_->Link().SendCommand(":CHANnel" + std::to_string(n) + ":DISPlay 1");
+  Trigger("ID_DIG");
+  window_->Settings().AverageCount = 4;
+  if (std::string(moment.tool) == "ID_Remote") Trigger("ID_Remote");  // off, to switch it on
+  const std::vector<RecordCopy> records = Records();
+  ASSERT_GT(records[3].bytes, 0);
+  const QImage picture = window_->picKeysight()->Image();
+  ASSERT_TRUE(boxes_.empty()) << boxes_.front();
+
+  process_->KillOn(moment.kill_on, moment.nth);
+  const Clock::duration blocked = TimedTrigger(moment.tool);
+  ASSERT_TRUE(process_->killed()) << moment.kill_on << " never arrived";
+
+  // The lost link as reported, and the window free again.
+  ASSERT_EQ(boxes_.size(), 1u);
+  EXPECT_EQ(boxes_[0].rfind("*** VISA Error : ", 0), 0u) << boxes_[0];
+  EXPECT_FALSE(window_->Session().RemoteOn);
+  EXPECT_FALSE(window_->Tools().ToolState("ID_Remote"));
+  EXPECT_EQ(store_->Get("Setup", "Channels", ""), "2");
+  EXPECT_LT(blocked, std::chrono::milliseconds(moment.time_out_ms + 1000));
+  EXPECT_FALSE(window_->SweepFlags().SweepBusy || window_->SweepFlags().FftBusy ||
+               window_->Link().flags().CaptureBusy);
+  EXPECT_FALSE(QApplication::overrideCursor());
+  // Records the failed exchange was not filling stay as they were: the channel whose transfer
+  // was under way when a capture died is the only one that may have changed.
+  int involved = 0;
+  if (moment.time_out_ms == 10000) {
+    for (const std::string& line : process_->Received()) {
+      if (line.rfind(":WAVeform:SOURce CHANnel", 0) == 0) involved = line.back() - '0';
+    }
+  }
+  const std::vector<RecordCopy> after = Records();
+  for (int channel = 1; channel <= 4; ++channel) {
+    if (channel != involved) {
+      EXPECT_EQ(after[channel - 1], records[channel - 1]) << channel;
+    }
+  }
+  EXPECT_EQ(window_->picKeysight()->Image(), picture);
+
+  // Off line, a CSV file opens and its spectrum shows the sine.
+  WriteSineCsv();
+  Trigger("ID_Open");
+  Trigger("ID_FFT2");
+  const spectrum::Spectrum& spectrum = window_->SpectrumRecord();
+  ASSERT_TRUE(spectrum.SpectrumReady);
+  const int half = spectrum.TransformLength / 2;
+  const auto peak =
+      std::max_element(spectrum.SpectrumLevel.begin() + 1, spectrum.SpectrumLevel.begin() + half);
+  EXPECT_NEAR(spectrum.SpectrumFrequency[peak - spectrum.SpectrumLevel.begin()], 1e4,
+              2 * spectrum.FrequencyResolution);
+
+  // The instrument back on the same ports: Control on reads it back and sweeps.
+  process_ = std::make_unique<SimulatorProcess>();
+  ASSERT_TRUE(process_->Start(ports_));
+  Trigger("ID_Remote");
+  EXPECT_TRUE(window_->Session().RemoteOn);
+  EXPECT_EQ(boxes_.size(), 1u);
+  const std::vector<std::string> received = process_->Received();
+  EXPECT_NE(std::find(received.begin(), received.end(), "*IDN?"), received.end());
+  EXPECT_NE(std::find(received.begin(), received.end(), ":WAVeform:DATA?"), received.end());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Cells, ProcessKilled,
+    testing::Combine(testing::Values(Transport::kSocket, Transport::kVxi11, Transport::kHislip),
+                     testing::Values(Moment::kReadback, Moment::kSweep, Moment::kFftThirdPass,
+                                     Moment::kImage)),
+    [](const auto& info) {
+      return std::string(kTransportNames[static_cast<int>(std::get<0>(info.param))]) +
+             kMoments[static_cast<int>(std::get<1>(info.param))].name;
+    });
+
+}  // namespace
+}  // namespace quarvelo::app

@@ -1,16 +1,22 @@
-// What the VXI-11 and HiSLIP clients share, each against the simulator's server on loopback
-// TCP: replies in pieces, time-outs, a device clear, a server stopping, an open the server never
-// answers. A server closing mid-block is in transport_loopback_test.cc, for every transport.
+// The VXI-11 and HiSLIP clients against the simulator's servers on loopback TCP: first what both
+// share (replies in pieces, time-outs, a server stopping, an open the server never answers),
+// then what only HiSLIP does (message ids, split messages, interrupted replies, write time-outs
+// mid-message, server modes, the server against hand-made message sequences) and what only
+// VXI-11 does (write splitting, late replies, the portmapper, link limits). A server closing
+// mid-block and the device clear are in transport_loopback_test.cc, for every transport.
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <optional>
 #include <ostream>
 #include <string>
 #include <thread>
+#include <tuple>
 #include <vector>
 
 #include "platform/visa/hislip/hislip_transport.h"
 #include "platform/visa/hislip/message.h"
+#include "platform/visa/tcp_connection.h"
 #include "platform/visa/transport_factory.h"
 #include "sim/server/hislip_server.h"
 #include "sim/server/portmapper_server.h"
@@ -22,8 +28,10 @@ namespace quarvelo::testing {
 namespace {
 
 using visa::Clock;
+using visa::HislipTransport;
 using visa::ReadResult;
 using visa::Transport;
+namespace hislip = visa::hislip;
 
 enum class Protocol { kVxi11, kHislip };
 
@@ -35,18 +43,31 @@ class LanSessionTest : public ::testing::TestWithParam<Protocol> {
  protected:
   bool vxi11() const { return GetParam() == Protocol::kVxi11; }
 
-  // `piece`: the most reply bytes the server sends at a time (0: its default).
-  void StartServer(std::size_t piece = 0) {
+  // The core channel and a portmapper announcing it.
+  void StartVxi11(sim::Vxi11ServerOptions options = {}, bool omit_last_fragment_bit = false) {
+    portmapper_.reset();
+    core_ = std::make_unique<sim::Vxi11Server>(handler_, "127.0.0.1", 0, options);
     std::string error;
+    ASSERT_TRUE(core_->Start(&error)) << error;
+    portmapper_ = std::make_unique<sim::PortmapperServer>("127.0.0.1", 0, core_->port());
+    portmapper_->set_omit_last_fragment_bit(omit_last_fragment_bit);
+    ASSERT_TRUE(portmapper_->Start(&error)) << error;
+  }
+
+  void StartHislip(sim::HislipServerOptions options = {}) {
+    hislip_ = std::make_unique<sim::HislipServer>(handler_, "127.0.0.1", 0, options);
+    std::string error;
+    ASSERT_TRUE(hislip_->Start(&error)) << error;
+  }
+
+  // `piece`: the most reply bytes the server sends at a time (0: its default); HiSLIP's message
+  // size is the client's to choose.
+  void StartServer(std::size_t piece = 0) {
     piece_ = piece;
     if (vxi11()) {
-      sim::Vxi11ServerOptions options;
-      if (piece > 0) options.max_read_size = piece;
-      core_ = std::make_unique<sim::Vxi11Server>(handler_, "127.0.0.1", 0, options);
-      ASSERT_TRUE(core_->Start(&error)) << error;
+      StartVxi11({.max_read_size = static_cast<std::uint32_t>(piece)});
     } else {
-      hislip_ = std::make_unique<sim::HislipServer>(handler_, "127.0.0.1", 0);
-      ASSERT_TRUE(hislip_->Start(&error)) << error;
+      StartHislip();
     }
   }
 
@@ -56,9 +77,8 @@ class LanSessionTest : public ::testing::TestWithParam<Protocol> {
       return visa::OpenVxi11Transport("127.0.0.1:core:" + std::to_string(port), "inst0", deadline,
                                       transport);
     }
-    // HiSLIP's message size is the client's to choose.
-    std::unique_ptr<visa::HislipTransport> hislip;
-    const ViStatus status = visa::HislipTransport::Open(
+    std::unique_ptr<HislipTransport> hislip;
+    const ViStatus status = HislipTransport::Open(
         "127.0.0.1", "hislip0", port, deadline,
         {.max_message_size = piece_ > 0 ? piece_ : visa::HislipOptions{}.max_message_size},
         &hislip);
@@ -72,17 +92,36 @@ class LanSessionTest : public ::testing::TestWithParam<Protocol> {
     return transport;
   }
 
+  std::unique_ptr<HislipTransport> OpenHislip() {
+    std::unique_ptr<HislipTransport> transport;
+    EXPECT_EQ(
+        HislipTransport::Open("127.0.0.1", "hislip0", hislip_->port(), In(2000), {}, &transport),
+        VI_SUCCESS);
+    return transport;
+  }
+
+  // Through the portmapper.
+  std::unique_ptr<Transport> OpenVxi11() {
+    std::unique_ptr<Transport> transport;
+    EXPECT_EQ(visa::OpenVxi11Transport("127.0.0.1:" + std::to_string(portmapper_->port()), "inst0",
+                                       In(2000), &transport),
+              VI_SUCCESS);
+    return transport;
+  }
+
   CannedHandler handler_;
   std::unique_ptr<sim::Vxi11Server> core_;
+  std::unique_ptr<sim::PortmapperServer> portmapper_;
   std::unique_ptr<sim::HislipServer> hislip_;
   std::size_t piece_ = 0;
 };
 
+std::string ProtocolName(const ::testing::TestParamInfo<Protocol>& info) {
+  return info.param == Protocol::kVxi11 ? "Vxi11" : "Hislip";
+}
+
 INSTANTIATE_TEST_SUITE_P(Protocols, LanSessionTest,
-                         ::testing::Values(Protocol::kVxi11, Protocol::kHislip),
-                         [](const auto& info) {
-                           return info.param == Protocol::kVxi11 ? "Vxi11" : "Hislip";
-                         });
+                         ::testing::Values(Protocol::kVxi11, Protocol::kHislip), ProtocolName);
 
 TEST_P(LanSessionTest, RepliesArriveInPiecesAndFitSmallCallerBuffers) {
   StartServer(100);
@@ -93,22 +132,15 @@ TEST_P(LanSessionTest, RepliesArriveInPiecesAndFitSmallCallerBuffers) {
   std::string reply;
   std::vector<std::byte> buffer(4096);
   std::size_t pieces = 0;
-  for (;;) {
-    ReadResult result;
+  for (ReadResult result; !result.end; ++pieces) {
     ASSERT_EQ(transport->Read(buffer, In(2000), &result), VI_SUCCESS);
     ASSERT_LE(result.count, 100u);
     reply.append(reinterpret_cast<const char*>(buffer.data()), result.count);
-    ++pieces;
-    if (result.end) break;
   }
   EXPECT_EQ(reply, BlockReply());
   const std::size_t messages = (BlockReply().size() + 99) / 100;
   // A VXI-11 read returns one device_read; a HiSLIP message may also take several reads.
-  if (vxi11()) {
-    EXPECT_EQ(pieces, messages);
-  } else {
-    EXPECT_GE(pieces, messages);
-  }
+  EXPECT_TRUE(vxi11() ? pieces == messages : pieces >= messages) << pieces;
   // A caller's buffer smaller than what arrived gets the rest on the next reads.
   ASSERT_EQ(WriteMessage(*transport, "*IDN?\n", In(2000)), VI_SUCCESS);
   ASSERT_EQ(ReadMessage(*transport, In(2000), &reply, 5), VI_SUCCESS);
@@ -141,26 +173,6 @@ TEST_P(LanSessionTest, TimeOutThenAGoodExchangeDropsTheStaleResponse) {
   EXPECT_EQ(handler_.interrupted.load(), 1);
 }
 
-TEST_P(LanSessionTest, DeviceClearDiscardsThePendingReply) {
-  StartServer();
-  auto transport = Open();
-  ASSERT_NE(transport, nullptr);
-  ASSERT_EQ(WriteMessage(*transport, "ECHO stale\n", In(2000)), VI_SUCCESS);
-  std::this_thread::sleep_for(std::chrono::milliseconds(50));  // the reply is on its way
-  ASSERT_EQ(transport->Clear(In(2000)), VI_SUCCESS);
-  EXPECT_EQ(handler_.cleared.load(), 1);
-  if (!vxi11()) {
-    EXPECT_EQ(static_cast<visa::HislipTransport&>(*transport).next_message_id(),
-              visa::hislip::kFirstMessageId);
-  }
-  std::string reply;
-  ASSERT_EQ(Query(*transport, "ECHO fresh", &reply), VI_SUCCESS);
-  EXPECT_EQ(reply, "fresh\n");
-  if (vxi11()) {
-    EXPECT_EQ(handler_.interrupted.load(), 0);
-  }
-}
-
 TEST_P(LanSessionTest, StopEndsAServerWhoseClientStaysConnected) {
   StartServer();
   auto transport = Open();
@@ -189,6 +201,288 @@ TEST_P(LanSessionTest, OpenFailuresAreResourceNotFound) {
   const auto elapsed = Clock::now() - start;
   EXPECT_GE(elapsed, std::chrono::milliseconds(290));
   EXPECT_LT(elapsed, std::chrono::milliseconds(800));
+  EXPECT_EQ(transport, nullptr);
+}
+
+class HislipTest : public LanSessionTest {};
+
+INSTANTIATE_TEST_SUITE_P(Protocol, HislipTest, ::testing::Values(Protocol::kHislip), ProtocolName);
+
+TEST_P(HislipTest, MessageIdsStartAtTheFirstIdAndStepByTwoPerMessage) {
+  StartHislip({.max_message_size = 32});
+  auto transport = OpenHislip();
+  ASSERT_NE(transport, nullptr);
+  EXPECT_EQ(transport->server_max_message_size(), 32u);
+  EXPECT_EQ(transport->next_message_id(), hislip::kFirstMessageId);
+  std::string reply;
+  ASSERT_EQ(Query(*transport, "*IDN?", &reply), VI_SUCCESS);
+  EXPECT_EQ(transport->next_message_id(), hislip::kFirstMessageId + 2);
+  // 40 bytes to a server taking 32-byte messages, 16 of them header: Data, Data, DataEnd.
+  const std::string text(34, 'z');
+  ASSERT_EQ(Query(*transport, "ECHO " + text, &reply), VI_SUCCESS);
+  EXPECT_EQ(reply, text + "\n");
+  EXPECT_EQ(transport->next_message_id(), hislip::kFirstMessageId + 8);
+  EXPECT_EQ(handler_.messages().back(), "ECHO " + text);
+}
+
+// Servers as real instruments run them: starting overlapped (and granting synchronised mode,
+// or not), preferring overlapped mode in a device clear, counting the header in the maximum
+// message size and sending service requests. Every one must give the same exchanges, and a
+// device clear starts the message ids afresh.
+TEST_P(HislipTest, ServerModesAndQuirks) {
+  const struct {
+    const char* name;
+    sim::HislipServerOptions options;
+    bool overlapped;  // the mode the session runs in
+  } cases[] = {
+      {"starts overlapped", {.overlapped = true, .prefer_overlapped = true}, false},
+      {"stays overlapped",
+       {.overlapped = true, .prefer_overlapped = true, .grant_synchronized = false},
+       true},
+      {"prefers overlapped", {.prefer_overlapped = true}, false},
+      {"272-byte messages, service requests",
+       {.max_message_size = 272, .service_requests = true},
+       false},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    StartHislip(c.options);
+    auto transport = OpenHislip();
+    ASSERT_NE(transport, nullptr);
+    EXPECT_EQ(transport->overlapped(), c.overlapped);
+    std::string reply;
+    ASSERT_EQ(Query(*transport, "*IDN?", &reply), VI_SUCCESS);
+    ASSERT_EQ(WriteMessage(*transport, "*CLS\n", In(1000)), VI_SUCCESS);  // no reply
+    ASSERT_EQ(Query(*transport, "*IDN?", &reply, 1000), VI_SUCCESS);
+    EXPECT_EQ(reply, kIdn);
+    ASSERT_EQ(transport->Clear(In(1000)), VI_SUCCESS);
+    EXPECT_EQ(transport->overlapped(), c.overlapped);
+    EXPECT_EQ(transport->next_message_id(), hislip::kFirstMessageId);
+    ASSERT_EQ(WriteMessage(*transport, "*CLS\n", In(1000)), VI_SUCCESS);
+    const std::string text(296, 'w');  // a 302-byte message
+    ASSERT_EQ(Query(*transport, "ECHO " + text, &reply, 1000), VI_SUCCESS);
+    EXPECT_EQ(reply, text + "\n");
+    EXPECT_EQ(Query(*transport, "SLOW?", &reply, 150), VI_ERROR_TMO);
+    ASSERT_EQ(Query(*transport, "*IDN?", &reply, 1500), VI_SUCCESS);
+    EXPECT_EQ(reply, kIdn);
+  }
+}
+
+TEST_P(HislipTest, LateAnswerIsStaleOnceTheNextMessageHasBegun) {
+  StartHislip();
+  auto transport = OpenHislip();
+  ASSERT_NE(transport, nullptr);
+  std::string reply;
+  EXPECT_EQ(Query(*transport, "SLOW?", &reply, 150), VI_ERROR_TMO);
+  // A Data message without END is now the most recent: the late "SLOW" does not answer it.
+  const std::string start = "ECHO ";
+  ASSERT_EQ(transport->Write(std::as_bytes(std::span(start)), false, In(500)), VI_SUCCESS);
+  EXPECT_EQ(ReadMessage(*transport, In(700), &reply), VI_ERROR_TMO) << reply;
+}
+
+TEST_P(HislipTest, WriteTimeOutMidMessageThenAGoodExchange) {
+  StartHislip();
+  auto transport = OpenHislip();
+  ASSERT_NE(transport, nullptr);
+  // While the instrument is busy, a message far larger than the socket buffers cannot go out
+  // before the deadline; part of it has, part waits in the client.
+  ASSERT_EQ(WriteMessage(*transport, "STALL\n", In(1000)), VI_SUCCESS);
+  const std::string huge = "IGNORE " + std::string(32 * 1024 * 1024, 'i') + "\n";
+  const auto start = Clock::now();
+  EXPECT_EQ(WriteMessage(*transport, huge, In(200)), VI_ERROR_TMO);
+  EXPECT_LT(Clock::now() - start, std::chrono::milliseconds(450));
+  std::string reply;
+  ASSERT_EQ(Query(*transport, "*IDN?", &reply, 5000), VI_SUCCESS);
+  EXPECT_EQ(reply, kIdn);
+  // Neither the cut message nor a message glued to its start reached the instrument.
+  EXPECT_EQ(handler_.messages(), (std::vector<std::string>{"STALL", "*IDN?"}));
+  EXPECT_EQ(handler_.cleared.load(), 1);
+}
+
+TEST_P(HislipTest, NewMessageInterruptsAReplyNotYetSent) {
+  StartHislip();
+  auto transport = OpenHislip();
+  ASSERT_NE(transport, nullptr);
+  ASSERT_EQ(WriteMessage(*transport, "SLOW?\n", In(2000)), VI_SUCCESS);
+  std::string reply;
+  ASSERT_EQ(Query(*transport, "*IDN?", &reply), VI_SUCCESS);
+  EXPECT_EQ(reply, kIdn);
+  EXPECT_EQ(handler_.interrupted.load(), 1);
+}
+
+// Raw HiSLIP exchanges with the server, for what a well-behaved client never sends.
+class RawHislip {
+ public:
+  explicit RawHislip(std::uint16_t port) {
+    EXPECT_EQ(visa::TcpConnection::Connect("127.0.0.1", port, In(1000), &stream_), VI_SUCCESS);
+  }
+  void Send(const hislip::Header& header, std::string_view payload = {}) {
+    const auto head = hislip::EncodeHeader(header);
+    ASSERT_EQ(stream_->SendAll(head, In(1000)), VI_SUCCESS);
+    ASSERT_EQ(stream_->SendAll(std::as_bytes(std::span(payload.data(), payload.size())), In(1000)),
+              VI_SUCCESS);
+  }
+  // The next header, or nullopt when the server closed the connection.
+  std::optional<hislip::Header> Receive(std::string* payload = nullptr) {
+    hislip::HeaderBytes bytes;
+    if (!ReceiveExact(bytes)) return std::nullopt;
+    hislip::Header header;
+    EXPECT_TRUE(hislip::DecodeHeader(bytes, &header));
+    std::string data(header.payload_length, '\0');
+    if (!ReceiveExact(std::as_writable_bytes(std::span(data)))) return std::nullopt;
+    if (payload != nullptr) *payload = data;
+    return header;
+  }
+
+ private:
+  bool ReceiveExact(std::span<std::byte> buffer) {
+    std::size_t done = 0;
+    while (done < buffer.size()) {
+      std::size_t count = 0;
+      if (stream_->ReceiveSome(buffer.subspan(done), In(1000), &count) != VI_SUCCESS) return false;
+      done += count;
+    }
+    return true;
+  }
+  std::unique_ptr<visa::TcpConnection> stream_;
+};
+
+// The type, control and parameter of a received header, or nothing when the server closed.
+std::optional<std::tuple<hislip::MessageType, int, std::uint32_t>> Fields(
+    const std::optional<hislip::Header>& header) {
+  if (!header) return std::nullopt;
+  return std::make_tuple(header->type, static_cast<int>(header->control), header->parameter);
+}
+
+TEST_P(HislipTest, ServerAnswersWithTheIdOfTheMessageItAnswersAndRejectsBadSequences) {
+  using enum hislip::MessageType;
+  StartHislip({.max_message_size = 64});
+  {
+    RawHislip sync(hislip_->port());
+    sync.Send({kInitialize, 0,
+               hislip::InitializeParameter(hislip::kProtocolVersion, hislip::kVendorId), 7},
+              "hislip0");
+    const auto init = sync.Receive();
+    ASSERT_TRUE(init.has_value());
+    ASSERT_EQ(init->type, kInitializeResponse);
+    EXPECT_EQ(init->control, 0) << "synchronised mode";
+    RawHislip async(hislip_->port());
+    async.Send({kAsyncInitialize, 0, hislip::SessionIdOf(init->parameter), 0});
+    ASSERT_EQ(async.Receive()->type, kAsyncInitializeResponse);
+    // Any id the client chooses comes back on the response.
+    sync.Send({kDataEnd, 0, 0x1234, 6}, "*IDN?\n");
+    std::string payload;
+    EXPECT_EQ(Fields(sync.Receive(&payload)), std::make_tuple(kDataEnd, 0, 0x1234u));
+    EXPECT_EQ(payload, kIdn);
+    // Too large a message, or an unknown type, is an error, not the end of the session.
+    sync.Send({kDataEnd, 0, 0x1236, 100}, std::string(100, 'a'));
+    const int too_large = static_cast<int>(hislip::ErrorCode::kMessageTooLarge);
+    EXPECT_EQ(Fields(sync.Receive()), std::make_tuple(kError, too_large, 0u));
+    sync.Send({static_cast<hislip::MessageType>(99), 0, 0, 3}, "abc");
+    EXPECT_EQ(sync.Receive()->control,
+              static_cast<std::uint8_t>(hislip::ErrorCode::kUnrecognizedMessageType));
+    async.Send({kAsyncStatusQuery, 0, 0, 0});
+    EXPECT_EQ(async.Receive()->type, kAsyncStatusResponse);
+    sync.Send({kDataEnd, 0, 0x1238, 6}, "*IDN?\n");
+    EXPECT_EQ(sync.Receive()->parameter, 0x1238u);
+    // A header without the "HS" prologue is fatal, and the server closes.
+    sync.Send({kData, 0, 0, 0}, std::string(16, 'G'));  // header fine, then junk
+    const auto fatal = sync.Receive();
+    ASSERT_TRUE(fatal.has_value());
+    EXPECT_EQ(fatal->type, kFatalError);
+    EXPECT_FALSE(sync.Receive().has_value());
+  }
+  RawHislip early(hislip_->port());
+  early.Send({kDataEnd, 0, 0, 6}, "*IDN?\n");  // data before Initialize
+  const int invalid = static_cast<int>(hislip::FatalErrorCode::kInvalidInitialization);
+  EXPECT_EQ(Fields(early.Receive()), std::make_tuple(kFatalError, invalid, 0u));
+  auto transport = OpenHislip();
+  ASSERT_NE(transport, nullptr);
+  std::string reply;
+  ASSERT_EQ(Query(*transport, "*IDN?", &reply), VI_SUCCESS);
+}
+
+class Vxi11Test : public LanSessionTest {};
+
+INSTANTIATE_TEST_SUITE_P(Protocol, Vxi11Test, ::testing::Values(Protocol::kVxi11), ProtocolName);
+
+TEST_P(Vxi11Test, WritesAreSplitToTheLinksMaxRecvSize) {
+  // The server refuses any device_write larger than what it announced.
+  StartVxi11({.max_recv_size = 1024, .max_read_size = 0});
+  auto transport = OpenVxi11();
+  ASSERT_NE(transport, nullptr);
+  std::string text(5000, 'x');
+  for (std::size_t i = 0; i < text.size(); i += 97) text[i] = static_cast<char>('a' + i % 26);
+  std::string reply;
+  ASSERT_EQ(Query(*transport, "ECHO " + text, &reply), VI_SUCCESS);
+  EXPECT_EQ(reply, text + "\n");
+}
+
+// Instruments answer a read that ran out of io_timeout a little late; the client waits for
+// that answer, so the next exchange does not queue behind it.
+TEST_P(Vxi11Test, LateTimeOutReplyIsReceivedNotLeftPending) {
+  StartVxi11({.late_timeout_reply = std::chrono::milliseconds(400)});
+  auto transport = OpenVxi11();
+  ASSERT_NE(transport, nullptr);
+  std::string reply;
+  EXPECT_EQ(Query(*transport, "SLOW?", &reply, 150), VI_ERROR_TMO);
+  const auto start = Clock::now();
+  ASSERT_EQ(Query(*transport, "*IDN?", &reply, 1000), VI_SUCCESS);
+  EXPECT_EQ(reply, kIdn);
+  EXPECT_LT(Clock::now() - start, std::chrono::milliseconds(250));
+}
+
+TEST_P(Vxi11Test, PortmapperReplyWithoutTheLastFragmentBit) {
+  StartVxi11({}, /*omit_last_fragment_bit=*/true);
+  auto transport = OpenVxi11();
+  ASSERT_NE(transport, nullptr);
+  std::string reply;
+  EXPECT_EQ(Query(*transport, "*IDN?", &reply), VI_SUCCESS);
+}
+
+TEST_P(Vxi11Test, LinkLimitIsABusyResourceAndClosingFreesTheLink) {
+  StartVxi11({.max_links = 1});
+  std::unique_ptr<Transport> link = OpenVxi11();
+  ASSERT_NE(link, nullptr);
+  EXPECT_EQ(core_->live_links(), 1);
+  link.reset();
+  EXPECT_EQ(core_->live_links(), 0) << "destroy_link landed";
+  link = OpenVxi11();
+  ASSERT_NE(link, nullptr);
+  link.reset();
+  StartVxi11({.max_links = 0});
+  EXPECT_EQ(OpenAt(core_->port(), In(1000), &link), VI_ERROR_RSRC_BUSY);
+}
+
+TEST_P(Vxi11Test, LateWriteReplyWithinTheGraceThenAGoodExchange) {
+  StartVxi11();
+  auto transport = OpenVxi11();
+  ASSERT_NE(transport, nullptr);
+  // The instrument is busy with the message and answers the device_write after io_timeout;
+  // the answer is waited for, so nothing is left over.
+  const auto start = Clock::now();
+  EXPECT_EQ(WriteMessage(*transport, "STALL\n", In(200)), VI_SUCCESS);
+  EXPECT_LT(Clock::now() - start, std::chrono::milliseconds(1200));
+  std::string reply;
+  ASSERT_EQ(Query(*transport, "*IDN?", &reply), VI_SUCCESS);
+  EXPECT_EQ(reply, kIdn);
+  EXPECT_EQ(handler_.cleared.load(), 0);
+}
+
+// Through the portmapper: a refused portmapper port, a device the instrument does not have, and
+// a host field that is no host field.
+TEST_P(Vxi11Test, OpenFailuresThroughThePortmapper) {
+  StartVxi11();
+  std::unique_ptr<Transport> transport;
+  const auto start = Clock::now();
+  EXPECT_EQ(visa::OpenVxi11Transport("127.0.0.1:1", "inst0", In(2000), &transport),
+            VI_ERROR_RSRC_NFOUND);
+  EXPECT_EQ(visa::OpenVxi11Transport("127.0.0.1:" + std::to_string(portmapper_->port()), "gpib0,7",
+                                     In(2000), &transport),
+            VI_ERROR_RSRC_NFOUND);
+  EXPECT_LT(Clock::now() - start, std::chrono::milliseconds(1000));
+  EXPECT_EQ(visa::OpenVxi11Transport("127.0.0.1:port", "inst0", In(2000), &transport),
+            VI_ERROR_INV_RSRC_NAME);
   EXPECT_EQ(transport, nullptr);
 }
 

@@ -11,24 +11,6 @@
 namespace quarvelo::spectrum {
 namespace {
 
-TEST(PrepareTwiddlesTest, UsesTheRoundedTwoPiForEveryBlockSize) {
-  FourierWorkspace workspace;
-  workspace.AllocateAll(8);
-  PrepareTwiddles(workspace, 8, false);
-  for (int b = 1; b <= 8; ++b) {
-    const double s = std::sin(6.28318530717958 / b * 0.5);
-    EXPECT_EQ(workspace.TwiddleAlpha[b], 2 * s * s) << b;
-    EXPECT_EQ(workspace.TwiddleBeta[b], std::sin(6.28318530717958 / b)) << b;
-  }
-  PrepareTwiddles(workspace, 8, true);
-  EXPECT_EQ(workspace.TwiddleBeta[4], std::sin(-6.28318530717958 / 4));
-  EXPECT_EQ(workspace.TwiddleAlpha[0], 0.0);
-  // Lengths below 1 prepare nothing.
-  FourierWorkspace empty;
-  PrepareTwiddles(empty, 0, false);
-  EXPECT_TRUE(empty.TwiddleAlpha.empty());
-}
-
 TEST(FourierTest, BadLengthShowsTheErrorBoxAndLeavesTheOutputs) {
   ui::RecordingUi ui;
   FourierWorkspace workspace;

@@ -1,17 +1,13 @@
-// The link's time-outs, its error-queue drain and its fatal path, and a timer tick inside the
-// error box.
-#include <arpa/inet.h>
+// The link's time-outs, its error-queue drain and its fatal path, and a dead link with a timer
+// tick inside the error box.
 #include <gtest/gtest.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
-#include <unistd.h>
 
 #include <atomic>
 #include <functional>
 #include <stdexcept>
 #include <string>
-#include <thread>
 
+#include "sim/server/socket_server.h"
 #include "tests/link/online_scope.h"
 #include "tests/link/sim_faults.h"
 
@@ -49,64 +45,35 @@ TEST(LinkTimeoutTest, EachCallerSetsItsOwnIoTimeOut) {
   EXPECT_FALSE(s.h.session.TimedOut);
 }
 
-// An instrument whose error queue never empties, and whose last reply brings a stray line:
-// the simulator's queue is bounded, so this peer on a loopback socket stands in for a
+// An instrument whose error queue never empties, or whose reply brings a stray line: the
+// simulator's queue is bounded, so a handler on the simulator's socket server stands in for a
 // misbehaving instrument. Every query gets `reply(n)` for the n-th query (from 0).
-class RawPeer {
+class ScriptedInstrument : public sim::MessageHandler {
  public:
-  explicit RawPeer(std::function<std::string(int)> reply) : reply_(std::move(reply)) {
-    listener_ = socket(AF_INET, SOCK_STREAM, 0);
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t length = sizeof(address);
-    bind(listener_, reinterpret_cast<sockaddr*>(&address), length);
-    listen(listener_, 1);
-    getsockname(listener_, reinterpret_cast<sockaddr*>(&address), &length);
-    port_ = ntohs(address.sin_port);
-    thread_ = std::thread([this] { Serve(); });
+  explicit ScriptedInstrument(std::function<std::string(int)> reply) : reply_(std::move(reply)) {
+    std::string error;
+    EXPECT_TRUE(server_.Start(&error)) << error;
   }
-  ~RawPeer() {
-    shutdown(listener_, SHUT_RDWR);
-    close(listener_);
-    if (connection_ >= 0) shutdown(connection_, SHUT_RDWR);
-    thread_.join();
-    if (connection_ >= 0) close(connection_);
+  ~ScriptedInstrument() override { server_.Stop(); }
+  sim::HandlerResponse HandleMessage(std::string_view message) override {
+    if (!message.ends_with('?')) return {};
+    return {.reply = reply_(queries_++)};
   }
+  void ReplyInterrupted() override {}
+  void DeviceClear() override {}
   std::string Resource() const {
-    return "TCPIP0::127.0.0.1::" + std::to_string(port_) + "::SOCKET";
+    return "TCPIP0::127.0.0.1::" + std::to_string(server_.port()) + "::SOCKET";
   }
   int queries() const { return queries_; }
 
  private:
-  void Serve() {
-    connection_ = accept(listener_, nullptr, nullptr);
-    if (connection_ < 0) return;
-    std::string line;
-    char c = 0;
-    while (recv(connection_, &c, 1, 0) == 1) {
-      if (c != '\n') {
-        line += c;
-        continue;
-      }
-      if (!line.empty() && line.back() == '?') {
-        const std::string reply = reply_(queries_++);
-        send(connection_, reply.data(), reply.size(), MSG_NOSIGNAL);
-      }
-      line.clear();
-    }
-  }
-
   std::function<std::string(int)> reply_;
-  int listener_ = -1;
-  int connection_ = -1;
-  int port_ = 0;
   std::atomic<int> queries_ = 0;
-  std::thread thread_;
+  sim::SocketServer server_{*this, "127.0.0.1", 0};
 };
 
 TEST(ErrorDrainTest, EndlessQueueStopsAtTheBound) {
-  RawPeer peer([](int) { return std::string("+1,\"Loop\"\n"); });
+  ScriptedInstrument peer([](int) { return std::string("+1,\"Loop\"\n"); });
   testing_support::LinkHarness h;
   h.session.Address = peer.Resource();
   h.link.OpenInstrument();
@@ -121,7 +88,7 @@ TEST(ErrorDrainTest, EndlessQueueStopsAtTheBound) {
 }
 
 TEST(ErrorDrainTest, DrainFlushesWhatTheInstrumentSentBeyondItsReplies) {
-  RawPeer peer([](int n) {
+  ScriptedInstrument peer([](int n) {
     if (n == 0) return std::string("+1,\"One\"\n");
     if (n == 1) return std::string("+0,\"No error\"\nSTALE\n");
     return std::string("FRESH\n");
@@ -184,9 +151,9 @@ TEST(ErrorDrainTest, FaultWhileDrainingEndsTheProgramWithTwoChannelsAndNoOptions
   EXPECT_EQ(s.h.hooks.program_ends, 1);
 }
 
-// A VISA error while the timers run: a status-poll tick inside the error box must find the
-// link already down.
-TEST(LinkErrorBoxTest, TimerTickInsideTheErrorBoxReportsNothingMore) {
+// A dead link closes with one message, the remote tool up and two channels; a status-poll
+// tick inside the error box (the timers still run) finds the link already down.
+TEST(LinkErrorBoxTest, DeadLinkClosesWithOneMessageEvenWhenATimerTicksInsideTheBox) {
   OnlineScope s;
   TickingUi ui;
   InstrumentLink link = LinkWithUi(s, ui);
@@ -195,12 +162,22 @@ TEST(LinkErrorBoxTest, TimerTickInsideTheErrorBoxReportsNothingMore) {
     ++ticks;
     link.PollInstrumentStatus(true);
   };
+  s.h.tools.SetToolState("ID_Remote", true);
+  s.h.tools.unguarded.clear();
   s.simulator->Stop();
   link.SendCommand(":RUN");
   EXPECT_EQ(ticks, 1);
+  ASSERT_EQ(ui.messages().size(), 1u);
+  EXPECT_TRUE(ui.messages()[0].text.starts_with("*** VISA Error : ")) << ui.messages()[0].text;
+  EXPECT_EQ(ui.messages()[0].icon, ui::MessageIcon::kCritical);
+  EXPECT_EQ(testing_support::Fields(
+                s.h.session.RemoteOn, s.h.tools.ToolState("ID_Remote"), s.h.scope.ChannelCount,
+                s.h.settings.Find("Setup", "Channels").value_or(""), s.h.hooks.rebuilds),
+            "0|0|2|2|1|");
+  EXPECT_TRUE(s.h.tools.unguarded.empty());
+  // Off line from here: nothing more is reported.
+  EXPECT_EQ(link.QueryString("*IDN?"), "");
   EXPECT_EQ(ui.messages().size(), 1u);
-  EXPECT_EQ(s.h.hooks.rebuilds, 1);
-  EXPECT_FALSE(s.h.session.RemoteOn);
 }
 
 }  // namespace

@@ -185,26 +185,5 @@ TEST(LinkOnlineTest, ToleratedTimeOutMarksTimedOutAndSkipsListQueries) {
       << "the session is usable and not polluted by a late reply";
 }
 
-TEST(LinkOnlineTest, DeadLinkClosesWithAMessageAndTwoChannels) {
-  OnlineScope s;
-  s.h.tools.SetToolState("ID_Remote", true);
-  s.h.tools.unguarded.clear();
-  s.simulator->Stop();
-  s.h.link.SendCommand(":RUN");
-  ASSERT_EQ(s.h.ui.messages().size(), 1u);
-  EXPECT_EQ(s.h.ui.messages()[0].text.rfind("*** VISA Error : ", 0), 0u)
-      << s.h.ui.messages()[0].text;
-  EXPECT_EQ(s.h.ui.messages()[0].icon, ui::MessageIcon::kCritical);
-  EXPECT_FALSE(s.h.session.RemoteOn);
-  EXPECT_FALSE(s.h.tools.ToolState("ID_Remote"));
-  EXPECT_TRUE(s.h.tools.unguarded.empty());
-  EXPECT_EQ(s.h.scope.ChannelCount, 2);
-  EXPECT_EQ(s.h.settings.Find("Setup", "Channels"), "2");
-  EXPECT_EQ(s.h.hooks.rebuilds, 1);
-  // Off line from here: nothing more is reported.
-  EXPECT_EQ(s.h.link.QueryString("*IDN?"), "");
-  EXPECT_EQ(s.h.ui.messages().size(), 1u);
-}
-
 }  // namespace
 }  // namespace quarvelo::link

@@ -45,45 +45,28 @@ TEST(FormatPrint, LineFeedInTheFormatEndsTheMessage) {
   EXPECT_EQ(output.pending_, "A;");
 }
 
-TEST(FormatPrint, LineFeedThroughAnArgumentIsData) {
+// What one formatted write leaves pending.
+template <typename... Args>
+std::string Printed(const char* format, Args... args) {
   RecordingOutput output;
-  ASSERT_EQ(Print(&output, ":DISP:ANN:TEXT \"%s\"", "two\nlines"), VI_SUCCESS);
-  EXPECT_TRUE(output.messages_.empty());
-  EXPECT_EQ(output.pending_, ":DISP:ANN:TEXT \"two\nlines\"");
+  EXPECT_EQ(Print(&output, format, args...), VI_SUCCESS) << format;
+  return output.pending_;
 }
 
 TEST(FormatPrint, Conversions) {
-  struct Case {
-    std::string expected;
-    std::string actual;
-  };
-  RecordingOutput o;
-  const auto take = [&o] {
-    std::string text = o.pending_;
-    o.pending_.clear();
-    return text;
-  };
-  std::vector<Case> cases;
-  Print(&o, "100%%");
-  cases.push_back({"100%", take()});
-  Print(&o, ":CHAN%d:SCAL %g", 2, 0.05);
-  cases.push_back({":CHAN2:SCAL 0.05", take()});
-  Print(&o, "%5.2f|%-4d|%x|%c|%s", 3.14159, 7, 255, 'Z', "txt");
-  cases.push_back({" 3.14|7   |ff|Z|txt", take()});
-  Print(&o, "%*d|%.*f", 4, 12, 1, 2.25);
-  cases.push_back({"  12|2.2", take()});
-  Print(&o, "%lld", 1234567890123LL);
-  cases.push_back({"1234567890123", take()});
   const ViInt32 ints[3] = {1, -2, 3};
-  Print(&o, "%,3d", ints);
-  cases.push_back({"1,-2,3", take()});
   const double reals[2] = {0.5, 2};
-  Print(&o, "%,#lf", 2, reals);
-  cases.push_back({"0.500000,2.000000", take()});
   const char bytes[3] = {'a', '\n', 'b'};
-  Print(&o, "%#b", 3, bytes);
-  cases.push_back({std::string("#13a\nb"), take()});
-  for (const Case& c : cases) EXPECT_EQ(c.actual, c.expected);
+  EXPECT_EQ(Printed("100%%"), "100%");
+  EXPECT_EQ(Printed(":CHAN%d:SCAL %g", 2, 0.05), ":CHAN2:SCAL 0.05");
+  EXPECT_EQ(Printed("%5.2f|%-4d|%x|%c|%s", 3.14159, 7, 255, 'Z', "txt"), " 3.14|7   |ff|Z|txt");
+  EXPECT_EQ(Printed("%*d|%.*f", 4, 12, 1, 2.25), "  12|2.2");
+  EXPECT_EQ(Printed("%lld", 1234567890123LL), "1234567890123");
+  EXPECT_EQ(Printed("%,3d", ints), "1,-2,3");
+  EXPECT_EQ(Printed("%,#lf", 2, reals), "0.500000,2.000000");
+  EXPECT_EQ(Printed("%#b", 3, bytes), std::string("#13a\nb"));
+  // A line feed through an argument is data, not the end of the message.
+  EXPECT_EQ(Printed(":DISP:ANN:TEXT \"%s\"", "two\nlines"), ":DISP:ANN:TEXT \"two\nlines\"");
 }
 
 TEST(FormatPrint, BadConversionsAreRejected) {
@@ -101,7 +84,9 @@ ViStatus SessionPrint(Session* session, const char* format, ...) {
   return status;
 }
 
-TEST(FormatPrint, LongMessageGoesOutInPartsWithEndOnlyOnTheLast) {
+// A message longer than the write buffer goes out in parts with END only on the last; output
+// without a line feed waits for a flush, which sends it with END, or a discard.
+TEST(FormatPrint, SessionSendsEndOnlyWithTheMessagesEnd) {
   auto transport = std::make_unique<testing::FakeTransport>(false);
   testing::FakeTransport* wire = transport.get();
   Session session(std::move(transport));
@@ -109,21 +94,15 @@ TEST(FormatPrint, LongMessageGoesOutInPartsWithEndOnlyOnTheLast) {
   ASSERT_EQ(SessionPrint(&session, "%s\n", payload.c_str()), VI_SUCCESS);
   EXPECT_EQ(wire->written(), payload + "\n");
   EXPECT_EQ(wire->messages_ended(), 1);
-}
-
-TEST(FormatPrint, WriteBufferFlushSendsPendingOutputWithEnd) {
-  auto transport = std::make_unique<testing::FakeTransport>(false);
-  testing::FakeTransport* wire = transport.get();
-  Session session(std::move(transport));
   ASSERT_EQ(SessionPrint(&session, ":RUN"), VI_SUCCESS);
-  EXPECT_EQ(wire->written(), "");
+  EXPECT_EQ(wire->written().size(), payload.size() + 1);
   ASSERT_EQ(session.Flush(VI_WRITE_BUF), VI_SUCCESS);
-  EXPECT_EQ(wire->written(), ":RUN");
-  EXPECT_EQ(wire->messages_ended(), 1);
+  EXPECT_EQ(wire->written(), payload + "\n:RUN");
+  EXPECT_EQ(wire->messages_ended(), 2);
   ASSERT_EQ(SessionPrint(&session, ":STOP"), VI_SUCCESS);
   ASSERT_EQ(session.Flush(VI_WRITE_BUF_DISCARD), VI_SUCCESS);
   ASSERT_EQ(session.Flush(VI_WRITE_BUF), VI_SUCCESS);
-  EXPECT_EQ(wire->written(), ":RUN");
+  EXPECT_EQ(wire->written(), payload + "\n:RUN");
 }
 
 }  // namespace

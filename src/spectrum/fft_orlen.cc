@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "spectrum/bit_index.h"
+#include "spectrum/fresh_memory.h"
 
 #if defined(__x86_64__) && defined(__GNUC__) && !defined(__clang__)
 #define QUARVELO_VECTOR_CLONES __attribute__((target_clones("avx2", "default")))
@@ -16,17 +17,18 @@
 namespace quarvelo::spectrum {
 namespace {
 
-// The per-stage twiddle sequences of the module FFT, from the recurrence tables. They depend
-// only on the table entries of the block sizes used, so they are rebuilt only when those
-// entries differ from the ones the cached sequences came from.
-void BuildStageTwiddles(FourierWorkspace& workspace, std::size_t n, int bits) {
+// The per-stage twiddle sequences of the module FFT, from the recurrence coefficients of the
+// block sizes 2, 4 .. n (alpha(b), beta(b)). They depend only on those, so they are rebuilt
+// only when they differ from the ones the cached sequences came from.
+template <typename Alpha, typename Beta>
+void BuildStageTwiddles(FourierWorkspace& workspace, std::size_t n, int bits, Alpha alpha_of,
+                        Beta beta_of) {
   std::vector<double>& key = workspace.stage_twiddles_key;
   bool same =
       workspace.stage_twiddles.length == n && key.size() == 2 * static_cast<std::size_t>(bits);
   for (int stage = 0; same && stage < bits; ++stage) {
     const std::size_t b = std::size_t{2} << stage;
-    same = key[2 * stage] == workspace.TwiddleAlpha[b] &&
-           key[2 * stage + 1] == workspace.TwiddleBeta[b];
+    same = key[2 * stage] == alpha_of(b) && key[2 * stage + 1] == beta_of(b);
   }
   if (same) return;
   internal::StageTwiddles& twiddles = workspace.stage_twiddles;
@@ -34,8 +36,8 @@ void BuildStageTwiddles(FourierWorkspace& workspace, std::size_t n, int bits) {
   key.resize(2 * static_cast<std::size_t>(bits));
   for (int stage = 0; stage < bits; ++stage) {
     const std::size_t half = std::size_t{1} << stage;
-    const double alpha = workspace.TwiddleAlpha[2 * half];
-    const double beta = workspace.TwiddleBeta[2 * half];
+    const double alpha = alpha_of(2 * half);
+    const double beta = beta_of(2 * half);
     key[2 * stage] = alpha;
     key[2 * stage + 1] = beta;
     double w_re = 1.0;
@@ -152,7 +154,9 @@ FourierStatus Fourier(FourierWorkspace& workspace, std::int32_t num_samples, boo
   const int bits = LowestBitIndex(num_samples);
   double* re = workspace.RealOutput.data();
   double* im = workspace.ImagOutput.data();
-  BuildStageTwiddles(workspace, n, bits);
+  BuildStageTwiddles(
+      workspace, n, bits, [&](std::size_t b) { return workspace.TwiddleAlpha[b]; },
+      [&](std::size_t b) { return workspace.TwiddleBeta[b]; });
   // The input is real: half the work as a transform of n/2 complex points.
   internal::RealTransform(workspace.RealInput.data(), 1, re, im, n, bits, workspace.stage_twiddles);
   if (inverse) {
@@ -164,6 +168,31 @@ FourierStatus Fourier(FourierWorkspace& workspace, std::int32_t num_samples, boo
   }
   return FourierStatus::kOk;
 }
+
+namespace internal {
+
+bool WindowedModuleTransform(FourierWorkspace& workspace, const double* x, const double* w,
+                             std::int32_t num_samples) {
+  if (num_samples < 2 || !IsPowerOf2(num_samples)) return false;
+  const auto n = static_cast<std::size_t>(num_samples);
+  const int bits = LowestBitIndex(num_samples);
+  // The forward tables' entries of the block sizes the transform uses, without the tables:
+  // the same library sines `PrepareTwiddles` gives them.
+  BuildStageTwiddles(
+      workspace, n, bits,
+      [](std::size_t b) {
+        const double s = std::sin(kTwiddleTwoPi / static_cast<double>(b) * 0.5);
+        return 2 * s * s;
+      },
+      [](std::size_t b) { return std::sin(kTwiddleTwoPi / static_cast<double>(b)); });
+  ResizeFresh(workspace.pass_bins_re, n / 2 + 2);
+  ResizeFresh(workspace.pass_bins_im, n / 2 + 2);
+  WindowedRealTransform(x, w, workspace.pass_bins_re.data(), workspace.pass_bins_im.data(), n, bits,
+                        workspace.stage_twiddles);
+  return true;
+}
+
+}  // namespace internal
 
 std::int32_t DiscreteFourier(FourierWorkspace& workspace, std::int32_t n,
                              const DftContext& context) {

@@ -51,6 +51,18 @@ struct DftContext {
 std::int32_t DiscreteFourier(FourierWorkspace& workspace, std::int32_t n,
                              const DftContext& context);
 
+namespace internal {
+
+// The module FFT of the windowed record x[i] w[i], i = 1..n-1 (the input at 0 is zero, though
+// x[0] and w[0] must be readable), as `Fourier` makes it after `PrepareTwiddles` (forward),
+// bins 0..n/2+1 only, into workspace.pass_bins_re/im. Needs neither the tables nor the
+// transform arrays, and writes no other array but the stage twiddles. False, doing nothing,
+// for a length `Fourier` refuses.
+bool WindowedModuleTransform(FourierWorkspace& workspace, const double* x, const double* w,
+                             std::int32_t num_samples);
+
+}  // namespace internal
+
 }  // namespace quarvelo::spectrum
 
 #endif  // QUARVELO_SPECTRUM_FFT_ORLEN_H_

@@ -33,6 +33,9 @@ struct FourierWorkspace {
   bool prepared_inverse = false;
   internal::StageTwiddles stage_twiddles;  // per-stage twiddles of the module FFT
   std::vector<double> stage_twiddles_key;  // the table entries they were built from
+  // Bins 0..N/2+1 of the spectrum pass's windowed module transform.
+  std::vector<double> pass_bins_re;
+  std::vector<double> pass_bins_im;
 };
 
 }  // namespace quarvelo::spectrum

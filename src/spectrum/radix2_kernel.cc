@@ -67,13 +67,15 @@ void ForEachTile(const TilePlan& plan, Tile tile) {
   }
 }
 
-// One array through the buffer: rows of `in` to transposed, column-reversed rows of `out`.
-inline void CopyTile(const TilePlan& plan, const double* in, std::size_t in_stride, double* out,
-                     std::size_t from_base, std::size_t to_base, double (&buffer)[kTile][kTile]) {
+// One array through the buffer: rows of the input (point i read as in(i)) to transposed,
+// column-reversed rows of `out`.
+template <typename Input>
+inline void CopyTile(const TilePlan& plan, Input in, double* out, std::size_t from_base,
+                     std::size_t to_base, double (&buffer)[kTile][kTile]) {
   for (std::size_t x = 0; x < kTile; ++x) {
-    const double* row = in + ((from_base + (x << plan.high_shift)) * in_stride);
+    const std::size_t row = from_base + (x << plan.high_shift);
     const std::size_t column = plan.reverse_low[x];
-    for (std::size_t y = 0; y < kTile; ++y) buffer[y][column] = row[y * in_stride];
+    for (std::size_t y = 0; y < kTile; ++y) buffer[y][column] = in(row + y);
   }
   for (std::size_t y = 0; y < kTile; ++y) {
     double* row = out + to_base + (plan.reverse_low[y] << plan.high_shift);
@@ -174,6 +176,33 @@ void StagePair(double* __restrict re, double* __restrict im, std::size_t n, std:
   }
 }
 
+// out[reverse(i)] = (in_re(i), in_im(i)) for i = 0..n-1, n = 2^bits.
+template <typename InputRe, typename InputIm>
+void BitReverseCopy(InputRe in_re, InputIm in_im, double* out_re, double* out_im, std::size_t n,
+                    int bits) {
+  if (bits == 0) {
+    if (n == 1) {
+      out_re[0] = in_re(0);
+      out_im[0] = in_im(0);
+    }
+    return;
+  }
+  if (bits < 2 * kTileBits + 1) {
+    for (std::size_t i = 0; i < n; ++i) {
+      const std::size_t j = Reverse32(static_cast<std::uint32_t>(i)) >> (32 - bits);
+      out_re[j] = in_re(i);
+      out_im[j] = in_im(i);
+    }
+    return;
+  }
+  const TilePlan plan = MakeTilePlan(bits);
+  double buffer[kTile][kTile];
+  ForEachTile(plan, [&](std::size_t from_base, std::size_t to_base) {
+    CopyTile(plan, in_re, out_re, from_base, to_base, buffer);
+    CopyTile(plan, in_im, out_im, from_base, to_base, buffer);
+  });
+}
+
 }  // namespace
 
 void StageTwiddles::Reserve(std::size_t n) {
@@ -183,36 +212,17 @@ void StageTwiddles::Reserve(std::size_t n) {
   }
 }
 
+void BitReverseCopyStrided(const double* in_re, const double* in_im, std::size_t stride,
+                           double* out_re, double* out_im, std::size_t n, int bits) {
+  BitReverseCopy([=](std::size_t i) { return in_re[i * stride]; },
+                 [=](std::size_t i) { return in_im[i * stride]; }, out_re, out_im, n, bits);
+}
+
 void BitReverseCopyComplex(const std::complex<double>* in, double* out_re, double* out_im,
                            std::size_t n, int bits) {
   // std::complex<double> is laid out as two doubles, real part first.
   const double* parts = reinterpret_cast<const double*>(in);
   BitReverseCopyStrided(parts, parts + 1, 2, out_re, out_im, n, bits);
-}
-
-void BitReverseCopyStrided(const double* in_re, const double* in_im, std::size_t stride,
-                           double* out_re, double* out_im, std::size_t n, int bits) {
-  if (bits == 0) {
-    if (n == 1) {
-      out_re[0] = in_re[0];
-      out_im[0] = in_im[0];
-    }
-    return;
-  }
-  if (bits < 2 * kTileBits + 1) {
-    for (std::size_t i = 0; i < n; ++i) {
-      const std::size_t j = Reverse32(static_cast<std::uint32_t>(i)) >> (32 - bits);
-      out_re[j] = in_re[i * stride];
-      out_im[j] = in_im[i * stride];
-    }
-    return;
-  }
-  const TilePlan plan = MakeTilePlan(bits);
-  double buffer[kTile][kTile];
-  ForEachTile(plan, [&](std::size_t from_base, std::size_t to_base) {
-    CopyTile(plan, in_re, stride, out_re, from_base, to_base, buffer);
-    CopyTile(plan, in_im, stride, out_im, from_base, to_base, buffer);
-  });
 }
 
 void RunButterflyStages(double* re, double* im, std::size_t n, const StageTwiddles& twiddles) {
@@ -231,9 +241,12 @@ void RunButterflyStages(double* re, double* im, std::size_t n, const StageTwiddl
   if (half < n) Stage(re, im, n, half, w_re + half, w_im + half);
 }
 
-QUARVELO_VECTOR_CLONES
-void SplitRealSpectrum(double* __restrict re, double* __restrict im, std::size_t n,
-                       const StageTwiddles& twiddles) {
+namespace {
+
+// The split; with `kUpperBins` false the bins above n/2 + 1 are left out.
+template <bool kUpperBins>
+[[gnu::always_inline]] inline void Split(double* __restrict re, double* __restrict im,
+                                         std::size_t n, const StageTwiddles& twiddles) {
   const std::size_t m = n / 2;
   const double* __restrict w_re = twiddles.re.data() + m;
   const double* __restrict w_im = twiddles.im.data() + m;
@@ -260,11 +273,31 @@ void SplitRealSpectrum(double* __restrict re, double* __restrict im, std::size_t
     im[k] = xk_im;
     re[j] = xj_re;
     im[j] = xj_im;
-    re[n - k] = xk_re;
-    im[n - k] = -xk_im;
-    re[n - j] = xj_re;
-    im[n - j] = -xj_im;
+    if constexpr (kUpperBins) {
+      re[n - k] = xk_re;
+      im[n - k] = -xk_im;
+      re[n - j] = xj_re;
+      im[n - j] = -xj_im;
+    }
   }
+  if constexpr (!kUpperBins) {
+    // Bin n/2 + 1 mirrors bin n/2 - 1; for n = 2 it is bin 2 = n, which no transform makes.
+    re[m + 1] = m >= 2 ? re[m - 1] : 0;
+    im[m + 1] = m >= 2 ? -im[m - 1] : 0;
+  }
+}
+
+}  // namespace
+
+QUARVELO_VECTOR_CLONES
+void SplitRealSpectrum(double* re, double* im, std::size_t n, const StageTwiddles& twiddles) {
+  Split<true>(re, im, n, twiddles);
+}
+
+QUARVELO_VECTOR_CLONES
+void SplitRealSpectrumLowerBins(double* re, double* im, std::size_t n,
+                                const StageTwiddles& twiddles) {
+  Split<false>(re, im, n, twiddles);
 }
 
 void RealTransform(const double* x, std::size_t stride, double* re, double* im, std::size_t n,
@@ -273,6 +306,16 @@ void RealTransform(const double* x, std::size_t stride, double* re, double* im, 
   BitReverseCopyStrided(x, x + stride, 2 * stride, re, im, m, bits - 1);
   RunButterflyStages(re, im, m, twiddles);
   SplitRealSpectrum(re, im, n, twiddles);
+}
+
+void WindowedRealTransform(const double* x, const double* w, double* re, double* im, std::size_t n,
+                           int bits, const StageTwiddles& twiddles) {
+  const std::size_t m = n / 2;
+  BitReverseCopy([=](std::size_t p) { return x[2 * p] * w[2 * p]; },
+                 [=](std::size_t p) { return x[2 * p + 1] * w[2 * p + 1]; }, re, im, m, bits - 1);
+  re[0] = 0;  // point 0 keeps x[0] = 0 whatever the record holds there
+  RunButterflyStages(re, im, m, twiddles);
+  SplitRealSpectrumLowerBins(re, im, n, twiddles);
 }
 
 }  // namespace quarvelo::spectrum::internal

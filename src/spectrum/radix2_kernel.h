@@ -43,11 +43,23 @@ void RunButterflyStages(double* re, double* im, std::size_t n, const StageTwiddl
 // n/2) in `twiddles`, and X[n-k] = conj X[k]. n >= 2 is a power of two.
 void SplitRealSpectrum(double* re, double* im, std::size_t n, const StageTwiddles& twiddles);
 
+// The same split writing only bins 0 .. n/2 + 1 (the arrays may hold just n/2 + 2 points);
+// bin n/2 + 1 is conj X[n/2 - 1], or 0 when n = 2.
+void SplitRealSpectrumLowerBins(double* re, double* im, std::size_t n,
+                                const StageTwiddles& twiddles);
+
 // The n-point transform of the real record x (read at x[i * stride] for i = 0..n-1) into
 // (re, im)[0 .. n-1], by the half-length transform and the split. `twiddles` holds every
 // stage of an n-point transform; bits = log2 n >= 1.
 void RealTransform(const double* x, std::size_t stride, double* re, double* im, std::size_t n,
                    int bits, const StageTwiddles& twiddles);
+
+// Bins 0 .. n/2 + 1 of the transform of the windowed record x[i] w[i], i = 0..n-1, with the
+// input at i = 0 taken as zero (x[0] and w[0] are read but not used), into (re, im)[0 ..
+// n/2 + 1]: the window is applied as the record is read, and the bins above n/2 + 1, the
+// mirror images of those below, are not written. bits = log2 n >= 1.
+void WindowedRealTransform(const double* x, const double* w, double* re, double* im, std::size_t n,
+                           int bits, const StageTwiddles& twiddles);
 
 }  // namespace quarvelo::spectrum::internal
 

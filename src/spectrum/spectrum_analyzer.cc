@@ -185,6 +185,21 @@ void SpectrumAnalyzer::FillInput(int channel, std::int32_t offset) {
   for (std::int64_t i = first; i <= last; ++i) x[i] = volts[offset + i] * weights[i];
 }
 
+bool SpectrumAnalyzer::TransformWindowedRecord(int channel, std::int32_t offset) {
+  bins_from_pass_ = false;
+  const std::int32_t n = spectrum_.TransformLength;
+  const std::span<const double> volts = samples_.Volts(channel);
+  // The record and the window must hold samples 0..n-1 from the offset; a record that does
+  // not (a negative offset, a short record) takes the general path with its zero inputs.
+  if (spectrum_.Algorithm != kModuleFft || offset < 0 ||
+      std::int64_t{offset} + n > std::ssize(volts) || std::ssize(spectrum_.WindowWeights) < n) {
+    return false;
+  }
+  bins_from_pass_ = internal::WindowedModuleTransform(workspace_, volts.data() + offset,
+                                                      spectrum_.WindowWeights.data(), n);
+  return bins_from_pass_;
+}
+
 void SpectrumAnalyzer::RunEngine() {
   const std::int32_t n = spectrum_.TransformLength;
   if (spectrum_.Algorithm == kModuleFft) {
@@ -253,11 +268,11 @@ void SpectrumAnalyzer::StorePassLevels(const FftSettings& settings, std::int32_t
     }
     return;
   }
-  const std::int64_t outputs =
-      std::min(std::ssize(workspace_.RealOutput), std::ssize(workspace_.ImagOutput));
+  const std::vector<double>& re = bins_from_pass_ ? workspace_.pass_bins_re : workspace_.RealOutput;
+  const std::vector<double>& im = bins_from_pass_ ? workspace_.pass_bins_im : workspace_.ImagOutput;
+  const std::int64_t outputs = std::min(std::ssize(re), std::ssize(im));
   const auto computed = static_cast<std::int32_t>(std::min<std::int64_t>(last, outputs - 1));
-  internal::StoreLevels(workspace_.RealOutput.data(), workspace_.ImagOutput.data(), 1, computed,
-                        to_rms, unit, levels);
+  internal::StoreLevels(re.data(), im.data(), 1, computed, to_rms, unit, levels);
 }
 
 void SpectrumAnalyzer::ComputeLevels(const FftSettings& settings, double half_rate) {
@@ -328,9 +343,11 @@ void SpectrumAnalyzer::ComputeSpectrum(int channel, std::int32_t offset,
     internal::ResizeFresh(spectrum_.SpectrumLevel, static_cast<std::size_t>(n) + 1);
     internal::ResizeFresh(spectrum_.SpectrumFrequency, static_cast<std::size_t>(n) + 1);
     if (spectrum_.AverageSlot == 1) BuildWindow(channel, settings);
-    PrepareEngine();
-    FillInput(channel, offset);
-    RunEngine();
+    if (!TransformWindowedRecord(channel, offset)) {
+      PrepareEngine();
+      FillInput(channel, offset);
+      RunEngine();
+    }
     const double half_rate = host_.SampleRate() * 1000 / 2;
     const double denominator = n / 2.0 + 1;
     spectrum_.StartFrequency = spectrum_.FirstPoint / denominator * half_rate;

@@ -59,6 +59,9 @@ class SpectrumAnalyzer {
 
  private:
   void BuildWindow(int channel, const FftSettings& settings);
+  // The module FFT of a record that holds every input, windowed as it is read, into the
+  // workspace's pass bins; false when the general path must run instead.
+  bool TransformWindowedRecord(int channel, std::int32_t offset);
   void PrepareEngine();
   void FillInput(int channel, std::int32_t offset);
   void RunEngine();
@@ -79,6 +82,8 @@ class SpectrumAnalyzer {
   ui::UiServices& ui_;
   const bool& stop_requested_;
   double two_pi_;
+  // This pass's module bins are the workspace's pass bins, not its transform outputs.
+  bool bins_from_pass_ = false;
 };
 
 }  // namespace quarvelo::spectrum

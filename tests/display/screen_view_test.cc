@@ -155,19 +155,6 @@ TEST_F(ScreenViewTest, AChannelThatCannotBeDrawnReportsItselfWhileTheOthersAreDr
   EXPECT_EQ(Pixel(MidX(), layout_.PointY[1][100]), ChannelColour(1).rgb() & 0xffffffu);
 }
 
-TEST_F(ScreenViewTest, SpectrumPaneGeometry) {
-  SetSpectrum(std::vector<double>(501, -80.0));
-  const double u = 1600 * 15 / 19.0;
-  const double v = 1000 * 15 / 11.5;
-  EXPECT_DOUBLE_EQ(layout_.GridLeft, 0.8 * u);
-  EXPECT_DOUBLE_EQ(layout_.GridTop, 0.45 * v + 4.6 * v + 300);
-  EXPECT_DOUBLE_EQ(layout_.GridBottom, 0.45 * v + 9.2 * v);
-  EXPECT_DOUBLE_EQ(layout_.ScopeBottom, 0.45 * v + 4.6 * v);
-  EXPECT_EQ(Pixel(MidX(), (layout_.GridTop + layout_.GridBottom) / 2),
-            kSpectrumColour.rgb() & 0xffffffu);
-  EXPECT_EQ(Pixel(MidX(), layout_.GridTop), 0xffffffu);
-}
-
 TEST_F(ScreenViewTest, AnnotationBackgrounds) {
   struct Case {
     const char* background;

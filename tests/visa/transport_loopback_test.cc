@@ -344,53 +344,36 @@ TEST_P(UsbtmcRecoveryTest, DeviceFaultsAndQuirks) {
   const auto ask = [](const char* query) {
     return [query](Session& session) { return Ask(session, query); };
   };
+  const auto slow = ask("SLOW?"), idn = ask("*IDN?");
+  constexpr ViStatus kTmo = VI_ERROR_TMO;
+  const UsbDeviceOptions kSplit{
+      .packet_size = 8, .packets_per_bulk_in = 1, .corrupt_next_tag = true};
+  const auto empty_write = [](Session& session) {
+    ViUInt32 count = 0;
+    return session.Write({}, &count);
+  };
+  const auto fill_write_buffer = [](Session& session) {  // the LF lands on its boundary
+    return Printf(session, "%s\n", std::string(Session::kWriteBufferSize - 1, 't').c_str());
+  };
   const struct {
     const char* name;
     UsbDeviceOptions options;
     std::function<ViStatus(Session&)> exchange;
     ViStatus expected;
   } cases[] = {
-      {"abort answered 'try later' twice", {.abort_busy_answers = 2}, ask("SLOW?"), VI_ERROR_TMO},
-      {"abort never possible: a clear instead",
-       {.abort_busy_answers = 50},
-       ask("SLOW?"),
-       VI_ERROR_TMO},
-      {"abort pending, rest flushed in full packets and a zero-length one",
-       {.pending_answers = 3, .abort_flush_packets = 2},
-       ask("SLOW?"),
-       VI_ERROR_TMO},
-      {"bulk-in stalls", {.stall_bulk_in_next = true}, ask("*IDN?"), VI_ERROR_IO},
-      {"wrong bTag in the response", {.corrupt_next_tag = true}, ask("*IDN?"), VI_ERROR_IO},
-      {"wrong bTag, headers split across calls",
-       {.packet_size = 8, .packets_per_bulk_in = 1, .corrupt_next_tag = true},
-       ask("*IDN?"),
-       VI_ERROR_IO},
-      {"transfer cut short by a short packet",
-       {.short_transfer_next = true},
-       ask("*IDN?"),
-       VI_ERROR_IO},
-      {"bulk-out times out, abort pending",
-       {.pending_answers = 2, .bulk_out_timeout_next = true},
-       ask("*IDN?"),
-       VI_ERROR_TMO},
-      {"half a message and a halted bulk-out left by an earlier session",
-       {.stale_session = true},
-       ask("*IDN?"),
-       VI_SUCCESS},
-      {"message ending on the write buffer's boundary",
-       {},
-       [](Session& session) {
-         const std::string text(Session::kWriteBufferSize - 1, 't');
-         return Printf(session, "%s\n", text.c_str());
-       },
-       VI_SUCCESS},
-      {"empty write",
-       {},
-       [](Session& session) {
-         ViUInt32 count = 0;
-         return session.Write({}, &count);
-       },
-       VI_SUCCESS},
+      {"abort answered 'try later' twice", {.abort_busy_answers = 2}, slow, VI_ERROR_TMO},
+      {"abort never possible: a clear", {.abort_busy_answers = 50}, slow, VI_ERROR_TMO},
+      // The rest is flushed in full packets and a zero-length one.
+      {"abort pending", {.pending_answers = 3, .abort_flush_packets = 2}, slow, VI_ERROR_TMO},
+      {"bulk-in stalls", {.stall_bulk_in_next = true}, idn, VI_ERROR_IO},
+      {"wrong bTag", {.corrupt_next_tag = true}, idn, VI_ERROR_IO},
+      {"wrong bTag, split headers", kSplit, idn, VI_ERROR_IO},
+      {"transfer cut by a short packet", {.short_transfer_next = true}, idn, VI_ERROR_IO},
+      {"bulk-out time-out", {.pending_answers = 2, .bulk_out_timeout_next = true}, idn, kTmo},
+      // Half a message and a halted bulk-out left by an earlier session.
+      {"stale session", {.stale_session = true}, idn, VI_SUCCESS},
+      {"message filling the write buffer", {}, fill_write_buffer, VI_SUCCESS},
+      {"empty write", {}, empty_write, VI_SUCCESS},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);

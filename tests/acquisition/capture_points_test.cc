@@ -11,50 +11,43 @@
 namespace quarvelo::acquisition {
 namespace {
 
-struct PointsCase {
-  const char* name;
-  bool use_bins;
-  int bins_index;
-  std::int32_t acquisition_points;
-  std::int32_t screen_points;
-  std::int32_t expected;
-};
-
-class RequestedPointsTest : public testing::TestWithParam<PointsCase> {};
-
-TEST_P(RequestedPointsTest, FollowsTheRule) {
-  const PointsCase& c = GetParam();
-  EXPECT_EQ(RequestedPoints(c.use_bins, c.bins_index, c.acquisition_points, c.screen_points),
-            c.expected);
+TEST(RequestedPointsTest, FollowsTheRule) {
+  struct Case {
+    bool use_bins;
+    int bins_index;
+    std::int32_t acquisition_points, screen_points, expected;
+  };
+  const Case cases[] = {
+      {true, 0, 100000, 0, 256},
+      {true, 0, 1000000, 100000, 100000},  // 10 us/div at 1 GSa/s: 100000 on screen
+      {true, 9, 50000, 0, 50000},          // bins above the record
+      {true, 9, 50000, 80000, 80000},      // ... and the screen above both
+      {true, 4, 100000, 0, 4096},          // the entry "4906" requests 4096
+      {true, 11, 4000000, 0, 524288},      // the last entry
+      {false, 0, 62500, 0, 62500},         // the whole record
+      {false, 11, 7680, 1000, 7680},       // ... whatever the bins
+      {false, 0, 8000000, 1000000, 524288},
+      {false, 0, 8000000, 0, 524288},
+      {true, -1, 100000, 0, 256}};  // no entry selected: the first
+  for (const Case& c : cases) {
+    EXPECT_EQ(RequestedPoints(c.use_bins, c.bins_index, c.acquisition_points, c.screen_points),
+              c.expected)
+        << c.use_bins << " " << c.bins_index << " " << c.acquisition_points << " "
+        << c.screen_points;
+  }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Rules, RequestedPointsTest,
-    testing::Values(PointsCase{"Bins0", true, 0, 100000, 0, 256},
-                    // 10 us/div at 1 GSa/s: the screen holds 100000 samples.
-                    PointsCase{"Bins0RaisedToScreen", true, 0, 1000000, 100000, 100000},
-                    PointsCase{"BinsAboveRecord", true, 9, 50000, 0, 50000},
-                    PointsCase{"BinsAboveRecordThenScreen", true, 9, 50000, 80000, 80000},
-                    PointsCase{"Entry4906Requests4096", true, 4, 100000, 0, 4096},
-                    PointsCase{"LastEntry", true, 11, 4000000, 0, 524288},
-                    PointsCase{"WholeRecord", false, 0, 62500, 0, 62500},
-                    PointsCase{"WholeRecordIgnoresBins", false, 11, 7680, 1000, 7680},
-                    PointsCase{"ScreenAboveCap", false, 0, 8000000, 1000000, 524288},
-                    PointsCase{"RecordAboveCap", false, 0, 8000000, 0, 524288},
-                    PointsCase{"UnselectedComboIsFirstEntry", true, -1, 100000, 0, 256}),
-    [](const testing::TestParamInfo<PointsCase>& info) { return info.param.name; });
 
 TEST(ConvertSamplesTest, CodesToVoltsAndIndexesToSeconds) {
   const std::vector<std::uint8_t> codes = {128, 0, 255, 1};
   std::vector<double> raw(4), time(4), volts(4);
   // x reference is not an argument: it takes no part in the time axis.
   ConvertSamples(codes, 1e-6, -2e-3, 128, 0.01, 0.5, raw, time, volts);
-  EXPECT_DOUBLE_EQ(volts[0], 0.5);
-  EXPECT_DOUBLE_EQ(volts[1], -0.78);
-  EXPECT_DOUBLE_EQ(volts[2], 0.5 + 127 * 0.01);
-  EXPECT_DOUBLE_EQ(volts[3], 0.5 - 127 * 0.01);
-  EXPECT_DOUBLE_EQ(time[0], -2e-3);
-  EXPECT_DOUBLE_EQ(time[3], 3e-6 - 2e-3);
+  const double expected_volts[] = {0.5, -0.78, 1.77, -0.77};
+  const double expected_time[] = {-2e-3, -1.999e-3, -1.998e-3, -1.997e-3};
+  for (size_t i = 0; i < 4; ++i) {
+    EXPECT_DOUBLE_EQ(volts[i], expected_volts[i]) << i;
+    EXPECT_DOUBLE_EQ(time[i], expected_time[i]) << i;
+  }
   EXPECT_EQ(raw, (std::vector<double>{128, 0, 255, 1}));
 }
 

@@ -12,19 +12,14 @@ namespace quarvelo::visa {
 namespace {
 
 // The test instrument behind the simulator's raw socket server on a loopback port.
-class SocketInstrument {
- public:
-  SocketInstrument() {
-    std::string error;
-    EXPECT_TRUE(server_.Start(&error)) << error;
-  }
+struct SocketInstrument {
+  SocketInstrument() { EXPECT_TRUE(server.Start(&error)) << error; }
   std::string Resource() const {
-    return "TCPIP0::127.0.0.1::" + std::to_string(server_.port()) + "::SOCKET";
+    return "TCPIP0::127.0.0.1::" + std::to_string(server.port()) + "::SOCKET";
   }
-
- private:
-  quarvelo::testing::CannedHandler instrument_;
-  sim::SocketServer server_{instrument_, "127.0.0.1", 0};
+  std::string error;
+  quarvelo::testing::CannedHandler instrument;
+  sim::SocketServer server{instrument, "127.0.0.1", 0};
 };
 
 TEST(VisaApi, ClosingTheManagerClosesWhatItOpened) {
@@ -82,12 +77,11 @@ TEST(VisaApi, TimeoutAttributeAndMasks) {
   ViSession rm = VI_NULL, vi = VI_NULL;
   ASSERT_EQ(viOpenDefaultRM(&rm), VI_SUCCESS);
   ASSERT_EQ(viOpen(rm, server.Resource().c_str(), VI_NO_LOCK, 2000, &vi), VI_SUCCESS);
-  ViUInt32 timeout = 0;
-  ASSERT_EQ(viGetAttribute(vi, VI_ATTR_TMO_VALUE, &timeout), VI_SUCCESS);
-  EXPECT_EQ(timeout, 2000u);
+  ViUInt32 opened = 0, set = 0;
+  ASSERT_EQ(viGetAttribute(vi, VI_ATTR_TMO_VALUE, &opened), VI_SUCCESS);
   ASSERT_EQ(viSetAttribute(vi, VI_ATTR_TMO_VALUE, 5000), VI_SUCCESS);
-  ASSERT_EQ(viGetAttribute(vi, VI_ATTR_TMO_VALUE, &timeout), VI_SUCCESS);
-  EXPECT_EQ(timeout, 5000u);
+  ASSERT_EQ(viGetAttribute(vi, VI_ATTR_TMO_VALUE, &set), VI_SUCCESS);
+  EXPECT_EQ(std::make_pair(opened, set), std::make_pair(2000u, 5000u));
   EXPECT_EQ(viSetAttribute(vi, VI_ATTR_TMO_VALUE, 0x1'0000'0000ull), VI_ERROR_NSUP_ATTR_STATE);
   EXPECT_EQ(viSetAttribute(vi, 0x3FFF0018, 10), VI_ERROR_NSUP_ATTR);
   EXPECT_EQ(viSetAttribute(rm, VI_ATTR_TMO_VALUE, 10), VI_ERROR_NSUP_ATTR);
@@ -99,11 +93,15 @@ TEST(VisaApi, TimeoutAttributeAndMasks) {
   EXPECT_EQ(viFlush(rm, VI_READ_BUF), VI_ERROR_NSUP_OPER);
   EXPECT_EQ(viFlush(0xFFFF, VI_READ_BUF), VI_ERROR_INV_OBJECT);
 
-  // Formatted write with arguments reaches the instrument as text.
+  // Formatted write with arguments reaches the instrument as text; a raw socket has no status
+  // byte, and its device clear reaches no instrument but succeeds.
   ASSERT_EQ(viPrintf(vi, "ECHO :CHANnel%d:SCALe %g\n", 1, 0.5), VI_SUCCESS);
   char echo[64] = {};
   ASSERT_EQ(viScanf(vi, "%t", echo), VI_SUCCESS);
   EXPECT_STREQ(echo, ":CHANnel1:SCALe 0.5\n");
+  ViUInt16 status_byte = 0;
+  EXPECT_EQ(viReadSTB(vi, &status_byte), VI_ERROR_NSUP_OPER);
+  EXPECT_EQ(viClear(vi), VI_SUCCESS);
   viClose(rm);
 }
 

@@ -12,7 +12,6 @@
 
 #include "platform/text/number_parse.h"
 #include "tests/link/online_scope.h"
-#include "tests/link/sim_faults.h"
 
 namespace quarvelo::acquisition {
 namespace {

@@ -10,7 +10,6 @@
 #include "acquisition/reply_fields.h"
 #include "platform/text/number_parse.h"
 #include "tests/link/online_scope.h"
-#include "tests/link/sim_faults.h"
 
 namespace quarvelo::acquisition {
 namespace {

@@ -9,7 +9,6 @@
 
 #include "sim/server/socket_server.h"
 #include "tests/link/online_scope.h"
-#include "tests/link/sim_faults.h"
 
 namespace quarvelo::link {
 namespace {

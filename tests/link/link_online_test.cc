@@ -7,7 +7,6 @@
 
 #include "platform/text/number_parse.h"
 #include "tests/link/online_scope.h"
-#include "tests/link/sim_faults.h"
 
 namespace quarvelo::link {
 namespace {

@@ -72,6 +72,12 @@ class OnlineScope {
   acquisition::WaveformCapture capture{h.link, h.scope, records, h.ui, h.tools};
 };
 
+// The simulator's own :SIMulate commands the tests steer it with.
+inline constexpr const char* kPressFrontPanelKey = ":SIMulate:KEY";
+inline constexpr const char* kNeverAnswerNextQuery = ":SIMulate:SILent";
+// The next block stops half-way, with the connection left open.
+inline constexpr const char* kCutNextBlock = ":SIMulate:CUT";
+
 // The traffic of one command or query: the message and the error-queue query that follows.
 inline std::vector<std::string> WithErrorQuery(const std::vector<std::string>& messages) {
   std::vector<std::string> out;

@@ -87,6 +87,9 @@ class UserAtWindow {
   // The file an open-file dialog is answered with.
   void SetFileToOpen(const QString& path) { file_to_open_ = path; }
 
+  // 0 ticks at every turn of the event loop (busy while the window waits: keep it short).
+  void SetTickInterval(int milliseconds) { timer_.setInterval(milliseconds); }
+
   std::function<void()> on_tick;
 
  private:

@@ -19,18 +19,21 @@ namespace quarvelo::sim {
 
 class LoopbackClient {
  public:
-  explicit LoopbackClient(std::uint16_t port) {
-    fd_ = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  using Clock = std::chrono::steady_clock;
+
+  explicit LoopbackClient(std::uint16_t port)
+      : fd_(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
     sockaddr_in address{};
     address.sin_family = AF_INET;
     address.sin_port = htons(port);
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    if (connect(fd_, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0) {
+    int one = 1;
+    if (connect(fd_, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0) {
+      setsockopt(fd_, IPPROTO_TCP, TCP_NODELAY, &one, sizeof one);
+    } else {
       close(fd_);
       fd_ = -1;
     }
-    int one = 1;
-    if (fd_ >= 0) setsockopt(fd_, IPPROTO_TCP, TCP_NODELAY, &one, sizeof one);
   }
   ~LoopbackClient() {
     if (fd_ >= 0) close(fd_);
@@ -39,19 +42,18 @@ class LoopbackClient {
   LoopbackClient& operator=(const LoopbackClient&) = delete;
 
   bool connected() const { return fd_ >= 0; }
+  size_t buffered() const { return buffer_.size(); }
 
   bool Send(std::string_view text) {
-    while (!text.empty()) {
-      ssize_t n = send(fd_, text.data(), text.size(), MSG_NOSIGNAL);
-      if (n <= 0) return false;
-      text.remove_prefix(static_cast<size_t>(n));
+    for (ssize_t n; !text.empty(); text.remove_prefix(static_cast<size_t>(n))) {
+      if ((n = send(fd_, text.data(), text.size(), MSG_NOSIGNAL)) <= 0) return false;
     }
     return true;
   }
 
   // Up to and including LF; nullopt on time-out or when the peer closes first.
   std::optional<std::string> ReadLine(std::chrono::milliseconds timeout) {
-    auto deadline = std::chrono::steady_clock::now() + timeout;
+    const Clock::time_point deadline = Clock::now() + timeout;
     while (buffer_.find('\n') == std::string::npos) {
       if (!Fill(deadline)) return std::nullopt;
     }
@@ -59,7 +61,7 @@ class LoopbackClient {
   }
 
   std::optional<std::string> ReadExact(size_t count, std::chrono::milliseconds timeout) {
-    auto deadline = std::chrono::steady_clock::now() + timeout;
+    const Clock::time_point deadline = Clock::now() + timeout;
     while (buffer_.size() < count) {
       if (!Fill(deadline)) return std::nullopt;
     }
@@ -71,21 +73,17 @@ class LoopbackClient {
     std::optional<std::string> header = ReadExact(2, timeout);
     if (!header || (*header)[0] != '#') return std::nullopt;
     std::optional<std::string> digits = ReadExact((*header)[1] - '0', timeout);
-    if (!digits) return std::nullopt;
-    std::optional<std::string> data = ReadExact(std::stoul(*digits), timeout);
-    if (!data || ReadExact(1, timeout) != "\n") return std::nullopt;
-    return data;
+    std::optional<std::string> data = digits ? ReadExact(std::stoul(*digits), timeout) : digits;
+    return data && ReadExact(1, timeout) == "\n" ? data : std::nullopt;
   }
 
   // True when the peer has closed the connection (and sent nothing more) within the time-out.
   bool PeerClosed(std::chrono::milliseconds timeout) {
-    auto deadline = std::chrono::steady_clock::now() + timeout;
+    const Clock::time_point deadline = Clock::now() + timeout;
     while (Fill(deadline)) {
     }
     return closed_;
   }
-
-  size_t buffered() const { return buffer_.size(); }
 
  private:
   std::string Take(size_t count) {
@@ -94,27 +92,21 @@ class LoopbackClient {
     return bytes;
   }
 
-  bool Fill(std::chrono::steady_clock::time_point deadline) {
-    if (closed_) return false;
-    auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
-        deadline - std::chrono::steady_clock::now());
-    if (left.count() <= 0) return false;
+  bool Fill(Clock::time_point deadline) {
+    const auto left =
+        std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now()).count();
     pollfd waiter{fd_, POLLIN, 0};
-    if (poll(&waiter, 1, static_cast<int>(left.count())) <= 0) return false;
-    chunk_.resize(1 << 20);
-    ssize_t n = recv(fd_, chunk_.data(), chunk_.size(), 0);
-    if (n <= 0) {
-      closed_ = true;
-      return false;
-    }
-    buffer_.append(chunk_.data(), static_cast<size_t>(n));
-    return true;
+    if (closed_ || left <= 0 || poll(&waiter, 1, static_cast<int>(left)) <= 0) return false;
+    char chunk[1 << 16];
+    const ssize_t n = recv(fd_, chunk, sizeof chunk, 0);
+    closed_ = n <= 0;
+    if (!closed_) buffer_.append(chunk, static_cast<size_t>(n));
+    return !closed_;
   }
 
-  int fd_ = -1;
+  int fd_;
   bool closed_ = false;
   std::string buffer_;
-  std::string chunk_;
 };
 
 }  // namespace quarvelo::sim

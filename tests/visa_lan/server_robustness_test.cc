@@ -93,25 +93,16 @@ std::pair<int, int> ReplyOf(const std::string& received) {
   return {static_cast<int>(header.stat), reader.GetUint32(&error) ? static_cast<int>(error) : -1};
 }
 
-class ServerRobustnessTest : public ::testing::Test {
- protected:
-  void SetUp() override {
-    std::string error;
-    ASSERT_TRUE(core_.Start(&error)) << error;
-    portmapper_ = std::make_unique<sim::PortmapperServer>("127.0.0.1", 0, core_.port());
-    ASSERT_TRUE(portmapper_->Start(&error)) << error;
-    ASSERT_TRUE(hislip_.Start(&error)) << error;
-  }
-
-  CannedHandler handler_;
-  sim::Vxi11Server core_{handler_, "127.0.0.1", 0};
-  std::unique_ptr<sim::PortmapperServer> portmapper_;
-  sim::HislipServer hislip_{handler_, "127.0.0.1", 0};
-};
-
 // Each server answers bad calls as RPC says (the accept status and the first result word, -1
 // when absent) and survives garbage; then both clients still get their answers.
-TEST_F(ServerRobustnessTest, ServersAnswerBadCallsAndSurviveGarbage) {
+TEST(ServerRobustnessTest, ServersAnswerBadCallsAndSurviveGarbage) {
+  CannedHandler handler;
+  sim::Vxi11Server core(handler, "127.0.0.1", 0);
+  sim::HislipServer hislip_server(handler, "127.0.0.1", 0);
+  std::string error;
+  ASSERT_TRUE(core.Start(&error) && hislip_server.Start(&error)) << error;
+  sim::PortmapperServer portmapper("127.0.0.1", 0, core.port());
+  ASSERT_TRUE(portmapper.Start(&error)) << error;
   enum Server { kCore, kPortmapper, kHislip };
   constexpr std::pair<int, int> kNoReply{-1, -1};
   constexpr std::pair<int, int> kUnchecked{-2, -2};
@@ -168,22 +159,23 @@ TEST_F(ServerRobustnessTest, ServersAnswerBadCallsAndSurviveGarbage) {
       {"random after initialize", kHislip, kInitialize + RandomBytes(5, 100), kUnchecked},
   };
   for (const auto& c : cases) {
-    const std::uint16_t ports[] = {core_.port(), portmapper_->port(), hislip_.port()};
+    const std::uint16_t ports[] = {core.port(), portmapper.port(), hislip_server.port()};
     const std::string received = Exchange(ports[c.server], c.bytes);
     if (c.reply != kUnchecked) {
       EXPECT_EQ(ReplyOf(received), c.reply) << c.what;
     }
   }
   std::unique_ptr<visa::Transport> transport;
-  ASSERT_EQ(visa::OpenVxi11Transport("127.0.0.1:" + std::to_string(portmapper_->port()), "inst0",
+  ASSERT_EQ(visa::OpenVxi11Transport("127.0.0.1:" + std::to_string(portmapper.port()), "inst0",
                                      In(2000), &transport),
             VI_SUCCESS);
   std::string answer;
   ASSERT_EQ(Query(*transport, "*IDN?", &answer), VI_SUCCESS);
   EXPECT_EQ(answer, kIdn);
   transport.reset();
-  ASSERT_EQ(visa::OpenHislipTransport("127.0.0.1", "hislip0", hislip_.port(), In(2000), &transport),
-            VI_SUCCESS);
+  ASSERT_EQ(
+      visa::OpenHislipTransport("127.0.0.1", "hislip0", hislip_server.port(), In(2000), &transport),
+      VI_SUCCESS);
   ASSERT_EQ(Query(*transport, "*IDN?", &answer), VI_SUCCESS);
   EXPECT_EQ(answer, kIdn);
 }

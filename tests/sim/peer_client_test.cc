@@ -1,66 +1,20 @@
-// pyvisa-py, a client written by others, talks to the real quarvelo-scope-sim program over
-// SOCKET and VXI-11: it identifies, sets and reads back a channel scale, reads a waveform block
-// of its announced length and reads the error queue. (lxi against the VXI-11 server, and
-// pyvisa-py's time-outs and clears, are in the LAN peer tests.)
+// pyvisa-py, a client written by others, talks to the simulator over SOCKET and VXI-11: it
+// identifies, sets and reads back a channel scale, reads a waveform block of its announced
+// length and reads the error queue. (lxi against the VXI-11 server, and pyvisa-py's time-outs
+// and clears, are in the LAN peer tests; the simulator program itself, started with its
+// options, in the window's fault-process test.)
 #include <gtest/gtest.h>
-#include <signal.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <cstdio>
 #include <cstdlib>
-#include <map>
-#include <sstream>
+#include <memory>
 #include <string>
 #include <vector>
 
+#include "sim/simulator.h"
+
 namespace quarvelo::sim {
 namespace {
-
-// The program started with the given arguments; killed at the end.
-class SimulatorProcess {
- public:
-  explicit SimulatorProcess(std::vector<std::string> arguments) {
-    int out[2];
-    if (pipe(out) != 0) return;
-    pid_ = fork();
-    if (pid_ == 0) {
-      dup2(out[1], STDOUT_FILENO);
-      close(out[0]);
-      close(out[1]);
-      std::string program = QUARVELO_SCOPE_SIM_PATH;
-      std::vector<char*> argv = {program.data()};
-      for (std::string& argument : arguments) argv.push_back(argument.data());
-      argv.push_back(nullptr);
-      execv(program.c_str(), argv.data());
-      _exit(127);
-    }
-    close(out[1]);
-    output_ = fdopen(out[0], "r");
-    char line[256];
-    // The first line names the ports: "quarvelo-scope-sim ports: socket=N vxi11=N ...".
-    if (output_ != nullptr && std::fgets(line, sizeof line, output_) != nullptr) {
-      std::istringstream words(line);
-      for (std::string word; words >> word;) {
-        const size_t equals = word.find('=');
-        if (equals != std::string::npos) ports_[word.substr(0, equals)] = word.substr(equals + 1);
-      }
-    }
-  }
-  ~SimulatorProcess() {
-    if (pid_ > 0) {
-      kill(pid_, SIGTERM);
-      waitpid(pid_, nullptr, 0);
-    }
-    if (output_ != nullptr) std::fclose(output_);
-  }
-  std::string port(const std::string& name) { return ports_[name]; }
-
- private:
-  pid_t pid_ = -1;
-  std::FILE* output_ = nullptr;
-  std::map<std::string, std::string> ports_;
-};
 
 // Its output, or nothing when it fails.
 std::string RunCommand(const std::string& command, int* status) {
@@ -93,7 +47,8 @@ inst.close()
 struct PeerCase {
   const char* name;
   bool socket;
-  std::vector<std::string> extra_arguments;
+  const char* model;
+  const char* identity;            // empty: the model's own
   std::vector<std::string> steps;  // without a quote
   std::string output;              // up to a '*', what the steps print
 };
@@ -105,13 +60,17 @@ TEST_P(PyvisaTest, Session) {
   RunCommand("/usr/bin/python3 -c 'import pyvisa, pyvisa_py' 2>/dev/null", &status);
   if (status != 0) GTEST_SKIP() << "pyvisa-py is not installed";
   const PeerCase& c = GetParam();
-  std::vector<std::string> arguments = {
-      "--socket-port",     c.socket ? "0" : "-1", "--vxi11-port",  c.socket ? "-1" : "0",
-      "--portmapper-port", c.socket ? "-1" : "0", "--hislip-port", "-1"};
-  arguments.insert(arguments.end(), c.extra_arguments.begin(), c.extra_arguments.end());
-  SimulatorProcess simulator(arguments);
-  const std::string port = simulator.port(c.socket ? "socket" : "portmapper");
-  ASSERT_NE(port, "");
+  SimulatorOptions options;
+  options.model = c.model;
+  options.identity = c.identity;
+  (c.socket ? options.vxi11_port : options.socket_port) = -1;
+  options.portmapper_port = c.socket ? -1 : 0;
+  options.hislip_port = -1;
+  std::string error;
+  std::unique_ptr<Simulator> simulator = Simulator::Start(options, &error);
+  ASSERT_TRUE(simulator) << error;
+  const std::string port =
+      std::to_string(c.socket ? simulator->socket_port() : simulator->portmapper_port());
   std::string command = "/usr/bin/python3 -c \"$QUARVELO_PEER_SCRIPT\" ";
   command += c.socket ? "TCPIP0::127.0.0.1::" + port + "::SOCKET ''"
                       : "TCPIP0::127.0.0.1::inst0::INSTR " + port;
@@ -139,21 +98,17 @@ std::vector<std::string> Joined(std::vector<std::string> first,
   return first;
 }
 
-// Over SOCKET the 2000X with a set identity from the command line; over VXI-11 a query left
+// Over SOCKET the 2000X with a set identity; over VXI-11 a query left
 // unread when the next message arrives is discarded with -410.
 INSTANTIATE_TEST_SUITE_P(
     Clients, PyvisaTest,
-    testing::Values(PeerCase{"Socket",
-                             true,
-                             {"--model", "2000X", "--identity",
-                              "AGILENT TECHNOLOGIES,DSO-X 2024A,MY1,02.42.2017032900"},
+    testing::Values(PeerCase{"Socket", true, "2000X",
+                             "AGILENT TECHNOLOGIES,DSO-X 2024A,MY1,02.42.2017032900",
                              Joined({"q:*IDN?", "q:*OPT?"}, kSession),
                              std::string("AGILENT TECHNOLOGIES,DSO-X 2024A,MY1,02.42.2017032900\n"
                                          "DSOX2WAVEGEN,DSOX2DVM\n") +
                                  kSessionOutput},
-                    PeerCase{"Vxi11",
-                             false,
-                             {},
+                    PeerCase{"Vxi11", false, "3000X", "",
                              Joined(Joined({"q:*IDN?"}, kSession),
                                     {"w:*IDN?", "w::CHANnel1:SCALe 0.5", "q::SYSTem:ERRor?"}),
                              std::string("KEYSIGHT TECHNOLOGIES,*\n") + kSessionOutput +

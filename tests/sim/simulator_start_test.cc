@@ -67,6 +67,7 @@ TEST(CommandLineTest, AcceptsTheDocumentedOptionsOnly) {
   EXPECT_EQ(variant.options.model, "2000X");
   EXPECT_FALSE(variant.options.has_wgen);
   EXPECT_TRUE(variant.options.has_dvm);
+  EXPECT_EQ(ParseCommandLine({"--identity", "A,B,C,D"}).options.identity, "A,B,C,D");
 }
 
 }  // namespace

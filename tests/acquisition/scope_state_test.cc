@@ -5,7 +5,7 @@
 #include <string>
 
 #include "acquisition/state_tool_ids.h"
-#include "tests/link/link_harness.h"
+#include "tests/link/fields.h"
 
 namespace quarvelo::acquisition {
 namespace {

@@ -73,8 +73,9 @@ TEST_P(CaptureLinesTest, SendsTheTransferInOrder) {
   const int last = record.ByteCount - 1;
   EXPECT_EQ(Fields(record.PreambleCount, record.Points, s.records.Shared.LastIndex,
                    s.h.scope.Channels[2].FirstSample, s.h.scope.Channels[2].LastSample,
-                   s.h.scope.SampleRate, s.h.flags.CaptureBusy),
-            Fields(10, record.ByteCount, last, 0, last, srate / 1000, false));
+                   s.h.flags.CaptureBusy),
+            Fields(10, record.ByteCount, last, 0, last, false));
+  EXPECT_DOUBLE_EQ(s.h.scope.SampleRate, srate / 1000);
   EXPECT_EQ(s.h.ui.pointer(), ui::PointerShape::kDefault);
   // Stopping first shows the trigger sweep as Auto and lets the instrument settle.
   EXPECT_EQ(s.h.tools.ToolState("ID_TGSA"), c.stop_first);

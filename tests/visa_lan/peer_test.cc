@@ -1,14 +1,16 @@
-// pyvisa-py, a client written by others, against our VXI-11 server: a block read up to END and
+// Clients written by others against our VXI-11 server. pyvisa-py: a block read up to END and
 // with a termination character, a time-out and device clears. It finds the core channel through
 // a portmapper on the standard port 111 only, so the test runs where 111 can be bound and is
-// skipped, saying why, elsewhere. Plain queries from pyvisa-py and lxi are in tests/sim.
+// skipped, saying why, elsewhere. lxi asks two plain queries the same way.
 #include <gtest/gtest.h>
 #include <stdio.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <memory>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "sim/server/portmapper_server.h"
 #include "sim/server/vxi11_server.h"
@@ -80,6 +82,17 @@ TEST_F(Vxi11PeerTest, PyvisaPyQueriesReadsABlockTimesOutAndClears) {
             "CLEAR done\n");
   EXPECT_EQ(handler_.interrupted.load(), 1) << "the slow reply was never read";
   EXPECT_EQ(handler_.cleared.load(), 2) << "once after the cut block, once at the end";
+}
+
+TEST_F(Vxi11PeerTest, LxiScpiQueries) {
+  if (access("/usr/bin/lxi", X_OK) != 0) GTEST_SKIP() << "lxi (lxi-tools) is not installed";
+  ProcessResult run = RunProcess("/usr/bin/lxi scpi --address 127.0.0.1 '*IDN?'", 30);
+  ASSERT_EQ(run.exit_code, 0) << run.output;
+  EXPECT_EQ(run.output, kIdn);
+  run = RunProcess("/usr/bin/lxi scpi --address 127.0.0.1 'ECHO PEER?'", 30);
+  EXPECT_EQ(run.exit_code, 0) << run.output;
+  EXPECT_EQ(run.output, "PEER?\n");
+  EXPECT_EQ(handler_.messages(), (std::vector<std::string>{"*IDN?", "ECHO PEER?"}));
 }
 
 }  // namespace

@@ -57,38 +57,64 @@ inline double Log10(double x) { return LogOfPositive(x) * (1 / std::numbers::ln1
 
 inline bool PositiveFinite(double v) { return v > 0 && v <= std::numeric_limits<double>::max(); }
 
-QUARVELO_VECTOR_CLONES
-void StoreDbv(const double* __restrict re, const double* __restrict im, std::int32_t first,
-              std::int32_t last, double to_rms, double* __restrict levels) {
-  for (std::int32_t i = first; i <= last; ++i) {
-    const double v = std::sqrt(re[i] * re[i] + im[i] * im[i]) * to_rms;
+// The level of one bin of RMS volts v in each unit; `kept` where a logarithm has no value.
+struct DbvLevel {
+  double operator()(double v, double kept) const {
     const double level = 20 * Log10(v);
-    levels[i] = PositiveFinite(v) ? level : levels[i];
+    return PositiveFinite(v) ? level : kept;
   }
-}
+};
 
-QUARVELO_VECTOR_CLONES
-void StoreDbm(const double* __restrict re, const double* __restrict im, std::int32_t first,
-              std::int32_t last, double to_rms, double* __restrict levels) {
-  constexpr double kInfinity = std::numeric_limits<double>::infinity();
-  for (std::int32_t i = first; i <= last; ++i) {
-    const double v = std::sqrt(re[i] * re[i] + im[i] * im[i]) * to_rms;
+struct DbmLevel {
+  double operator()(double v, double kept) const {
+    constexpr double kInfinity = std::numeric_limits<double>::infinity();
     const double power = (v * v / 50) / 0.001;
     // v^2 may underflow to zero or overflow where v did not: the logarithm's own limits.
     double level = 10 * Log10(power);
     level = power == 0 ? -kInfinity : level;
     level = power > std::numeric_limits<double>::max() ? kInfinity : level;
-    levels[i] = PositiveFinite(v) ? level : levels[i];
+    return PositiveFinite(v) ? level : kept;
+  }
+};
+
+struct VoltsLevel {
+  double operator()(double v, double) const { return v; }
+};
+
+// The levels of bins first..last and, with kMeans, their running sums and means in the same
+// sweep, so that the levels are not read back from memory.
+template <typename Level, bool kMeans>
+[[gnu::always_inline]] inline void Sweep(const double* __restrict re, const double* __restrict im,
+                                         std::int32_t first, std::int32_t last, double to_rms,
+                                         double* __restrict levels, double* __restrict sums,
+                                         double count, double* __restrict means) {
+  const Level level_of;
+  for (std::int32_t i = first; i <= last; ++i) {
+    const double v = std::sqrt(re[i] * re[i] + im[i] * im[i]) * to_rms;
+    const double level = level_of(v, levels[i]);
+    levels[i] = level;
+    if constexpr (kMeans) {
+      const double sum = sums[i] + level;
+      sums[i] = sum;
+      means[i] = sum / count;
+    }
   }
 }
 
-QUARVELO_VECTOR_CLONES
-void StoreVolts(const double* __restrict re, const double* __restrict im, std::int32_t first,
-                std::int32_t last, double to_rms, double* __restrict levels) {
-  for (std::int32_t i = first; i <= last; ++i) {
-    levels[i] = std::sqrt(re[i] * re[i] + im[i] * im[i]) * to_rms;
+#define QUARVELO_LEVEL_SWEEP(name, level, means)                                           \
+  QUARVELO_VECTOR_CLONES                                                                   \
+  void name(const double* re, const double* im, std::int32_t first, std::int32_t last,     \
+            double to_rms, double* levels, double* sums, double count, double* mean_out) { \
+    Sweep<level, means>(re, im, first, last, to_rms, levels, sums, count, mean_out);       \
   }
-}
+
+QUARVELO_LEVEL_SWEEP(StoreDbv, DbvLevel, false)
+QUARVELO_LEVEL_SWEEP(StoreDbm, DbmLevel, false)
+QUARVELO_LEVEL_SWEEP(StoreVolts, VoltsLevel, false)
+QUARVELO_LEVEL_SWEEP(StoreDbvMeans, DbvLevel, true)
+QUARVELO_LEVEL_SWEEP(StoreDbmMeans, DbmLevel, true)
+QUARVELO_LEVEL_SWEEP(StoreVoltsMeans, VoltsLevel, true)
+#undef QUARVELO_LEVEL_SWEEP
 
 }  // namespace
 
@@ -100,9 +126,27 @@ double NaturalLog(double x) {
 
 void StoreLevels(const double* re, const double* im, std::int32_t first, std::int32_t last,
                  double to_rms, int unit, double* levels) {
-  if (unit == kUnitVoltsRms) StoreVolts(re, im, first, last, to_rms, levels);
-  if (unit == kUnitDbv) StoreDbv(re, im, first, last, to_rms, levels);
-  if (unit == kUnitDbm) StoreDbm(re, im, first, last, to_rms, levels);
+  if (unit == kUnitVoltsRms) StoreVolts(re, im, first, last, to_rms, levels, nullptr, 1, nullptr);
+  if (unit == kUnitDbv) StoreDbv(re, im, first, last, to_rms, levels, nullptr, 1, nullptr);
+  if (unit == kUnitDbm) StoreDbm(re, im, first, last, to_rms, levels, nullptr, 1, nullptr);
+}
+
+void StoreLevelsAndMeans(const double* re, const double* im, std::int32_t first, std::int32_t last,
+                         double to_rms, int unit, double* levels, double* sums, double count,
+                         double* means) {
+  if (unit == kUnitVoltsRms) {
+    StoreVoltsMeans(re, im, first, last, to_rms, levels, sums, count, means);
+  } else if (unit == kUnitDbv) {
+    StoreDbvMeans(re, im, first, last, to_rms, levels, sums, count, means);
+  } else if (unit == kUnitDbm) {
+    StoreDbmMeans(re, im, first, last, to_rms, levels, sums, count, means);
+  } else {
+    // No unit makes a level: the pass keeps what it holds, and still counts.
+    for (std::int32_t i = first; i <= last; ++i) {
+      sums[i] += levels[i];
+      means[i] = sums[i] / count;
+    }
+  }
 }
 
 }  // namespace quarvelo::spectrum::internal

@@ -17,6 +17,12 @@ double NaturalLog(double x);
 void StoreLevels(const double* re, const double* im, std::int32_t first, std::int32_t last,
                  double to_rms, int unit, double* levels);
 
+// StoreLevels, and for the same points sums[i] += levels[i] and means[i] = sums[i] / count
+// in the same sweep.
+void StoreLevelsAndMeans(const double* re, const double* im, std::int32_t first, std::int32_t last,
+                         double to_rms, int unit, double* levels, double* sums, double count,
+                         double* means);
+
 }  // namespace quarvelo::spectrum::internal
 
 #endif  // QUARVELO_SPECTRUM_LEVEL_CONVERSION_H_

@@ -59,6 +59,12 @@ class SpectrumHistory {
   // pass order. An averaging run that fills its passes in order adds one pass per call
   // instead of summing them all again; the result is the same.
   void Means(std::int32_t pass, std::int32_t first, std::int32_t last, double* means);
+  // Means in two halves, for a caller that adds the levels of points first..last of `pass`
+  // to the sums itself, in the sweep that computes them: SumsBefore returns the sums of
+  // passes 1..pass-1 (summed again when out of date); AddedToSums then adds the pass's other
+  // points. Together they leave the sums as Means does, with the same additions.
+  double* SumsBefore(std::int32_t pass);
+  void AddedToSums(std::int32_t pass, std::int32_t first, std::int32_t last);
 
  private:
   void Invalidate(std::int32_t pass);

@@ -249,30 +249,40 @@ void SpectrumAnalyzer::StorePassLevels(const FftSettings& settings, std::int32_t
   const std::int32_t n = spectrum_.TransformLength;
   // RMS volts of a bin: exact for a sine under the Hanning window (coherent gain 0.5).
   const double to_rms = (std::sqrt(2.0) / 2) / (n / 4.0);
-  double* levels = spectrum_.History.Pass(spectrum_.AverageSlot);
+  SpectrumHistory& history = spectrum_.History;
+  const std::int32_t slot = spectrum_.AverageSlot;
+  double* levels = history.Pass(slot);
+  double* means = spectrum_.SpectrumLevel.data();
   const int unit = settings.SpectrumUnit;
-  // A level that cannot be computed (the logarithm of zero, a bin the engine did not make)
-  // keeps the value the pass already holds.
-  const auto store = [&](std::int32_t i, double magnitude) {
-    const double v = magnitude * to_rms;
-    if (unit == kUnitVoltsRms) {
-      levels[i] = v;
-    } else if (v > 0 && std::isfinite(v)) {
-      if (unit == kUnitDbv) levels[i] = 20 * Log10(v);
-      if (unit == kUnitDbm) levels[i] = 10 * Log10((v * v / 50) / 0.001);
-    }
-  };
   if (spectrum_.Algorithm == kObjectFft) {
+    // A level that cannot be computed (the logarithm of zero, a bin the engine did not make)
+    // keeps the value the pass already holds.
     for (std::int32_t i = 1; i <= last; ++i) {
-      if (const std::optional<double> magnitude = PointMagnitude(i)) store(i, *magnitude);
+      const std::optional<double> magnitude = PointMagnitude(i);
+      if (!magnitude) continue;
+      const double v = *magnitude * to_rms;
+      if (unit == kUnitVoltsRms) {
+        levels[i] = v;
+      } else if (v > 0 && std::isfinite(v)) {
+        if (unit == kUnitDbv) levels[i] = 20 * Log10(v);
+        if (unit == kUnitDbm) levels[i] = 10 * Log10((v * v / 50) / 0.001);
+      }
     }
+    // Averaging happens in the displayed unit: dB levels are averaged as dB.
+    history.Means(slot, 1, last, means);
     return;
   }
   const std::vector<double>& re = bins_from_pass_ ? workspace_.pass_bins_re : workspace_.RealOutput;
   const std::vector<double>& im = bins_from_pass_ ? workspace_.pass_bins_im : workspace_.ImagOutput;
   const std::int64_t outputs = std::min(std::ssize(re), std::ssize(im));
   const auto computed = static_cast<std::int32_t>(std::min<std::int64_t>(last, outputs - 1));
-  internal::StoreLevels(re.data(), im.data(), 1, computed, to_rms, unit, levels);
+  // The levels, their sums and means in one sweep; the same numbers as Means.
+  double* sums = history.SumsBefore(slot);
+  const double count = slot;
+  internal::StoreLevelsAndMeans(re.data(), im.data(), 1, computed, to_rms, unit, levels, sums,
+                                count, means);
+  history.AddedToSums(slot, 1, computed);
+  for (std::int32_t i = std::max(computed + 1, 1); i <= last; ++i) means[i] = sums[i] / count;
 }
 
 void SpectrumAnalyzer::ComputeLevels(const FftSettings& settings, double half_rate) {
@@ -295,8 +305,6 @@ void SpectrumAnalyzer::ComputeLevels(const FftSettings& settings, double half_ra
   if (slot >= 1 && slot < history.passes()) {
     stored = std::max(std::min(last, history.points() - 1), 0);
     StorePassLevels(settings, stored);
-    // Averaging happens in the displayed unit: dB levels are averaged as dB.
-    history.Means(slot, 1, stored, level.data());
   }
   std::fill(level.begin() + std::max(stored + 1, 1), level.end(), 0.0);
   if (last < 1) return;

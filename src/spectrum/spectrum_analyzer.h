@@ -67,7 +67,8 @@ class SpectrumAnalyzer {
   void RunEngine();
   void ApplyUpperLimit(const FftSettings& settings, double half_rate);
   void ComputeLevels(const FftSettings& settings, double half_rate);
-  // Writes this pass's level of points 1..last into the history.
+  // Writes this pass's level of points 1..last into the history, and the mean of the passes
+  // so far into SpectrumLevel; averaging happens in the displayed unit (dB averaged as dB).
   void StorePassLevels(const FftSettings& settings, std::int32_t last);
   void SetVerticalRange(int channel, const FftSettings& settings);
   std::optional<double> PointMagnitude(std::int32_t point);

@@ -78,8 +78,7 @@ double* SpectrumHistory::Pass(std::int32_t pass) {
   return levels_.get() + static_cast<std::size_t>(pass) * points_;
 }
 
-void SpectrumHistory::Means(std::int32_t pass, std::int32_t first, std::int32_t last,
-                            double* means) {
+double* SpectrumHistory::SumsBefore(std::int32_t pass) {
   if (summed_passes_ < 0 || pass != summed_passes_ + 1) {
     // Passes out of order: sum again from pass 1.
     std::fill(sums_.begin(), sums_.end(), 0.0);
@@ -88,10 +87,27 @@ void SpectrumHistory::Means(std::int32_t pass, std::int32_t first, std::int32_t 
       const double* levels = levels_.get() + static_cast<std::size_t>(k) * points_;
       for (std::int32_t i = 0; i < points_; ++i) sums_[i] += levels[i];
     }
+    summed_passes_ = pass - 1;
   }
+  return sums_.data();
+}
+
+void SpectrumHistory::AddedToSums(std::int32_t pass, std::int32_t first, std::int32_t last) {
   Clear(pass);
   const double* levels = levels_.get() + static_cast<std::size_t>(pass) * points_;
   double* sums = sums_.data();
+  const std::int32_t below = std::clamp(first, 0, points_);
+  const std::int32_t above = std::clamp(last + 1, below, points_);
+  for (std::int32_t i = 0; i < below; ++i) sums[i] += levels[i];
+  for (std::int32_t i = above; i < points_; ++i) sums[i] += levels[i];
+  summed_passes_ = pass;
+}
+
+void SpectrumHistory::Means(std::int32_t pass, std::int32_t first, std::int32_t last,
+                            double* means) {
+  double* sums = SumsBefore(pass);
+  Clear(pass);
+  const double* levels = levels_.get() + static_cast<std::size_t>(pass) * points_;
   for (std::int32_t i = 0; i < points_; ++i) sums[i] += levels[i];
   summed_passes_ = pass;
   const double count = pass;

@@ -273,6 +273,10 @@ TEST_P(ProcessKilled, ReportsKeepsAnalysesAndReconnects) {
     }
   }
   EXPECT_EQ(window_->picKeysight()->Image(), picture);
+  if (moment.nth == 3) {  // the spectrum of the two passes before the fault stays
+    EXPECT_TRUE(window_->SpectrumRecord().SpectrumReady);
+    EXPECT_EQ(window_->SpectrumRecord().AverageSlot, 2);
+  }
 
   // Off line, a CSV file opens and its spectrum shows the sine.
   WriteSineCsv();

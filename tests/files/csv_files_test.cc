@@ -12,6 +12,7 @@
 #include "display/view_state.h"
 #include "platform/ui/recording_ui.h"
 #include "tests/files/files_test_support.h"
+#include "tests/link/fields.h"
 
 namespace quarvelo::files {
 namespace {
@@ -95,30 +96,27 @@ TEST_F(CsvFilesTest, SavedRecordOpensAgainAndALoadedRecordSavesTheSameFile) {
   files.OpenCsvFile();
   EXPECT_EQ(ui.open_requests().at(0).initial_path, folder.path());
   ASSERT_EQ(waveforms.Records[2].ByteCount, kCount);
-  EXPECT_EQ(waveforms.Records[2].XIncrement, 4e-9);
-  EXPECT_EQ(waveforms.Records[2].XOrigin, -2e-6);
   EXPECT_DOUBLE_EQ(waveforms.Shared.SampleRateK, 250000);
-  EXPECT_EQ(scope.Channels[2].Scale, 0.5);
-  EXPECT_EQ(scope.Channels[2].Offset, -0.125);
-  EXPECT_EQ(scope.TimebaseScale, 2e-7);
+  EXPECT_EQ(testing_support::Fields(waveforms.Records[2].XIncrement, waveforms.Records[2].XOrigin,
+                                    scope.Channels[2].Scale, scope.Channels[2].Offset,
+                                    scope.TimebaseScale),
+            "4e-09|-2e-06|0.5|-0.125|2e-07|");
   for (int i = 0; i < kCount; ++i) {
     ASSERT_NEAR(waveforms.Samples.Volts(2)[i], volts[i], 5e-10) << i;
     ASSERT_DOUBLE_EQ(waveforms.Samples.Time(2)[i], i * 4e-9 - 2e-6) << i;
   }
-  // A stopped single-channel acquisition of channel 2, drawn by one sweep.
-  EXPECT_TRUE(scope.Channels[1].HasData);  // the same sample rate keeps the other channels
-  EXPECT_EQ(scope.TriggerSource + scope.TriggerSlope + scope.AcquireType, "CHAN2POSNORM");
-  EXPECT_EQ(scope.Channels[2].Coupling, "CSV");
-  EXPECT_TRUE(scope.Channels[2].Displayed && scope.Channels[2].HasData);
-  EXPECT_EQ(scope.Channels[4].LastSample, kCount - 1);
-  EXPECT_EQ(std::vector({host.displayed, host.cursors}), std::vector<std::int16_t>({2, 2}));
-  EXPECT_EQ(host.zoom_mode, display::kZoomReset);
+  // A stopped single-channel acquisition of channel 2, drawn by one sweep; the same sample rate
+  // keeps the other channels.
+  EXPECT_EQ(
+      testing_support::Fields(
+          scope.Channels[1].HasData, scope.TriggerSource, scope.TriggerSlope, scope.AcquireType,
+          scope.Channels[2].Coupling, scope.Channels[2].Displayed, scope.Channels[2].HasData,
+          scope.Channels[4].LastSample, host.displayed, host.cursors, host.zoom_mode,
+          scope.ToolUpdateInProgress, host.sweep_mode, host.frames, host.sweeps),
+      testing_support::Fields(true, "CHAN2", "POS", "NORM", "CSV", true, true, kCount - 1, 2, 2,
+                              display::kZoomReset, false, true, 1, 1));
   EXPECT_EQ(tools.state_history(), (std::vector<ui::RecordingToolHost::StateChange>{
                                        {"ID_CH2", true}, {"ID_TG2", true}, {"ID_CSR2", true}}));
-  EXPECT_FALSE(scope.ToolUpdateInProgress);
-  EXPECT_TRUE(host.sweep_mode);
-  EXPECT_EQ(host.frames, 1);
-  EXPECT_EQ(host.sweeps, 1);
 
   const std::string second = folder.File("second.csv");
   ui.QueueSaveFileAnswer(second);

@@ -11,6 +11,7 @@
 namespace quarvelo::link {
 namespace {
 
+using testing_support::Fields;
 using testing_support::OnlineScope;
 using testing_support::WithErrorQuery;
 
@@ -89,18 +90,15 @@ TEST(LinkOnlineTest, PollReadsTheThreeRegistersAndMirrorsTheRunBit) {
   s.simulator->Execute(":RUN");
   s.h.link.PollInstrumentStatus(true);
   EXPECT_EQ(s.Sent(), WithErrorQuery({":AER?", "*ESR?", ":OPERegister:CONDition?"}));
-  EXPECT_TRUE(s.h.tools.ToolState("ID_Run"));
-  EXPECT_EQ(s.h.flags.RunBit, 1);
-  EXPECT_FALSE(s.h.flags.Stopped);
-  EXPECT_FALSE(s.h.flags.PollBusy);
-  EXPECT_TRUE(s.h.tools.unguarded.empty());
-  EXPECT_FALSE(s.h.scope.ToolUpdateInProgress);
-
+  // The run tool, the run bit, stopped, poll busy, tools changed unguarded, the guard.
+  auto state = [&] {
+    return Fields(s.h.tools.ToolState("ID_Run"), s.h.flags.RunBit, s.h.flags.Stopped,
+                  s.h.flags.PollBusy, s.h.tools.unguarded.size(), s.h.scope.ToolUpdateInProgress);
+  };
+  EXPECT_EQ(state(), "1|1|0|0|0|0|");
   s.simulator->Execute(":STOP");
   s.h.link.PollInstrumentStatus(true);
-  EXPECT_FALSE(s.h.tools.ToolState("ID_Run"));
-  EXPECT_EQ(s.h.flags.RunBit, 0);
-  EXPECT_TRUE(s.h.flags.Stopped);
+  EXPECT_EQ(state(), "0|0|1|0|0|0|");
   EXPECT_TRUE(s.h.hooks.sweeps.empty()) << "no key was pressed";
   EXPECT_NE(s.h.ui.activity_colour(), ui::MakeRgb(255, 0, 0));
 }

@@ -132,41 +132,33 @@ TEST_F(SweepCycleTest, VoltmeterPausedOnlyOffTheTriggerChannel) {
   }
 }
 
-TEST_F(SweepCycleTest, StopDuringThirdPassStillConfiguresTheMathFft) {
+// Channel 3 hidden and not the trigger: the run shows it and triggers on it first.
+TEST_F(SweepCycleTest, FftRunShowsItsChannelAndStopDuringThirdPassStillConfiguresTheMathFft) {
   window_->Settings().AverageCount = 8;
   ShowAllChannels(1);
+  Execute(":CHANnel3:DISPlay 0");
+  simulator_->ClearTraffic();
   auto* stop = window_->findChild<QPushButton*>("cmdStop");
   play_ = [&] {
     if (window_->SweepFlags().AvgIndex == 3) stop->click();
   };
-
-  window_->Sweep().FftRun(1);
-
-  const std::vector<std::string> sent = Sent();
-  EXPECT_EQ(window_->SweepFlags().AvgIndex, 3);
-  EXPECT_EQ(Count(sent, ":DIGitize CHANnel1"), 3);
-  EXPECT_EQ(window_->findChild<QLabel*>("lblAVGCount")->text(), QStringLiteral("3"));
-  const std::string prefix = window_->Scope().MathPrefix;
-  EXPECT_LT(Last(sent, ":DIGitize CHANnel1"), First(sent, prefix + ":SOURce1 CHAN1"));
-  EXPECT_LT(First(sent, prefix + ":SOURce1 CHAN1"), First(sent, prefix + ":OPERation FFT"));
-  EXPECT_LT(First(sent, prefix + ":OPERation FFT"), static_cast<std::ptrdiff_t>(sent.size()));
-  EXPECT_TRUE(window_->SpectrumRecord().SpectrumReady);
-  EXPECT_FALSE(window_->SweepFlags().SweepMode);
-  EXPECT_FALSE(window_->SweepFlags().FftBusy);
-}
-
-TEST_F(SweepCycleTest, FftRunMakesItsChannelShownAndTheTrigger) {
-  Execute(":CHANnel3:DISPlay 0");
-  Execute(":TRIGger:EDGE:SOURce CHANnel1");
-  simulator_->ClearTraffic();
 
   window_->Sweep().FftRun(3);
 
   const std::vector<std::string> sent = Sent();
   EXPECT_LT(First(sent, ":CHANnel3:DISPlay 1"), First(sent, ":DIGitize CHANnel3"));
   EXPECT_LT(First(sent, ":TRIGger:EDGE:SOURce CHAN3"), First(sent, ":DIGitize CHANnel3"));
-  EXPECT_EQ(window_->SweepFlags().AvgIndex, 1);
+  EXPECT_EQ(window_->SweepFlags().AvgIndex, 3);
+  EXPECT_EQ(Count(sent, ":DIGitize CHANnel3"), 3);
+  EXPECT_EQ(window_->findChild<QLabel*>("lblAVGCount")->text(), QStringLiteral("3"));
+  const std::string prefix = window_->Scope().MathPrefix;
+  EXPECT_LT(Last(sent, ":DIGitize CHANnel3"), First(sent, prefix + ":SOURce1 CHAN3"));
+  EXPECT_LT(First(sent, prefix + ":SOURce1 CHAN3"), First(sent, prefix + ":OPERation FFT"));
+  EXPECT_LT(First(sent, prefix + ":OPERation FFT"), static_cast<std::ptrdiff_t>(sent.size()));
+  EXPECT_TRUE(window_->SpectrumRecord().SpectrumReady);
   EXPECT_GT(window_->SpectrumRecord().LastPoint, window_->SpectrumRecord().FirstPoint);
+  EXPECT_FALSE(window_->SweepFlags().SweepMode);
+  EXPECT_FALSE(window_->SweepFlags().FftBusy);
 }
 
 TEST_F(SweepCycleTest, OfflineSweepDrawsTheHeldRecordWithItsMixedDomainSpectrum) {

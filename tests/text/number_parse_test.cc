@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <climits>
 #include <cmath>
 #include <string>
 
@@ -34,12 +35,9 @@ TEST(LeadingNumberTest, HugeExponentIsInfiniteNotACrash) {
 }
 
 TEST(LeadingIntegerTest, RoundsHalvesToEvenAndClamps) {
-  EXPECT_EQ(LeadingInteger("2.5"), 2);
-  EXPECT_EQ(LeadingInteger("3.5"), 4);
-  EXPECT_EQ(LeadingInteger("-2.5"), -2);
-  EXPECT_EQ(LeadingInteger("11760"), 11760);
-  EXPECT_EQ(LeadingInteger("1E300"), std::numeric_limits<int>::max());
-  EXPECT_EQ(LeadingInteger("abc"), 0);
+  const std::pair<const char*, int> cases[] = {{"2.5", 2},       {"3.5", 4},         {"-2.5", -2},
+                                               {"11760", 11760}, {"1E300", INT_MAX}, {"abc", 0}};
+  for (const auto& [text, value] : cases) EXPECT_EQ(LeadingInteger(text), value) << text;
 }
 
 }  // namespace

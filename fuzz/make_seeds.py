@@ -127,6 +127,15 @@ write("hislip_client_fuzz", "device_clear",
 write("hislip_client_fuzz", "huge_length",
       hislip(0, 1, 0, b"HS" + struct.pack(">BBIQ", DATA_END, 0, FIRST, 1 << 62) + b"xyz"))
 
+# hislip_message_fuzz: messages back to back, as either channel carries them.
+write("hislip_message_fuzz", "handshake",
+      hs(1, 0, 0x01000007) + hs(18, 0, 0x5156) + hs(16, 0, 0, struct.pack(">Q", 1 << 20)))
+write("hislip_message_fuzz", "responses",
+      hs(DATA, 1, FIRST, b"+1.0E") + hs(DATA_END, 0, FIRST, b"-03\n") + hs(INTERRUPTED, 0, FIRST) +
+      hs(ERROR, 1, 0, b"Unrecognized message type") + hs(FATAL, 1))
+write("hislip_message_fuzz", "bad_prologue_and_huge_length",
+      b"XS" + bytes(14) + b"HS" + struct.pack(">BBIQ", DATA_END, 0, FIRST, 1 << 62) + b"xyz")
+
 # scpi_parser_fuzz: configuration byte (3000X, 4 channels, generator, voltmeter), messages.
 for i, text in enumerate([
         "*IDN?\n*RST;*CLS\n:SYSTem:ERRor?\n*ESR?\n:OPERegister:CONDition?\n:AER?",

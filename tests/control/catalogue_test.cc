@@ -62,7 +62,7 @@ TEST(ToolCatalogueTest, HoldsTwoHundredThreeToolsWithUniqueWellFormedIds) {
   EXPECT_EQ(FindTool("ID_Nothing"), nullptr);
 }
 
-TEST(MenuLayoutTest, EveryEntryNamesAToolAndEverySubMenuIsDefined) {
+TEST(MenuLayoutTest, EveryMenuAndToolbarEntryNamesAToolAndEverySubMenuIsDefined) {
   for (const MenuDefinition& menu : Menus()) {
     SCOPED_TRACE(std::string(menu.id));
     const ToolDefinition* header = FindTool(menu.id);
@@ -85,15 +85,11 @@ TEST(MenuLayoutTest, EveryEntryNamesAToolAndEverySubMenuIsDefined) {
       EXPECT_NE(FindMenu(tool.id), nullptr) << tool.id;
     }
   }
-}
-
-TEST(MenuLayoutTest, ToolbarEntriesAreTools) {
   for (const ToolbarDefinition& toolbar : Toolbars()) {
     for (std::string_view entry : toolbar.entries) {
-      if (entry != kSeparator) {
-        ASSERT_NE(FindTool(entry), nullptr) << entry;
-        EXPECT_NE(FindTool(entry)->kind, ToolKind::kMenu) << entry;
-      }
+      if (entry == kSeparator) continue;
+      ASSERT_NE(FindTool(entry), nullptr) << entry;
+      EXPECT_NE(FindTool(entry)->kind, ToolKind::kMenu) << entry;
     }
   }
 }

@@ -7,6 +7,7 @@
 
 #include "sim/image/screen_drawing.h"
 #include "sim/model/instrument.h"
+#include "tests/link/fields.h"
 
 namespace quarvelo::sim {
 namespace {
@@ -78,13 +79,11 @@ TEST(ScreenImageTest, InkSaverDrawsOnWhite) {
 }
 
 TEST(ScreenImageTest, ReadoutsUseEngineeringUnits) {
-  EXPECT_EQ(EngineeringText(0.5, "V/"), "500mV/");
-  EXPECT_EQ(EngineeringText(1.0, "V/"), "1V/");
-  EXPECT_EQ(EngineeringText(100e-6, "s/"), "100us/");
-  EXPECT_EQ(EngineeringText(2.5e-9, "s/"), "2.5ns/");
-  EXPECT_EQ(EngineeringText(-1.2, "V"), "-1.2V");
-  EXPECT_EQ(EngineeringText(0, "V"), "0V");
-  EXPECT_EQ(EngineeringText(50, "s/"), "50s/");
+  EXPECT_EQ(testing_support::Fields(EngineeringText(0.5, "V/"), EngineeringText(1.0, "V/"),
+                                    EngineeringText(100e-6, "s/"), EngineeringText(2.5e-9, "s/"),
+                                    EngineeringText(-1.2, "V"), EngineeringText(0, "V"),
+                                    EngineeringText(50, "s/")),
+            "500mV/|1V/|100us/|2.5ns/|-1.2V|0V|50s/|");
 }
 
 TEST(ScreenImageTest, UnknownFormatIsRefused) {

@@ -142,12 +142,11 @@ TEST(ErrorDrainTest, FaultWhileDrainingEndsTheProgramWithTwoChannelsAndNoOptions
   link.SendCommand(":RUN");
   ASSERT_TRUE(ui.faulted);
   EXPECT_EQ(ui.status(), "*** Error : status line lost");
-  EXPECT_EQ(s.h.scope.ChannelCount, 2);
-  EXPECT_FALSE(s.h.scope.HasDvm);
-  EXPECT_FALSE(s.h.scope.HasWgen);
-  EXPECT_EQ(s.h.settings.Find("Setup", "Channels"), "2");
-  EXPECT_EQ(s.h.settings.Find("Setup", "DVM"), "0");
-  EXPECT_EQ(s.h.hooks.program_ends, 1);
+  EXPECT_EQ(testing_support::Fields(s.h.scope.ChannelCount, s.h.scope.HasDvm, s.h.scope.HasWgen,
+                                    s.h.settings.Find("Setup", "Channels").value_or(""),
+                                    s.h.settings.Find("Setup", "DVM").value_or(""),
+                                    s.h.hooks.program_ends),
+            "2|0|0|2|0|1|");
 }
 
 // A dead link closes with one message, the remote tool up and two channels; a status-poll

@@ -162,6 +162,13 @@ void WaveformCapture::Transfer(int n, bool use_bins, bool stop_first, int digiti
   ConvertSamples(link_.binary_block(bytes), record.XIncrement, record.XOrigin, record.YReference,
                  shared.YIncrement, record.YOrigin, samples.Raw(n), samples.Time(n),
                  samples.Volts(n));
+  // Asked for fewer points than its record holds, the instrument sends every k-th sample, so the
+  // record's own spacing, not the acquisition's rate, places the spectrum's frequencies (as for
+  // a record read from a file).
+  if (bytes > 0 && record.XIncrement > 0) {
+    shared.SampleRateK = 1 / record.XIncrement / 1000;
+    scope_.SampleRate = shared.SampleRateK;
+  }
 }
 
 }  // namespace quarvelo::acquisition

@@ -6,6 +6,7 @@
 #include <QApplication>
 #include <QLabel>
 #include <QTest>
+#include <algorithm>
 
 #include "display/colours.h"
 #include "display/trace_raster.h"
@@ -81,9 +82,16 @@ TEST_F(ScreenWindowTest, FftRunDrawsTheSpectrumWhichTheMouseAndZoomToolMeasure) 
   window_->Settings().AverageCount = 1;
   window_->Link().OpenInstrument();
   ASSERT_TRUE(window_->Session().RemoteOn);
+  // Ten divisions of 1 ms hold more samples than a transfer brings: the record is decimated.
+  window_->Link().SendCommand(":TIMebase:SCALe 1E-3");
   window_->Sweep().FftRun(1);
   const spectrum::Spectrum& spectrum = window_->SpectrumRecord();
   ASSERT_TRUE(spectrum.SpectrumReady);
+  // The probe's 1 kHz square peaks at 1 kHz although the instrument decimated the record.
+  const auto level = spectrum.SpectrumLevel.begin();
+  const auto peak =
+      std::max_element(level + spectrum.FirstPoint, level + spectrum.LastPoint) - level;
+  EXPECT_NEAR(spectrum.SpectrumFrequency[peak], 1000, spectrum.FrequencyResolution);
 
   // The spectrum pane below the traces holds the spectrum's colour.
   const display::ScreenLayout& layout = window_->Screen().Layout();

@@ -213,8 +213,9 @@ std::string BinaryData(std::size_t size) {
 // LF is the end, so its data must not contain one there).
 TEST_P(FormatScanTest, DefiniteAndIndefiniteBlocksAtEverySplit) {
   const std::string binary = BinaryData(40), indefinite = socket() ? "abc\x01\x02\xff" : binary;
-  for (const auto& [stream, data] :
+  for (const auto& [stream, block] :
        {std::pair{Block(binary) + "\n", binary}, std::pair{"#0" + indefinite + "\n", indefinite}}) {
+    const std::string& data = block;  // clang does not capture structured bindings
     ForEverySplit(socket(), stream, 16, [&data](MessageReader& reader, std::size_t) {
       std::vector<char> area(100, 'X');
       ViInt32 count = 100;

@@ -8,13 +8,9 @@
 #include <unistd.h>
 
 #include <QApplication>
-#include <QFile>
-#include <QFileDialog>
-#include <QMessageBox>
 #include <QTimer>
 #include <algorithm>
 #include <chrono>
-#include <cmath>
 #include <cstdio>
 #include <cstring>
 #include <memory>
@@ -25,12 +21,11 @@
 #include <vector>
 
 #include "platform/qt/picture_box.h"
+#include "tests/app/fault_harness.h"
 #include "tests/app/window_on_simulator.h"
 
 namespace quarvelo::app {
 namespace {
-
-using Clock = std::chrono::steady_clock;
 
 // quarvelo-scope-sim as a child process. A thread reads its traffic log (standard output) so
 // that the process dies the moment a given message reaches it, whatever the window is doing.
@@ -151,14 +146,6 @@ std::string Resource(int transport, const SimulatorProcess& process) {
   return "TCPIP0::127.0.0.1::hislip0," + process.Port("hislip") + "::INSTR";
 }
 
-// What a channel's record holds: its length, time base and volts.
-struct RecordCopy {
-  std::int32_t bytes;
-  double x_increment;
-  std::vector<double> volts;
-  bool operator==(const RecordCopy&) const = default;
-};
-
 class ProcessKilled : public testing_support::WindowOnSimulator,
                       public testing::WithParamInterface<std::tuple<int, int>> {
  protected:
@@ -173,56 +160,11 @@ class ProcessKilled : public testing_support::WindowOnSimulator,
     store_->Set("Setup", "Channels", "4");
     window_ = std::make_unique<frmKeysight>(*store_, platform_);
     Load({}, false);
-    QObject::connect(&user_, &QTimer::timeout, [this] { Play(); });
-    user_.start(1);
-  }
-
-  // The user: notes how long the window left events waiting, reads and closes message boxes,
-  // and picks the CSV file in the open dialog.
-  void Play() {
-    const Clock::time_point now = Clock::now();
-    longest_block_ = std::max(longest_block_, now - last_event_);
-    last_event_ = now;
-    QWidget* modal = QApplication::activeModalWidget();
-    if (auto* box = qobject_cast<QMessageBox*>(modal)) {
-      const bool critical =
-          box->icon() == QMessageBox::Critical && box->windowTitle() == "QUARVELO";
-      boxes_.push_back((critical ? "" : "(not a critical QUARVELO box) ") +
-                       box->text().toStdString());
-      box->close();
-    } else if (auto* dialog = qobject_cast<QFileDialog*>(modal)) {
-      dialog->selectFile(csv_path_);
-      static_cast<QDialog*>(dialog)->accept();  // QFileDialog's own is protected
-    }
-  }
-
-  std::vector<RecordCopy> Records() const {
-    std::vector<RecordCopy> copies;
-    for (int channel = 1; channel <= 4; ++channel) {
-      const acquisition::WaveformRecord& record = window_->Records().Records[channel];
-      const auto volts = window_->Records().Samples.Volts(channel);
-      copies.push_back({record.ByteCount, record.XIncrement,
-                        std::vector<double>(volts.begin(), volts.begin() + record.ByteCount)});
-    }
-    return copies;
-  }
-
-  // A 10 kHz sine of 1 V amplitude on channel 2, 2000 samples at 1 MSa/s.
-  void WriteSineCsv() {
-    QFile file(csv_path_);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write("2;1000000;0.5;0.0002;0;-0.001;1E-06\r\n");
-    for (int i = 0; i < 2000; ++i) {
-      const double t = -0.001 + i * 1e-6;
-      file.write(QString::asprintf("%.9f;%.9f\r\n", t, std::sin(2 * M_PI * 1e4 * t)).toUtf8());
-    }
+    user_.SetFileToOpen(csv_path_);
   }
 
   std::unique_ptr<SimulatorProcess> process_;
-  QTimer user_;
-  Clock::time_point last_event_ = Clock::now();
-  Clock::duration longest_block_{};
-  std::vector<std::string> boxes_;
+  testing_support::UserAtWindow user_;
   QString csv_path_ = dir_.path() + "/sine.csv";
 };
 
@@ -236,21 +178,20 @@ TEST_P(ProcessKilled, ReportsKeepsAnalysesAndReconnects) {
   Trigger("ID_DIG");
   window_->Settings().AverageCount = 4;
   if (std::string(moment.tool) == "ID_Remote") Trigger("ID_Remote");  // off, to switch it on
-  const std::vector<RecordCopy> records = Records();
+  const std::vector<testing_support::RecordCopy> records = testing_support::CopyRecords(*window_);
   ASSERT_GT(records[3].bytes, 0);
   const QImage picture = window_->picKeysight()->Image();
-  ASSERT_TRUE(boxes_.empty()) << boxes_.front();
+  ASSERT_TRUE(user_.Boxes().empty()) << user_.Boxes().front();
 
   process_->KillOn(moment.kill_on, moment.nth);
-  longest_block_ = {};
-  last_event_ = Clock::now();
+  user_.ResetBlock();
   Trigger(moment.tool);
-  const Clock::duration blocked = std::max(longest_block_, Clock::now() - last_event_);
+  const std::chrono::milliseconds blocked = user_.LongestBlock();
   ASSERT_TRUE(process_->killed()) << moment.kill_on << " never arrived";
 
   // The lost link as reported, and the window free again.
-  ASSERT_EQ(boxes_.size(), 1u);
-  EXPECT_EQ(boxes_[0].rfind("*** VISA Error : ", 0), 0u) << boxes_[0];
+  ASSERT_EQ(user_.Boxes().size(), 1u);
+  EXPECT_EQ(user_.Boxes()[0].rfind("*** VISA Error : ", 0), 0u) << user_.Boxes()[0];
   EXPECT_FALSE(window_->Session().RemoteOn);
   EXPECT_FALSE(window_->Tools().ToolState("ID_Remote"));
   EXPECT_EQ(store_->Get("Setup", "Channels", ""), "2");
@@ -266,7 +207,7 @@ TEST_P(ProcessKilled, ReportsKeepsAnalysesAndReconnects) {
       if (line.rfind(":WAVeform:SOURce CHANnel", 0) == 0) involved = line.back() - '0';
     }
   }
-  const std::vector<RecordCopy> after = Records();
+  const std::vector<testing_support::RecordCopy> after = testing_support::CopyRecords(*window_);
   for (int channel = 1; channel <= 4; ++channel) {
     if (channel != involved) {
       EXPECT_EQ(after[channel - 1], records[channel - 1]) << channel;
@@ -279,16 +220,11 @@ TEST_P(ProcessKilled, ReportsKeepsAnalysesAndReconnects) {
   }
 
   // Off line, a CSV file opens and its spectrum shows the sine.
-  WriteSineCsv();
+  ASSERT_TRUE(testing_support::WriteSineCsv(csv_path_));
   Trigger("ID_Open");
   Trigger("ID_FFT2");
-  const spectrum::Spectrum& spectrum = window_->SpectrumRecord();
-  ASSERT_TRUE(spectrum.SpectrumReady);
-  const int half = spectrum.TransformLength / 2;
-  const auto peak =
-      std::max_element(spectrum.SpectrumLevel.begin() + 1, spectrum.SpectrumLevel.begin() + half);
-  EXPECT_NEAR(spectrum.SpectrumFrequency[peak - spectrum.SpectrumLevel.begin()], 1e4,
-              2 * spectrum.FrequencyResolution);
+  EXPECT_NEAR(testing_support::SpectrumPeakHz(*window_), 1e4,
+              2 * window_->SpectrumRecord().FrequencyResolution);
 
   // The instrument back on the same ports: Control on reads it back and sweeps.
   const std::vector<std::string> ports = process_->SamePorts();
@@ -296,7 +232,7 @@ TEST_P(ProcessKilled, ReportsKeepsAnalysesAndReconnects) {
   ASSERT_TRUE(process_->Start(ports));
   Trigger("ID_Remote");
   EXPECT_TRUE(window_->Session().RemoteOn);
-  EXPECT_EQ(boxes_.size(), 1u);
+  EXPECT_EQ(user_.Boxes().size(), 1u);
   const std::vector<std::string> received = process_->Received();
   EXPECT_NE(std::find(received.begin(), received.end(), "*IDN?"), received.end());
   EXPECT_NE(std::find(received.begin(), received.end(), ":WAVeform:DATA?"), received.end());

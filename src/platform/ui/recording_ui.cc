@@ -1,35 +1,8 @@
 #include "platform/ui/recording_ui.h"
 
-#include <numeric>
-
 #include "platform/ui/status_text.h"
 
 namespace quarvelo::ui {
-namespace {
-
-const char* IconName(MessageIcon icon) {
-  switch (icon) {
-    case MessageIcon::kNone:
-      return "none";
-    case MessageIcon::kCritical:
-      return "critical";
-    case MessageIcon::kQuestion:
-      return "question";
-    case MessageIcon::kExclamation:
-      return "exclamation";
-    case MessageIcon::kInformation:
-      return "information";
-  }
-  return "?";
-}
-
-std::string ColourText(Rgb colour) {
-  return std::to_string((colour >> 16) & 0xFF) + "," + std::to_string((colour >> 8) & 0xFF) + "," +
-         std::to_string(colour & 0xFF);
-}
-
-}  // namespace
-
 MessageResult DefaultAnswer(MessageButtons buttons) {
   switch (buttons) {
     case MessageButtons::kOk:
@@ -45,7 +18,6 @@ MessageResult DefaultAnswer(MessageButtons buttons) {
 void RecordingUi::ShowStatus(std::string_view text) {
   status_ = StatusLineText(text);
   status_lines_.push_back(status_);
-  calls_.push_back("ShowStatus " + status_);
 }
 
 MessageResult RecordingUi::ShowMessage(std::string_view text, MessageIcon icon,
@@ -61,13 +33,11 @@ MessageResult RecordingUi::ShowTitledMessage(std::string_view title, std::string
     message_answers_.pop_front();
   }
   messages_.push_back({std::string(title), std::string(text), icon, buttons, answer});
-  calls_.push_back(std::string("ShowMessage ") + IconName(icon) + " " + std::string(text));
   return answer;
 }
 
 std::optional<std::string> RecordingUi::AskOpenFile(const FileDialogRequest& request) {
   open_requests_.push_back(request);
-  calls_.push_back("AskOpenFile " + request.title);
   if (open_answers_.empty()) return std::nullopt;
   std::optional<std::string> answer = std::move(open_answers_.front());
   open_answers_.pop_front();
@@ -76,7 +46,6 @@ std::optional<std::string> RecordingUi::AskOpenFile(const FileDialogRequest& req
 
 std::optional<std::string> RecordingUi::AskSaveFile(const FileDialogRequest& request) {
   save_requests_.push_back(request);
-  calls_.push_back("AskSaveFile " + request.title);
   if (save_answers_.empty()) return std::nullopt;
   std::optional<std::string> answer = std::move(save_answers_.front());
   save_answers_.pop_front();
@@ -86,45 +55,34 @@ std::optional<std::string> RecordingUi::AskSaveFile(const FileDialogRequest& req
 void RecordingUi::SetPointer(PointerShape shape) {
   pointer_ = shape;
   pointer_history_.push_back(shape);
-  calls_.push_back("SetPointer " + std::to_string(static_cast<int>(shape)));
 }
 
 void RecordingUi::ProcessPendingEvents() {
   ++event_runs_;
-  calls_.push_back("ProcessPendingEvents");
   RunHook();
 }
 
 void RecordingUi::Pause(int milliseconds) {
   pauses_.push_back(milliseconds);
-  calls_.push_back("Pause " + std::to_string(milliseconds));
   RunHook();
 }
 
 void RecordingUi::SetActivityColour(Rgb colour) {
   activity_colour_ = colour;
   activity_history_.push_back(colour);
-  calls_.push_back("SetActivityColour " + ColourText(colour));
 }
 
 void RecordingUi::SetRefreshTimerEnabled(bool enabled) {
   refresh_timer_enabled_ = enabled;
   refresh_timer_history_.push_back(enabled);
-  calls_.push_back(std::string("SetRefreshTimerEnabled ") + (enabled ? "1" : "0"));
 }
 
 void RecordingUi::SetSingleTimerEnabled(bool enabled) {
   single_timer_enabled_ = enabled;
   single_timer_history_.push_back(enabled);
-  calls_.push_back(std::string("SetSingleTimerEnabled ") + (enabled ? "1" : "0"));
-}
-
-long long RecordingUi::total_pause_ms() const {
-  return std::accumulate(pauses_.begin(), pauses_.end(), 0LL);
 }
 
 void RecordingUi::ClearRecords() {
-  calls_.clear();
   status_lines_.clear();
   messages_.clear();
   open_requests_.clear();

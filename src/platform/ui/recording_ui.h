@@ -64,9 +64,6 @@ class RecordingUi : public UiServices {
   void SetSingleTimerEnabled(bool enabled) override;
 
   // --- Records.
-  // Every call in order, one readable line each ("ShowStatus Ready", "Pause 1000"), for tests
-  // that assert on the order of effects.
-  const std::vector<std::string>& calls() const { return calls_; }
   // Status lines as shown (trimmed), oldest first; `status()` is what the line shows now.
   const std::vector<std::string>& status_lines() const { return status_lines_; }
   const std::string& status() const { return status_; }
@@ -77,7 +74,6 @@ class RecordingUi : public UiServices {
   PointerShape pointer() const { return pointer_; }
   int event_runs() const { return event_runs_; }
   const std::vector<int>& pauses() const { return pauses_; }
-  long long total_pause_ms() const;
   const std::vector<Rgb>& activity_history() const { return activity_history_; }
   std::optional<Rgb> activity_colour() const { return activity_colour_; }
   bool refresh_timer_enabled() const { return refresh_timer_enabled_; }
@@ -97,7 +93,6 @@ class RecordingUi : public UiServices {
   std::function<void()> event_hook_;
   bool in_hook_ = false;
 
-  std::vector<std::string> calls_;
   std::vector<std::string> status_lines_;
   std::string status_;
   std::vector<RecordedMessage> messages_;

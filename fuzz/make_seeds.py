@@ -136,7 +136,8 @@ write("hislip_message_fuzz", "responses",
 write("hislip_message_fuzz", "bad_prologue_and_huge_length",
       b"XS" + bytes(14) + b"HS" + struct.pack(">BBIQ", DATA_END, 0, FIRST, 1 << 62) + b"xyz")
 
-# scpi_parser_fuzz: configuration byte (3000X, 4 channels, generator, voltmeter), messages.
+# sim_instrument_fuzz: configuration byte (3000X, 4 channels, generator, voltmeter), messages;
+# scpi_parser_fuzz: suffix limits' byte, the same messages.
 for i, text in enumerate([
         "*IDN?\n*RST;*CLS\n:SYSTem:ERRor?\n*ESR?\n:OPERegister:CONDition?\n:AER?",
         ":CHANnel1:SCALe 500mV;:TIMebase:SCALe 4E-08\n:CHAN1:SCAL?;OFFS?\n:TIM:SCAL?",
@@ -150,7 +151,9 @@ for i, text in enumerate([
         ":SIMulate:DELay 5\n:SIMulate:GARBage 2\n:SIMulate:CUT 10\n:SIMulate:CLEar",
         ":CHAN1:SCAL #H1F;:CHAN1:OFFS #B101;:TIM:POS #Q17\n:CHAN1:RANG MAXimum\n:BAD:HEADer 1",
         ":SYSTem:SETup #15hello\n:MEASure:FREQuency? CHANnel1\n:DISPlay:DATA? BMP8bit,COLor"]):
-    write("scpi_parser_fuzz", f"messages_{i}", bytes([0x0F if i % 2 == 0 else 0x00]) + text.encode())
+    write("sim_instrument_fuzz", f"messages_{i}",
+          bytes([0x0F if i % 2 == 0 else 0x00]) + text.encode())
+    write("scpi_parser_fuzz", f"messages_{i}", bytes([0x3F if i % 2 == 0 else 0x15]) + text.encode())
 
 
 # csv_reader_fuzz: read size, then the file.

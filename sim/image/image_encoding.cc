@@ -3,6 +3,8 @@
 #include <QBuffer>
 #include <QByteArray>
 #include <QImage>
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 
 namespace quarvelo::sim {
@@ -51,20 +53,24 @@ std::string Bmp(const IndexedImage& image, bool gray, int bits) {
       out.push_back(0);
     }
   }
-  for (int y = image.height - 1; y >= 0; --y) {
-    const std::uint8_t* row = &image.pixels[static_cast<size_t>(y) * image.width];
-    size_t start = out.size();
-    for (int x = 0; x < image.width; ++x) {
-      if (bits == 8) {
-        out.push_back(static_cast<char>(row[x]));
-      } else {
-        const Rgb& colour = palette[row[x]];
-        out.push_back(static_cast<char>(colour.blue));
-        out.push_back(static_cast<char>(colour.green));
-        out.push_back(static_cast<char>(colour.red));
-      }
+  // The rows are written in place: a byte at a time through push_back made a screen image the
+  // slowest reply the simulator gives.
+  const std::size_t pixels_at = out.size();
+  out.resize(size, '\0');
+  char* row_out = out.data() + pixels_at;
+  for (int y = image.height - 1; y >= 0; --y, row_out += row_bytes) {
+    const std::uint8_t* row = &image.pixels[static_cast<std::size_t>(y) * image.width];
+    if (bits == 8) {
+      std::copy_n(row, image.width, reinterpret_cast<std::uint8_t*>(row_out));
+      continue;
     }
-    out.append(row_bytes - (out.size() - start), '\0');
+    char* pixel = row_out;
+    for (int x = 0; x < image.width; ++x) {
+      const Rgb& colour = palette[row[x]];
+      *pixel++ = static_cast<char>(colour.blue);
+      *pixel++ = static_cast<char>(colour.green);
+      *pixel++ = static_cast<char>(colour.red);
+    }
   }
   return out;
 }

@@ -126,9 +126,9 @@ void CsvFiles::OpenCsvPath(const std::string& path) {
   LoadCsv(source);
 }
 
-void CsvFiles::LoadCsv(ByteSource& source) {
+void CsvFiles::LoadCsv(ByteSource& source, std::size_t line_buffer) {
   host_.DrawEmptyFrame();
-  LineReader reader(source);
+  LineReader reader(source, line_buffer);
   std::string_view line;
   if (reader.Next(&line) != LineReader::Result::kLine) {
     FileError();

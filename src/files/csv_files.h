@@ -3,6 +3,7 @@
 #ifndef QUARVELO_FILES_CSV_FILES_H_
 #define QUARVELO_FILES_CSV_FILES_H_
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 
@@ -65,7 +66,8 @@ class CsvFiles {
   // False when the file could not be written (the user has been told).
   bool WriteCsvFile(const std::string& path, std::int16_t channel);
   void OpenCsvPath(const std::string& path);
-  void LoadCsv(ByteSource& source);
+  // `line_buffer` bounds the longest line read (a file's lines are far shorter than the default).
+  void LoadCsv(ByteSource& source, std::size_t line_buffer = LineReader::kDefaultBufferSize);
 
  private:
   void FileError();

@@ -306,22 +306,6 @@ TEST(ReadbackTest, AbsentOptionsAreNotAsked) {
   const auto sent = s.Sent();
   EXPECT_FALSE(AnySentStartsWith(sent, ":DVM"));
   EXPECT_FALSE(AnySentStartsWith(sent, ":WGEN"));
-  EXPECT_TRUE(AnySentStartsWith(sent, ":FUNC:DISPlay?")) << "model 0 uses the :FUNC prefix";
-}
-
-TEST(ReadbackTest, SilentInstrumentCostsOneIdentification) {
-  OnlineScope s;
-  s.h.scope.TimebaseScale = 0.123;
-  s.simulator->Execute(testing_support::kNeverAnswerNextQuery);
-  s.simulator->ClearTraffic();
-  s.readback.ReadBackState();
-  EXPECT_EQ(s.Sent(), std::vector<std::string>{"*IDN?"});
-  EXPECT_TRUE(s.h.session.TimedOut);
-  EXPECT_TRUE(s.h.session.RemoteOn);
-  EXPECT_EQ(s.h.ui.status(), "TIME OUT!");
-  EXPECT_TRUE(s.h.ui.messages().empty());
-  EXPECT_EQ(s.h.scope.TimebaseScale, 0.123);
-  EXPECT_FALSE(s.h.scope.ToolUpdateInProgress);
 }
 
 // The whole math readback of one function: the instrument's settings changed first, every

@@ -6,6 +6,7 @@
 #include <functional>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include "sim/server/socket_server.h"
 #include "tests/link/online_scope.h"
@@ -30,12 +31,18 @@ TEST(LinkTimeoutTest, EachCallerSetsItsOwnIoTimeOut) {
   s.h.link.PollInstrumentStatus(true);
   EXPECT_EQ(IoTimeout(s.h.session), 5000u);
 
-  // The readback probes with a short, tolerated time-out ...
+  // The readback probes with a short, tolerated time-out: a silent instrument costs one
+  // identification and changes nothing ...
+  s.h.scope.TimebaseScale = 0.123;
   s.simulator->Execute(testing_support::kNeverAnswerNextQuery);
+  s.simulator->ClearTraffic();
   s.readback.ReadBackState();
   EXPECT_EQ(IoTimeout(s.h.session), 500u);
-  EXPECT_TRUE(s.h.session.TolerateTimeout);
-  EXPECT_TRUE(s.h.session.TimedOut);
+  EXPECT_EQ(s.Sent(), std::vector<std::string>{"*IDN?"});
+  EXPECT_EQ(testing_support::Fields(s.h.session.TolerateTimeout, s.h.session.TimedOut,
+                                    s.h.session.RemoteOn, s.h.ui.status(), s.h.ui.messages().size(),
+                                    s.h.scope.TimebaseScale, s.h.scope.ToolUpdateInProgress),
+            "1|1|1|TIME OUT!|0|0.123|0|");
   // ... and, once the instrument answers, reads on with the default, not tolerated.
   s.h.link.SetIoTimeout(false, acquisition::kCaptureIoTimeoutMs);
   s.readback.ReadBackState();
@@ -46,24 +53,30 @@ TEST(LinkTimeoutTest, EachCallerSetsItsOwnIoTimeOut) {
 
 // An instrument whose error queue never empties, or whose reply brings a stray line: the
 // simulator's queue is bounded, so a handler on the simulator's socket server stands in for a
-// misbehaving instrument. Every query gets `reply(n)` for the n-th query (from 0).
+// misbehaving instrument. Every query gets `reply(n)` for the n-th query (from 0); `h` holds a
+// link opened to it.
 class ScriptedInstrument : public sim::MessageHandler {
  public:
   explicit ScriptedInstrument(std::function<std::string(int)> reply) : reply_(std::move(reply)) {
     std::string error;
     EXPECT_TRUE(server_.Start(&error)) << error;
+    h.session.Address = "TCPIP0::127.0.0.1::" + std::to_string(server_.port()) + "::SOCKET";
+    h.link.OpenInstrument();
+    EXPECT_TRUE(h.session.RemoteOn);
   }
-  ~ScriptedInstrument() override { server_.Stop(); }
+  ~ScriptedInstrument() override {
+    h.link.CloseInstrument();
+    server_.Stop();
+  }
   sim::HandlerResponse HandleMessage(std::string_view message) override {
     if (!message.ends_with('?')) return {};
     return {.reply = reply_(queries_++)};
   }
   void ReplyInterrupted() override {}
   void DeviceClear() override {}
-  std::string Resource() const {
-    return "TCPIP0::127.0.0.1::" + std::to_string(server_.port()) + "::SOCKET";
-  }
   int queries() const { return queries_; }
+
+  testing_support::LinkHarness h;
 
  private:
   std::function<std::string(int)> reply_;
@@ -73,17 +86,12 @@ class ScriptedInstrument : public sim::MessageHandler {
 
 TEST(ErrorDrainTest, EndlessQueueStopsAtTheBound) {
   ScriptedInstrument peer([](int) { return std::string("+1,\"Loop\"\n"); });
-  testing_support::LinkHarness h;
-  h.session.Address = peer.Resource();
-  h.link.OpenInstrument();
-  ASSERT_TRUE(h.session.RemoteOn);
-  h.link.SendCommand(":RUN");
+  peer.h.link.SendCommand(":RUN");
   EXPECT_EQ(peer.queries(), kMaxErrorEntries + 1);
   std::string expected;
   for (int n = 0; n < kMaxErrorEntries; ++n) expected += "INST Error: +1,\"Loop\"";
-  EXPECT_EQ(h.ui.status(), expected);
-  EXPECT_TRUE(h.session.RemoteOn);
-  h.link.CloseInstrument();
+  EXPECT_EQ(peer.h.ui.status(), expected);
+  EXPECT_TRUE(peer.h.session.RemoteOn);
 }
 
 TEST(ErrorDrainTest, DrainFlushesWhatTheInstrumentSentBeyondItsReplies) {
@@ -92,14 +100,9 @@ TEST(ErrorDrainTest, DrainFlushesWhatTheInstrumentSentBeyondItsReplies) {
     if (n == 1) return std::string("+0,\"No error\"\nSTALE\n");
     return std::string("FRESH\n");
   });
-  testing_support::LinkHarness h;
-  h.session.Address = peer.Resource();
-  h.link.OpenInstrument();
-  ASSERT_TRUE(h.session.RemoteOn);
-  h.link.SendCommand(":RUN");
-  EXPECT_EQ(h.ui.status(), "INST Error: +1,\"One\"");
-  EXPECT_EQ(h.link.QueryString("*IDN?"), "FRESH");
-  h.link.CloseInstrument();
+  peer.h.link.SendCommand(":RUN");
+  EXPECT_EQ(peer.h.ui.status(), "INST Error: +1,\"One\"");
+  EXPECT_EQ(peer.h.link.QueryString("*IDN?"), "FRESH");
 }
 
 // Reporting an entry fails with a fault of the program itself, once.

@@ -8,6 +8,7 @@
 #include <cstring>
 #include <deque>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "platform/visa/format_print.h"
@@ -18,17 +19,12 @@
 namespace quarvelo::visa {
 namespace {
 
-// A transport that plays back canned chunks and records what is written.
-struct Chunk {
-  std::string bytes;
-  bool end = false;
-};
-
+// A transport that plays back canned chunks, each with or without END, and records writes.
 class FakeTransport : public Transport {
  public:
   explicit FakeTransport(bool ends_on_line_feed) : ends_on_line_feed_(ends_on_line_feed) {}
 
-  void Add(std::string bytes, bool end) { chunks_.push_back({std::move(bytes), end}); }
+  void Add(std::string bytes, bool end) { chunks_.emplace_back(std::move(bytes), end); }
 
   // `stream` cut at the given offsets; END (when the transport has it) on the last byte.
   void AddSplit(const std::string& stream, const std::vector<std::size_t>& cuts) {
@@ -50,13 +46,12 @@ class FakeTransport : public Transport {
     *result = ReadResult{};
     ++reads_;
     if (chunks_.empty()) return VI_ERROR_TMO;
-    Chunk& chunk = chunks_.front();
-    const std::size_t take = std::min(buffer.size(), chunk.bytes.size());
-    std::memcpy(buffer.data(), chunk.bytes.data(), take);
-    result->count = take;
-    chunk.bytes.erase(0, take);
-    if (chunk.bytes.empty()) {
-      result->end = chunk.end;
+    auto& [bytes, end] = chunks_.front();
+    result->count = std::min(buffer.size(), bytes.size());
+    std::memcpy(buffer.data(), bytes.data(), result->count);
+    bytes.erase(0, result->count);
+    if (bytes.empty()) {
+      result->end = end;
       chunks_.pop_front();
     }
     return VI_SUCCESS;
@@ -71,7 +66,7 @@ class FakeTransport : public Transport {
 
  private:
   bool ends_on_line_feed_;
-  std::deque<Chunk> chunks_;
+  std::deque<std::pair<std::string, bool>> chunks_;
   std::string written_;
   int messages_ended_ = 0;
   int reads_ = 0;
@@ -85,16 +80,6 @@ ViStatus Scan(MessageReader* reader, const char* format, ...) {
   return status;
 }
 
-// Every way of cutting `stream` once, plus one byte per chunk.
-std::vector<std::vector<std::size_t>> AllSplits(const std::string& stream) {
-  std::vector<std::vector<std::size_t>> splits{{}};
-  for (std::size_t cut = 1; cut < stream.size(); ++cut) splits.push_back({cut});
-  std::vector<std::size_t> bytewise;
-  for (std::size_t cut = 1; cut < stream.size(); ++cut) bytewise.push_back(cut);
-  splits.push_back(bytewise);
-  return splits;
-}
-
 class FormatScanTest : public ::testing::TestWithParam<bool> {
  protected:
   bool socket() const { return GetParam(); }
@@ -103,10 +88,16 @@ class FormatScanTest : public ::testing::TestWithParam<bool> {
 INSTANTIATE_TEST_SUITE_P(Transports, FormatScanTest, ::testing::Values(false, true),
                          [](const auto& info) { return info.param ? "Socket" : "EndFlag"; });
 
-// Runs `check` on a reader over `stream` cut at every split and followed by a next message.
+// Runs `check` on a reader over `stream`, whole, one byte per chunk and cut once at every
+// offset, followed by a next message.
 template <typename Check>
 void ForEverySplit(bool socket, const std::string& stream, std::size_t buffer, Check check) {
-  for (const auto& split : AllSplits(stream)) {
+  std::vector<std::vector<std::size_t>> splits{{}, {}};
+  for (std::size_t cut = 1; cut < stream.size(); ++cut) {
+    splits[1].push_back(cut);
+    splits.push_back({cut});
+  }
+  for (const auto& split : splits) {
     FakeTransport transport(socket);
     transport.AddSplit(stream, split);
     transport.Add("NEXT\n", !socket);
@@ -153,14 +144,6 @@ TEST_P(FormatScanTest, TextReadsToEndWithinItsBound) {
   }
 }
 
-TEST_P(FormatScanTest, ReplyWithoutItsEndTimesOutInsteadOfReturningPart) {
-  FakeTransport transport(socket());
-  transport.Add("PARTIAL", false);
-  MessageReader reader(&transport);
-  char text[32] = {};
-  EXPECT_EQ(Scan(&reader, "%t", text), VI_ERROR_TMO);
-}
-
 TEST_P(FormatScanTest, NumberListsInTheInstrumentsForms) {
   const struct {
     std::string stream;
@@ -182,17 +165,6 @@ TEST_P(FormatScanTest, NumberListsInTheInstrumentsForms) {
       EXPECT_EQ(std::vector<double>(values, values + count), c.expected) << c.stream;
     });
   }
-}
-
-TEST_P(FormatScanTest, ScalarsAndLiterals) {
-  FakeTransport transport(socket());
-  transport.AddSplit("+0,\"No error\"\n", {3, 7});
-  MessageReader reader(&transport, 4);
-  int number = 99;
-  char word[32] = {};
-  ASSERT_EQ(Scan(&reader, "%d,\"%s", &number, word), VI_SUCCESS);
-  EXPECT_EQ(number, 0);
-  EXPECT_STREQ(word, "No");
 }
 
 std::string Block(const std::string& data) {
@@ -227,49 +199,21 @@ TEST_P(FormatScanTest, DefiniteAndIndefiniteBlocksAtEverySplit) {
   }
 }
 
-// A block larger than the caller's area, or a header announcing less than follows: the caller
-// gets what fits or what was announced, nothing written past it, the rest goes with the flush.
-TEST_P(FormatScanTest, UnreadRestOfABlockIsLeftForTheFlush) {
-  const std::string large = Block(BinaryData(300)) + "\n";
-  const struct {
-    std::string stream;
-    std::vector<std::size_t> split;
-    const char* format;
-    ViInt32 area;
-    std::string expected;
-  } cases[] = {
-      {large, {3}, "%#b\n", 50, BinaryData(50)},
-      {large, {60}, "%#b\n", 50, BinaryData(50)},
-      {large, {200}, "%#b\n", 50, BinaryData(50)},
-      {"#15abcdefgh\n", {}, "%#b", 16, "abcde"},
-  };
-  for (const auto& c : cases) {
-    FakeTransport transport(socket());
-    transport.AddSplit(c.stream, c.split);
-    transport.Add("NEXT\n", !socket());
-    MessageReader reader(&transport, 32);
-    std::vector<char> area(100, 'X');
-    ViInt32 count = c.area;
-    ASSERT_EQ(Scan(&reader, c.format, &count, area.data()), VI_SUCCESS) << c.stream.size();
-    ASSERT_EQ(count, static_cast<ViInt32>(c.expected.size()));
-    EXPECT_EQ(std::string(area.data(), count), c.expected);
-    EXPECT_EQ(area[count], 'X');
-    EXPECT_TRUE(reader.HasUnreadResponse());
-    ASSERT_EQ(reader.DiscardResponse(), VI_SUCCESS);
-    ExpectNextMessage(&reader);
-  }
-}
-
-TEST_P(FormatScanTest, WordBlockElementsAreBigEndian) {
+// Directives the program does not use: a number, a word after a literal, a word block.
+TEST_P(FormatScanTest, ScalarsLiteralsAndBigEndianWordBlocks) {
   FakeTransport transport(socket());
+  transport.AddSplit("+0,\"No error\"\n", {3, 7});
   transport.Add(std::string("#14\x01\x02\x80\x00\n", 8), !socket());
-  MessageReader reader(&transport);
+  MessageReader reader(&transport, 4);
+  int number = 99;
+  char word[32] = {};
+  ASSERT_EQ(Scan(&reader, "%d,\"%s", &number, word), VI_SUCCESS);
+  ASSERT_EQ(reader.DiscardResponse(), VI_SUCCESS);
   std::int16_t words[4] = {};
   ViInt32 count = 4;
   ASSERT_EQ(Scan(&reader, "%#hb", &count, words), VI_SUCCESS);
-  ASSERT_EQ(count, 2);
-  EXPECT_EQ(words[0], 0x0102);
-  EXPECT_EQ(words[1], -32768);
+  EXPECT_EQ(std::make_tuple(number, std::string(word), count, words[0], words[1]),
+            std::make_tuple(0, std::string("No"), 2, std::int16_t{0x0102}, std::int16_t{-32768}));
 }
 
 // A header promising 50 bytes of which 9 arrive before the message ends (END) or nothing
@@ -297,51 +241,60 @@ TEST_P(FormatScanTest, BlockCutShortOrMalformedIsAnError) {
   }
 }
 
-TEST_P(FormatScanTest, BlockInterruptedByTimeoutIsSkippedByItsLength) {
-  // The late rest of the block holds LF bytes; only the header's length says where it ends.
-  const std::string stream = Block(std::string(100, '\n')) + "\n";
-  FakeTransport transport(socket());
-  transport.Add(stream.substr(0, 30), false);
-  MessageReader reader(&transport);
-  std::vector<char> area(100);
-  ViInt32 count = 100;
-  ASSERT_EQ(Scan(&reader, "%#b", &count, area.data()), VI_ERROR_TMO);
-  transport.Add(stream.substr(30), !socket());
-  transport.Add("NEXT\n", !socket());
-  EXPECT_EQ(reader.DiscardResponse(), VI_SUCCESS);
-  ExpectNextMessage(&reader);
-}
-
-// A flush reads to the end of the response only when one is unread: after a time-out it
-// discards the late reply (or finds none), at a message boundary it reads nothing.
+// What a read leaves of its reply goes with the flush before the next message: the rest of a
+// block larger than the area or longer than its header says; a reply cut off by a time-out
+// (the read returns none of it) with its late rest, or with none; the late rest of a block,
+// whose LF bytes only the header's length tells from the end. At a boundary nothing is read.
 TEST_P(FormatScanTest, FlushDiscardsOnlyAnUnreadResponse) {
+  const std::string large = Block(BinaryData(300)) + "\n";
+  const std::string line_feeds = Block(std::string(100, '\n')) + "\n";
   const struct {
-    const char* what;
-    bool time_out_first;
-    std::vector<std::string> late;  // messages arriving after the first read
+    const char* format;
+    std::string stream;
+    std::size_t cut;  // where the stream is split; when it times out, what came before
+    bool time_out;
+    std::string expected;  // what the read stores when it does not time out
   } cases[] = {
-      {"late reply", true, {"LATE\n", "GOOD\n"}},
-      {"no late reply", true, {}},
-      {"message boundary", false, {"GOOD\n"}},
+      {"%#b\n", large, 3, false, BinaryData(50)},
+      {"%#b\n", large, 60, false, BinaryData(50)},
+      {"%#b\n", large, 200, false, BinaryData(50)},
+      {"%#b", "#15abcdefgh\n", 0, false, "abcde"},
+      {"%#b\n", "#12AB\n", 0, false, "AB"},
+      {"%#t", "PARTIAL\n", 7, true, ""},
+      {"%#t", "", 0, true, ""},
+      {"%#b", line_feeds, 30, true, ""},
   };
   for (const auto& c : cases) {
+    SCOPED_TRACE(c.stream.substr(0, 12) + " cut at " + std::to_string(c.cut));
     FakeTransport transport(socket());
-    if (!c.time_out_first) transport.Add("A\n", !socket());
-    MessageReader reader(&transport);
-    char text[32] = {};
-    ASSERT_EQ(Scan(&reader, "%t", text), c.time_out_first ? VI_ERROR_TMO : VI_SUCCESS) << c.what;
-    for (const std::string& message : c.late) transport.Add(message, !socket());
-    EXPECT_EQ(reader.HasUnreadResponse(), c.time_out_first) << c.what;
+    if (!c.time_out) {
+      transport.AddSplit(c.stream, c.cut > 0 ? std::vector{c.cut} : std::vector<std::size_t>{});
+    } else if (c.cut > 0) {
+      transport.Add(c.stream.substr(0, c.cut), false);
+    }
+    MessageReader reader(&transport, 32);
+    std::vector<char> area(100, 'X');
+    ViInt32 count = 50;
+    const ViStatus status = Scan(&reader, c.format, &count, area.data());
+    if (c.time_out) {
+      ASSERT_EQ(status, VI_ERROR_TMO);
+      if (c.cut > 0) transport.Add(c.stream.substr(c.cut), !socket());
+    } else {
+      ASSERT_EQ(status, VI_SUCCESS);
+      ASSERT_EQ(count, static_cast<ViInt32>(c.expected.size()));
+      EXPECT_EQ(std::string(area.data(), count), c.expected);
+      EXPECT_EQ(area[count], 'X');
+    }
+    if (!c.stream.empty()) transport.Add("NEXT\n", !socket());
+    const bool at_boundary = c.stream == Block(c.expected) + "\n";  // read whole
+    EXPECT_EQ(reader.HasUnreadResponse(), !at_boundary);
     const int reads = transport.reads();
-    ASSERT_EQ(reader.DiscardResponse(), VI_SUCCESS) << c.what;
-    EXPECT_FALSE(reader.HasUnreadResponse()) << c.what;
-    if (!c.time_out_first) {
-      EXPECT_EQ(transport.reads(), reads) << c.what;
+    ASSERT_EQ(reader.DiscardResponse(), VI_SUCCESS);
+    EXPECT_FALSE(reader.HasUnreadResponse());
+    if (at_boundary) {
+      EXPECT_EQ(transport.reads(), reads);
     }
-    if (!c.late.empty()) {
-      ASSERT_EQ(Scan(&reader, "%t", text), VI_SUCCESS) << c.what;
-      EXPECT_STREQ(text, "GOOD\n") << c.what;
-    }
+    if (!c.stream.empty()) ExpectNextMessage(&reader);
   }
 }
 
@@ -389,15 +342,17 @@ TEST(FormatPrint, LineFeedInTheFormatEndsTheMessage) {
   EXPECT_EQ(output.pending_, "A;");
 }
 
-// What one formatted write leaves pending.
+std::string Error(ViStatus status) { return "error " + std::to_string(status); }
+
+// What one formatted write leaves pending, or the error it returns.
 template <typename... Args>
 std::string Printed(const char* format, Args... args) {
   RecordingOutput output;
-  EXPECT_EQ(Print(&output, format, args...), VI_SUCCESS) << format;
-  return output.pending_;
+  const ViStatus status = Print(&output, format, args...);
+  return status == VI_SUCCESS ? output.pending_ : Error(status);
 }
 
-TEST(FormatPrint, Conversions) {
+TEST(FormatPrint, ConversionsAndRejectedFormats) {
   const ViInt32 ints[3] = {1, -2, 3};
   const double reals[2] = {0.5, 2};
   const char bytes[3] = {'a', '\n', 'b'};
@@ -411,13 +366,9 @@ TEST(FormatPrint, Conversions) {
   EXPECT_EQ(Printed("%#b", 3, bytes), std::string("#13a\nb"));
   // A line feed through an argument is data, not the end of the message.
   EXPECT_EQ(Printed(":DISP:ANN:TEXT \"%s\"", "two\nlines"), ":DISP:ANN:TEXT \"two\nlines\"");
-}
-
-TEST(FormatPrint, BadConversionsAreRejected) {
-  RecordingOutput output;
-  EXPECT_EQ(Print(&output, "abc %"), VI_ERROR_INV_FMT);
-  EXPECT_EQ(Print(&output, "%y", 1), VI_ERROR_NSUP_FMT);
-  EXPECT_EQ(Print(&output, "%s", static_cast<const char*>(nullptr)), VI_ERROR_USER_BUF);
+  EXPECT_EQ(Printed("abc %"), Error(VI_ERROR_INV_FMT));
+  EXPECT_EQ(Printed("%y", 1), Error(VI_ERROR_NSUP_FMT));
+  EXPECT_EQ(Printed("%s", static_cast<const char*>(nullptr)), Error(VI_ERROR_USER_BUF));
 }
 
 ViStatus SessionPrint(Session* session, const char* format, ...) {

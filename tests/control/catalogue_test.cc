@@ -62,28 +62,18 @@ TEST(ToolCatalogueTest, HoldsTwoHundredThreeToolsWithUniqueWellFormedIds) {
   EXPECT_EQ(FindTool("ID_Nothing"), nullptr);
 }
 
-TEST(MenuLayoutTest, EveryMenuAndToolbarEntryNamesAToolAndEverySubMenuIsDefined) {
+// An entry naming no tool is left out of the menus the Qt host builds: its layout test shows it.
+TEST(MenuLayoutTest, EveryMenuToolHasAMenuAndToolbarsHoldNoMenus) {
   for (const MenuDefinition& menu : Menus()) {
-    SCOPED_TRACE(std::string(menu.id));
     const ToolDefinition* header = FindTool(menu.id);
-    ASSERT_NE(header, nullptr);
-    EXPECT_EQ(header->kind, ToolKind::kMenu);
-    ASSERT_FALSE(menu.entries.empty());
-    EXPECT_NE(menu.entries.front(), kSeparator);
-    EXPECT_NE(menu.entries.back(), kSeparator);
-    for (std::string_view entry : menu.entries) {
-      if (entry == kSeparator) continue;
-      const ToolDefinition* tool = FindTool(entry);
-      ASSERT_NE(tool, nullptr) << entry;
-      if (tool->kind == ToolKind::kMenu) {
-        EXPECT_NE(FindMenu(entry), nullptr) << entry;
-      }
-    }
+    ASSERT_NE(header, nullptr) << menu.id;
+    EXPECT_EQ(header->kind, ToolKind::kMenu) << menu.id;
+    ASSERT_FALSE(menu.entries.empty()) << menu.id;
+    EXPECT_NE(menu.entries.front(), kSeparator) << menu.id;
+    EXPECT_NE(menu.entries.back(), kSeparator) << menu.id;
   }
   for (const ToolDefinition& tool : ToolCatalogue()) {
-    if (tool.kind == ToolKind::kMenu) {
-      EXPECT_NE(FindMenu(tool.id), nullptr) << tool.id;
-    }
+    EXPECT_EQ(FindMenu(tool.id) != nullptr, tool.kind == ToolKind::kMenu) << tool.id;
   }
   for (const ToolbarDefinition& toolbar : Toolbars()) {
     for (std::string_view entry : toolbar.entries) {
@@ -105,7 +95,6 @@ TEST(MenuLayoutTest, OnlyTheKnownLooseToolsAreNowhereInTheMenusOrToolbars) {
 }
 
 TEST(OptionGroupTest, GroupsAreSetsOfStateButtons) {
-  EXPECT_EQ(OptionGroups().size(), 18u);
   for (std::string_view group : OptionGroups()) {
     EXPECT_GE(OptionGroupMembers(group).size(), 2u) << group;
     for (std::string_view id : OptionGroupMembers(group)) {

@@ -3,26 +3,22 @@
 #include <gtest/gtest.h>
 
 #include "platform/settings/memory_settings_store.h"
+#include "tests/link/fields.h"
 
 namespace quarvelo::app {
 namespace {
 
 using settings::MemorySettingsStore;
+using quarvelo::testing_support::Fields;
 
 TEST(AppSettingsTest, EmptyStoreGivesTheDefaults) {
-  const MemorySettingsStore store;
-  const AppSettings s = LoadAppSettings(store);
-  EXPECT_EQ(s.Address, "");
-  EXPECT_FALSE(s.HasDvm);
-  EXPECT_FALSE(s.HasWgen);
-  EXPECT_EQ(s.WindowIndex, 6);
-  EXPECT_EQ(s.SpectrumUnit, 0);
-  EXPECT_FALSE(s.AutoAlgorithm);
+  const AppSettings s = LoadAppSettings(MemorySettingsStore());
+  EXPECT_EQ(Fields(s.Address, s.HasDvm, s.HasWgen, s.WindowIndex, s.SpectrumUnit, s.AutoAlgorithm),
+            "|0|0|6|0|0|");
   for (int n = 1; n <= kMacroCount; ++n) {
-    const Macro& macro = s.Macros[static_cast<std::size_t>(n)];
-    EXPECT_EQ(macro.Command1, "");
-    EXPECT_EQ(macro.Command2, "");
-    EXPECT_FALSE(macro.SweepAfter);
+    const Macro& m = s.Macros[static_cast<std::size_t>(n)];
+    EXPECT_EQ(Fields(m.Caption, m.Command1, m.Command2, m.SweepAfter),
+              Fields("MAC" + std::to_string(n), "", "", false));
   }
 }
 
@@ -83,14 +79,13 @@ INSTANTIATE_TEST_SUITE_P(
       return std::string(info.param.key) + "_" + std::to_string(info.index);
     });
 
-TEST(AppSettingsTest, MacroTenUsesTwoDigitKeys) {
+// The keys it is stored under: ToolbarWindowTest.MacroTenStoresItsKeysAndRunsUnchanged.
+TEST(AppSettingsTest, MacroTenIsReadBackFromItsTwoDigitKeys) {
   MemorySettingsStore store;
   SaveMacro(store, 10, {":RUN", ":STOP", "Go", true});
-  EXPECT_EQ(store.size(), 4u);
-  const Macro loaded = LoadAppSettings(store).Macros[10];
-  EXPECT_EQ(loaded.Command2, ":STOP");
-  EXPECT_TRUE(loaded.SweepAfter);
-  EXPECT_EQ(LoadAppSettings(store).Macros[1].Caption, "MAC1");
+  const Macro m = LoadAppSettings(store).Macros[10];
+  EXPECT_EQ(Fields(store.size(), m.Command1, m.Command2, m.Caption, m.SweepAfter),
+            "4|:RUN|:STOP|Go|1|");
 }
 
 TEST(AppSettingsTest, EmptyMacroCaptionStaysEmpty) {

@@ -69,44 +69,29 @@ TEST(InstrumentSettingsTest, ReadsBackWhatTheInstrumentKept) {
            {":WGEN1:FUNCtion:PULSe:WIDTh  1E-9", ":WGEN1:FUNCtion:PULSe:WIDTh?", "+2.0E-08"},
            {":WGEN1:VOLTage:HIGH 1;:WGEN1:VOLTage:LOW  -0.5",
             ":WGEN1:VOLTage?;:WGEN1:VOLTage:OFFSet?", "+1.5E+00;+2.5E-01"},
-           {":WGEN1:MODulation:FUNCtion RAMP", ":WGEN1:MODulation:FUNCtion?", "RAMP"}}) {
+           {":WGEN1:MODulation:FUNCtion RAMP", ":WGEN1:MODulation:FUNCtion?", "RAMP"},
+           // The generator's frequency within its function's range; its reset.
+           {":WGEN1:FREQuency 15MHz", ":WGEN1:FREQuency?", "+1.5E+07"},
+           {":WGEN1:FREQuency 15MHz;:WGEN1:FUNCtion RAMP", ":WGEN1:FREQuency?", "+1.0E+05"},
+           {":WGEN1:FUNC SQU;:WGEN1:FREQ 1E5;:WGEN1:RST", ":WGEN1:FUNC?;:WGEN1:FREQ?",
+            "SIN;+1.0E+03"},
+           // The probe factor keeps the picture and rescales the limits.
+           {":CHANnel2:SCALe 0.5;OFFSet 0.2;:CHANnel2:PROBe 10",
+            ":CHANnel2:PROBe?;:CHANnel2:SCALe?;:CHANnel2:OFFSet?",
+            "+1.0E+01;+5.00000E+00;+2.0E+00"},
+           {":CHANnel2:PROBe 10;:CHANnel2:SCALe 40", ":CHANnel2:SCALe?", "+4.00000E+01"},
+           // Preset and reset restore the defaults.
+           {":CHANnel1:SCALe 0.2;:CHANnel2:DISPlay 1;:TIMebase:SCALe 1E-3;:STOP;:SYSTem:PRESet",
+            ":CHANnel1:SCALe?;:CHANnel1:DISPlay?;:CHANnel2:DISPlay?;:TIMebase:SCALe?;"
+            ":OPERegister:CONDition?",
+            "+1.00000E+00;1;0;+1.00000000E-04;+8"},
+           {":CHANnel1:SCALe 0.2;*RST", ":CHANnel1:SCALe?", "+1.00000E+00"},
+           {"", "*idn?", "KEYSIGHT TECHNOLOGIES,DSO-X 3034T,QVSIM00001,07.50.2021102830"}}) {
     Instrument instrument{InstrumentConfig{}};
     instrument.Execute(c.command);
     EXPECT_EQ(instrument.Execute(c.query), c.reply) << c.command;
     EXPECT_EQ(instrument.Execute(":SYSTem:ERRor?"), "+0,\"No error\"") << c.command;
   }
-}
-
-TEST(InstrumentSettingsTest, ProbeFactorKeepsThePictureAndRescalesLimits) {
-  Instrument instrument{InstrumentConfig{}};
-  instrument.Execute(":CHANnel2:SCALe 0.5;OFFSet 0.2");
-  instrument.Execute(":CHANnel2:PROBe 10");
-  EXPECT_EQ(instrument.Execute(":CHANnel2:PROBe?;:CHANnel2:SCALe?;:CHANnel2:OFFSet?"),
-            "+1.0E+01;+5.00000E+00;+2.0E+00");
-  instrument.Execute(":CHANnel2:SCALe 40");
-  EXPECT_EQ(instrument.Execute(":CHANnel2:SCALe?"), "+4.00000E+01");
-}
-
-TEST(InstrumentSettingsTest, GeneratorFrequencyFollowsTheFunctionsRange) {
-  Instrument instrument{InstrumentConfig{}};
-  instrument.Execute(":WGEN1:FREQuency 15MHz");
-  EXPECT_EQ(instrument.Execute(":WGEN1:FREQuency?"), "+1.5E+07");
-  instrument.Execute(":WGEN1:FUNCtion RAMP");
-  EXPECT_EQ(instrument.Execute(":WGEN1:FREQuency?"), "+1.0E+05");
-  instrument.Execute(":WGEN1:RST");
-  EXPECT_EQ(instrument.Execute(":WGEN1:FUNCtion?;:WGEN1:FREQuency?"), "SIN;+1.0E+03");
-}
-
-TEST(InstrumentSettingsTest, PresetRestoresDefaults) {
-  Instrument instrument{InstrumentConfig{}};
-  instrument.Execute(":CHANnel1:SCALe 0.2;:CHANnel2:DISPlay 1;:TIMebase:SCALe 1E-3;:STOP");
-  instrument.Execute(":SYSTem:PRESet");
-  EXPECT_EQ(instrument.Execute(":CHANnel1:SCALe?;:CHANnel1:DISPlay?;:CHANnel2:DISPlay?"),
-            "+1.00000E+00;1;0");
-  EXPECT_EQ(instrument.Execute(":TIMebase:SCALe?;:OPERegister:CONDition?"), "+1.00000000E-04;+8");
-  instrument.Execute(":CHANnel1:SCALe 0.2");
-  instrument.Execute("*RST");
-  EXPECT_EQ(instrument.Execute(":CHANnel1:SCALe?"), "+1.00000E+00");
 }
 
 TEST(InstrumentSettingsTest, ErrorsQueueTheInstrumentsEntryAndChangeNothing) {
@@ -139,8 +124,9 @@ TEST(InstrumentSettingsTest, ErrorsQueueTheInstrumentsEntryAndChangeNothing) {
   }
 }
 
-TEST(InstrumentSettingsTest, TwoThousandXUsesUnnumberedFunctionAndGenerator) {
+TEST(InstrumentSettingsTest, TwoThousandXNamesItselfAndUsesUnnumberedFunctionAndGenerator) {
   Instrument instrument(Config2000X(4));
+  EXPECT_EQ(instrument.Execute("*IDN?").substr(0, 34), "KEYSIGHT TECHNOLOGIES,DSO-X 2024A,");
   instrument.Execute(":FUNC:OPERation FFT;:WGEN:FUNCtion PULSe");
   EXPECT_EQ(instrument.Execute(":FUNC:OPERation?;:WGEN:FUNCtion?"), "FFT;PULS");
   EXPECT_EQ(instrument.Execute(":FUNC:GOFT:OPERation?"), "ADD");
@@ -174,14 +160,6 @@ TEST(InstrumentSettingsTest, MemoryOptionAndVoltmeterSettling) {
   EXPECT_EQ(instrument.Execute("*OPT?;:TIMebase:SCALe 1ms;:ACQuire:POINts?"),
             "DSOX3WAVEGEN,DSOX3DVM,DSOX3MEMUP;+4000000");
   EXPECT_EQ(instrument.Execute(":DVM:ENABle 1;:DVM:CURRent?"), "+9.9E+37");  // still settling
-}
-
-TEST(InstrumentSettingsTest, IdentityNamesFamilyAndChannelsUnlessSet) {
-  EXPECT_EQ(Instrument(Config2000X(2)).Execute("*IDN?").substr(0, 34),
-            "KEYSIGHT TECHNOLOGIES,DSO-X 2022A,");
-  EXPECT_EQ(Instrument(InstrumentConfig{}).Execute("*idn?").substr(0, 34),
-            "KEYSIGHT TECHNOLOGIES,DSO-X 3034T,");
-  // A set identity: see the peer client test, which sets it from the command line.
 }
 
 }  // namespace

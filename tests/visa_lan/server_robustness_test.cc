@@ -9,10 +9,10 @@
 #include <thread>
 #include <vector>
 
-#include "platform/visa/hislip/hislip_transport.h"
 #include "platform/visa/hislip/message.h"
+#include "platform/visa/resource_name.h"
 #include "platform/visa/tcp_connection.h"
-#include "platform/visa/transport_factory.h"
+#include "platform/visa/transport_open.h"
 #include "platform/visa/visa.h"
 #include "platform/visa/vxi11/core_channel.h"
 #include "platform/visa/vxi11/portmapper.h"
@@ -42,6 +42,23 @@ std::string RandomBytes(unsigned seed, std::size_t size) {
   std::string bytes(size, '\0');
   for (char& c : bytes) c = static_cast<char>(generator());
   return bytes;
+}
+
+enum class Lan { kSocket, kVxi11, kHislip };
+
+// VXI-11 straight to the core channel.
+std::string Resource(Lan lan, std::uint16_t port) {
+  const std::string at = "TCPIP0::127.0.0.1:" + std::string(lan == Lan::kVxi11 ? "core:" : ":");
+  return lan == Lan::kSocket  ? at + std::to_string(port) + "::SOCKET"
+         : lan == Lan::kVxi11 ? at + std::to_string(port) + "::INSTR"
+                              : at + "hislip0," + std::to_string(port) + "::INSTR";
+}
+
+ViStatus Open(const std::string& resource, int timeout_ms,
+              std::unique_ptr<visa::Transport>* transport) {
+  visa::ResourceAddress address;
+  const ViStatus parsed = visa::ParseResourceName(resource, &address);
+  return parsed != VI_SUCCESS ? parsed : visa::OpenTransport(address, In(timeout_ms), transport);
 }
 
 std::string Framed(const xdr::Writer& record) {
@@ -103,17 +120,20 @@ TEST(ServerRobustnessTest, ServersAnswerBadCallsAndSurviveGarbage) {
   ASSERT_TRUE(core.Start(&error) && hislip_server.Start(&error)) << error;
   sim::PortmapperServer portmapper("127.0.0.1", 0, core.port());
   ASSERT_TRUE(portmapper.Start(&error)) << error;
+  using enum hislip::MessageType;
   enum Server { kCore, kPortmapper, kHislip };
-  constexpr std::pair<int, int> kNoReply{-1, -1};
-  constexpr std::pair<int, int> kUnchecked{-2, -2};
-  xdr::Writer read;
+  constexpr std::pair<int, int> kNoReply{-1, -1}, kUnchecked{-2, -2};
+  const auto core_call = [](std::uint32_t procedure, const std::string& arguments) {
+    return Call(vxi11::kCoreProgram, 1, procedure, arguments);
+  };
+  xdr::Writer read, reply, random_record;
   vxi11::Put(read, vxi11::DeviceReadParms{12345, 100, 100, 0, 0, 0});
-  xdr::Writer reply;
   rpc::PutAcceptedReply(reply, 1, rpc::AcceptStat::kSuccess);
-  xdr::Writer random_record;
   random_record.PutRaw(xdr::AsBytes(RandomBytes(2, 400)));
-  const std::string kInitialize = Header(hislip::MessageType::kInitialize, 7) + "hislip0";
-  const int kCoreProgram = vxi11::kCoreProgram;
+  const std::string initialize = Header(kInitialize, 7) + "hislip0", huge("\xff\xff\xff\xff", 4);
+  const std::string link_1("\0\0\0\1", 4), no_link = Str(read.bytes());
+  const std::string lying_write = link_1 + std::string(11, '\0') + "\x08\x7f\xff\xff\xff";
+  const int invalid_link = static_cast<int>(vxi11::kInvalidLinkIdentifier);
   const struct {
     const char* what;
     Server server;
@@ -121,42 +141,27 @@ TEST(ServerRobustnessTest, ServersAnswerBadCallsAndSurviveGarbage) {
     std::pair<int, int> reply;
   } cases[] = {
       {"another program", kCore, Call(0x0607B0, 1, 1), {1, -1}},
-      {"another version", kCore, Call(kCoreProgram, 7, vxi11::kCreateLink), {2, -1}},
-      {"unknown procedure", kCore, Call(kCoreProgram, 1, 99), {3, -1}},
-      {"create_link cut short", kCore, Call(kCoreProgram, 1, vxi11::kCreateLink, "\0\0"), {4, -1}},
-      {"device_unlock takes a link id alone",
-       kCore,
-       Call(kCoreProgram, 1, vxi11::kDeviceUnlock, std::string("\0\0\0\1", 4)),
-       {0, 4}},
-      {"device_write lying about its data",
-       kCore,
-       Call(kCoreProgram, 1, vxi11::kDeviceWrite,
-            std::string("\0\0\0\1\0\0\0\0\0\0\0\0\0\0\0\x08\x7f\xff\xff\xff", 20)),
-       {4, -1}},
-      {"a read on a link never created",
-       kCore,
-       Call(kCoreProgram, 1, vxi11::kDeviceRead, Str(read.bytes())),
-       {0, static_cast<int>(vxi11::kInvalidLinkIdentifier)}},
+      {"another version", kCore, Call(vxi11::kCoreProgram, 7, vxi11::kCreateLink), {2, -1}},
+      {"unknown procedure", kCore, core_call(99, ""), {3, -1}},
+      {"create_link cut short", kCore, core_call(vxi11::kCreateLink, "\0\0"), {4, -1}},
+      {"unlock of a link id alone", kCore, core_call(vxi11::kDeviceUnlock, link_1), {0, 4}},
+      {"write lying about its data", kCore, core_call(vxi11::kDeviceWrite, lying_write), {4, -1}},
+      {"read on no link", kCore, core_call(vxi11::kDeviceRead, no_link), {0, invalid_link}},
       {"a reply instead of a call", kCore, Framed(reply), kNoReply},
-      {"huge fragment", kCore, std::string("\xff\xff\xff\xff", 4) + "abc", kNoReply},
+      {"huge fragment", kCore, huge + "abc", kNoReply},
       {"text", kCore, "GET / HTTP/1.0\r\n\r\n", kNoReply},
       {"random", kCore, RandomBytes(1, 3000), kNoReply},
       {"random records", kCore, Framed(random_record), kNoReply},
       {"random", kPortmapper, RandomBytes(3, 5000), kNoReply},
-      {"huge fragment", kPortmapper, std::string("\xff\xff\xff\xff", 4), kNoReply},
+      {"huge fragment", kPortmapper, huge, kNoReply},
       {"unknown procedure", kPortmapper, Call(100000, 2, 77), {3, -1}},
-      {"getport cut short",
-       kPortmapper,
-       Call(100000, 2, visa::portmapper::kProcGetPort, "\0\0"),
-       {4, -1}},
+      {"getport cut short", kPortmapper, Call(100000, 2, visa::portmapper::kProcGetPort), {4, -1}},
       {"random", kHislip, RandomBytes(4, 5000), kUnchecked},
       {"short prologue", kHislip, "HS", kUnchecked},
-      {"huge initialize", kHislip, Header(hislip::MessageType::kInitialize, ~0ull), kUnchecked},
-      {"async initialize of no session", kHislip,
-       Header(hislip::MessageType::kAsyncInitialize, 0, 0, 1), kUnchecked},
-      {"huge data", kHislip, kInitialize + Header(hislip::MessageType::kDataEnd, 1ull << 40) + "x",
-       kUnchecked},
-      {"random after initialize", kHislip, kInitialize + RandomBytes(5, 100), kUnchecked},
+      {"huge initialize", kHislip, Header(kInitialize, ~0ull), kUnchecked},
+      {"async initialize of no session", kHislip, Header(kAsyncInitialize, 0, 0, 1), kUnchecked},
+      {"huge data", kHislip, initialize + Header(kDataEnd, 1ull << 40) + "x", kUnchecked},
+      {"random after initialize", kHislip, initialize + RandomBytes(5, 100), kUnchecked},
   };
   for (const auto& c : cases) {
     const std::uint16_t ports[] = {core.port(), portmapper.port(), hislip_server.port()};
@@ -165,19 +170,15 @@ TEST(ServerRobustnessTest, ServersAnswerBadCallsAndSurviveGarbage) {
       EXPECT_EQ(ReplyOf(received), c.reply) << c.what;
     }
   }
-  std::unique_ptr<visa::Transport> transport;
-  ASSERT_EQ(visa::OpenVxi11Transport("127.0.0.1:" + std::to_string(portmapper.port()), "inst0",
-                                     In(2000), &transport),
-            VI_SUCCESS);
-  std::string answer;
-  ASSERT_EQ(Query(*transport, "*IDN?", &answer), VI_SUCCESS);
-  EXPECT_EQ(answer, kIdn);
-  transport.reset();
-  ASSERT_EQ(
-      visa::OpenHislipTransport("127.0.0.1", "hislip0", hislip_server.port(), In(2000), &transport),
-      VI_SUCCESS);
-  ASSERT_EQ(Query(*transport, "*IDN?", &answer), VI_SUCCESS);
-  EXPECT_EQ(answer, kIdn);
+  for (const std::string& resource :
+       {"TCPIP0::127.0.0.1:" + std::to_string(portmapper.port()) + "::inst0::INSTR",
+        Resource(Lan::kHislip, hislip_server.port())}) {
+    std::unique_ptr<visa::Transport> transport;
+    std::string answer;
+    ASSERT_EQ(Open(resource, 2000, &transport), VI_SUCCESS) << resource;
+    ASSERT_EQ(Query(*transport, "*IDN?", &answer), VI_SUCCESS);
+    EXPECT_EQ(answer, kIdn);
+  }
 }
 
 // A server that answers each message a client sends on each connection from a script, to
@@ -247,24 +248,15 @@ ScriptedServer::Step Reply(std::string bytes) {
   return [bytes](const std::string&) { return bytes; };
 }
 
-// An RPC reply to the call in `received` (its xid), carrying `results`.
-std::string RpcReply(const std::string& received, const xdr::Writer& results) {
-  std::uint32_t xid = 0;
-  if (received.size() >= 8) {
-    xdr::Reader reader(xdr::AsBytes(received).subspan(4));
-    reader.GetUint32(&xid);
-  }
-  xdr::Writer reply;
-  rpc::PutAcceptedReply(reply, xid, rpc::AcceptStat::kSuccess);
-  reply.PutRaw(results.bytes());
-  return Framed(reply);
-}
-
+// Answers the RPC call it receives (with its xid) with `results`.
 ScriptedServer::Step ReplyWithResults(std::string results) {
   return [results](const std::string& received) {
-    xdr::Writer writer;
-    writer.PutRaw(xdr::AsBytes(results));
-    return RpcReply(received, writer);
+    std::uint32_t xid = 0;
+    if (received.size() >= 8) xdr::Reader(xdr::AsBytes(received).subspan(4)).GetUint32(&xid);
+    xdr::Writer reply;
+    rpc::PutAcceptedReply(reply, xid, rpc::AcceptStat::kSuccess);
+    reply.PutRaw(xdr::AsBytes(results));
+    return Framed(reply);
   };
 }
 
@@ -296,7 +288,9 @@ TEST(ClientRobustnessTest, ClientsFailCleanlyOnAnyServerBytes) {
   // Error 0, link 1, abort port 0, maxRecvSize 1024.
   const auto create_link = ReplyWithResults(std::string("\0\0\0\0\0\0\0\1\0\0\0\0\0\0\4\0", 16));
   const auto initialized = HislipReply(kInitializeResponse, 1);
-  const auto read_answer = [&](std::string results) {  // the link opened, the query written
+  const std::string zeros(12, '\0');
+  const std::string read_cut("\0\0\0\0\0\0\0\4\0\0\0P", 12);  // END, 80 bytes never sent
+  const auto read_answer = [&](std::string results) {         // the link opened, the query written
     return std::vector{create_link, ReplyWithResults(write_ok), ReplyWithResults(results)};
   };
   const struct {
@@ -309,12 +303,8 @@ TEST(ClientRobustnessTest, ClientsFailCleanlyOnAnyServerBytes) {
       {"random bytes", false, {Reply(RandomBytes(6, 1000))}, false},
       {"huge fragment", false, {Reply(std::string("\x7f\xff\xff\xff", 4) + "abcd")}, false},
       {"create_link cut short", false, {ReplyWithResults(std::string(8, '\0'))}, false},
-      {"create_link error",
-       false,
-       {ReplyWithResults(std::string("\0\0\0\3", 4) + std::string(12, '\0'))},
-       false},
-      {"read reply cut short", false, read_answer(std::string("\0\0\0\0\0\0\0\4\0\0\0P", 12)),
-       true},
+      {"create_link error", false, {ReplyWithResults(std::string("\0\0\0\3", 4) + zeros)}, false},
+      {"read reply cut short", false, read_answer(read_cut), true},
       {"read reply of random words", false, read_answer(RandomBytes(7, 64)), true},
       {"read reply with an unknown error", false, read_answer(std::string("\0\0\0c", 4)), true},
       {"silence after the write", false, {create_link, ReplyWithResults(write_ok)}, true},
@@ -322,10 +312,7 @@ TEST(ClientRobustnessTest, ClientsFailCleanlyOnAnyServerBytes) {
       {"fatal error", true, {HislipReply(kFatalError)}, false},
       {"huge payload on the response", true, {Reply(Header(kInitializeResponse, ~0ull))}, false},
       {"random", true, {Reply(RandomBytes(8, 500))}, false},
-      {"data with a lying length",
-       true,
-       {initialized, AnswerFirst(kDataEnd, 1ull << 62, "a")},
-       true},
+      {"lying data length", true, {initialized, AnswerFirst(kDataEnd, 1ull << 62, "a")}, true},
       {"bad header mid-session", true, {initialized, Reply(RandomBytes(9, 64))}, true},
       {"error message", true, {initialized, HislipReply(kError, 0, "no")}, true},
       {"fatal error mid-session", true, {initialized, HislipReply(kFatalError)}, true},
@@ -338,10 +325,7 @@ TEST(ClientRobustnessTest, ClientsFailCleanlyOnAnyServerBytes) {
     std::unique_ptr<visa::Transport> transport;
     const auto start = Clock::now();
     const ViStatus opened =
-        c.hislip
-            ? visa::OpenHislipTransport("127.0.0.1", "hislip0", server.port(), In(300), &transport)
-            : visa::OpenVxi11Transport("127.0.0.1:core:" + std::to_string(server.port()), "inst0",
-                                       In(300), &transport);
+        Open(Resource(c.hislip ? Lan::kHislip : Lan::kVxi11, server.port()), 300, &transport);
     ASSERT_EQ(opened == VI_SUCCESS, c.opens) << c.what << " " << std::hex << opened;
     if (c.opens) {
       std::string reply;
@@ -371,9 +355,7 @@ TEST(ClientRobustnessTest, ReadsAndDiscardsEndAtTheirTimeOutAgainstAnEndlessTalk
       ViSession rm = VI_NULL;
       ViSession vi = VI_NULL;
       ASSERT_EQ(viOpenDefaultRM(&rm), VI_SUCCESS);
-      const std::string port = std::to_string(server.port());
-      const std::string resource = hislip ? "TCPIP0::127.0.0.1::hislip0," + port + "::INSTR"
-                                          : "TCPIP0::127.0.0.1::" + port + "::SOCKET";
+      const std::string resource = Resource(hislip ? Lan::kHislip : Lan::kSocket, server.port());
       ASSERT_EQ(viOpen(rm, resource.c_str(), VI_NO_LOCK, 2000, &vi), VI_SUCCESS);
       ASSERT_EQ(viSetAttribute(vi, VI_ATTR_TMO_VALUE, kTimeoutMs), VI_SUCCESS);
       ASSERT_EQ(viPrintf(vi, "QUERY?\n"), VI_SUCCESS);
@@ -392,7 +374,7 @@ TEST(ClientRobustnessTest, ReadsAndDiscardsEndAtTheirTimeOutAgainstAnEndlessTalk
 }
 
 // Ten connections are held (one served, nine waiting their turn); the eleventh is refused at
-// once, in its protocol's words, instead of being left waiting in silence.
+// once, in its protocol's words (the socket server closes it), instead of left waiting in silence.
 TEST(ConnectionLimitTest, EleventhClientIsRefusedClearly) {
   CannedHandler handler;
   sim::SocketServer socket(handler, "127.0.0.1", 0);
@@ -400,36 +382,26 @@ TEST(ConnectionLimitTest, EleventhClientIsRefusedClearly) {
   sim::HislipServer hislip(handler, "127.0.0.1", 0);
   std::string error;
   ASSERT_TRUE(socket.Start(&error) && core.Start(&error) && hislip.Start(&error)) << error;
-  const auto occupy = [](std::uint16_t port) {
+  const struct {
+    Lan lan;
+    std::uint16_t port;
+    ViStatus status;  // of the open, or of the first read when the open succeeds
+  } cases[] = {{Lan::kSocket, socket.port(), VI_ERROR_CONN_LOST},
+               {Lan::kVxi11, core.port(), VI_ERROR_RSRC_BUSY},
+               {Lan::kHislip, hislip.port(), VI_ERROR_RSRC_NFOUND}};
+  for (const auto& c : cases) {
     std::vector<std::unique_ptr<visa::TcpConnection>> held(10);
     for (auto& connection : held) {
-      EXPECT_EQ(visa::TcpConnection::Connect("127.0.0.1", port, In(1000), &connection), VI_SUCCESS);
+      ASSERT_EQ(visa::TcpConnection::Connect("127.0.0.1", c.port, In(1000), &connection),
+                VI_SUCCESS);
     }
-    return held;
-  };
-  {
-    const auto held = occupy(socket.port());
-    std::unique_ptr<visa::TcpConnection> extra;
-    ASSERT_EQ(visa::TcpConnection::Connect("127.0.0.1", socket.port(), In(1000), &extra),
-              VI_SUCCESS);
-    std::byte byte[1];
-    std::size_t count = 0;
-    EXPECT_EQ(extra->ReceiveSome(byte, In(1000), &count), VI_ERROR_CONN_LOST);
-  }
-  {
-    const auto held = occupy(core.port());
-    std::unique_ptr<visa::Transport> extra;
-    EXPECT_EQ(visa::OpenVxi11Transport("127.0.0.1:core:" + std::to_string(core.port()), "inst0",
-                                       In(1000), &extra),
-              VI_ERROR_RSRC_BUSY);
-  }
-  {
-    const auto held = occupy(hislip.port());
-    std::unique_ptr<visa::Transport> extra;
     const auto start = Clock::now();
-    EXPECT_NE(visa::OpenHislipTransport("127.0.0.1", "hislip0", hislip.port(), In(1000), &extra),
-              VI_SUCCESS);
-    EXPECT_LT(Clock::now() - start, std::chrono::milliseconds(600));
+    std::unique_ptr<visa::Transport> extra;
+    std::string reply;
+    ViStatus status = Open(Resource(c.lan, c.port), 1000, &extra);
+    if (status == VI_SUCCESS) status = ReadMessage(*extra, In(1000), &reply);
+    EXPECT_EQ(status, c.status) << static_cast<int>(c.lan);
+    EXPECT_LT(Clock::now() - start, std::chrono::milliseconds(600)) << static_cast<int>(c.lan);
   }
 }
 

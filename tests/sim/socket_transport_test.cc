@@ -1,6 +1,6 @@
-// The in-process simulator's raw socket over real loopback TCP: faults, bad bytes, one client
-// after another, the traffic log. (Queries, blocks, garbled and cut replies and silence over
-// this socket are in the link, readback and capture tests.)
+// The in-process simulator's raw socket over real loopback TCP: bad bytes, one client after
+// another, the traffic log, latency. (Queries, blocks and the faults over this socket are in the
+// link, readback and capture tests and the window's fault matrix.)
 #include <gtest/gtest.h>
 
 #include <chrono>
@@ -47,29 +47,6 @@ TEST_F(SocketTransportTest, TrafficLogHoldsMessagesAndSummarisedReplies) {
   EXPECT_LE(traffic.front().seconds, traffic.back().seconds);
   simulator_->ClearTraffic();
   EXPECT_TRUE(simulator_->Traffic().empty());
-}
-
-TEST_F(SocketTransportTest, DelayHoldsEveryReplyBack) {
-  LoopbackClient client(simulator_->socket_port());
-  client.Send(":SIMulate:DELay 400\n*IDN?\n");
-  EXPECT_FALSE(client.ReadLine(kShort));  // not yet
-  EXPECT_TRUE(client.ReadLine(kWait));
-  client.Send(":SIMulate:DELay 0;:SIMulate:DELay?\n");
-  EXPECT_EQ(client.ReadLine(kWait), "+0\n");
-}
-
-TEST_F(SocketTransportTest, DropClosesTheConnectionAfterTheMessagesServed) {
-  {
-    LoopbackClient client(simulator_->socket_port());
-    client.Send(":SIMulate:DROP 1\n*IDN?\n");
-    EXPECT_TRUE(client.ReadLine(kWait));  // the one message still served
-    client.Send("*IDN?\n");
-    EXPECT_TRUE(client.PeerClosed(kWait));
-    EXPECT_EQ(client.buffered(), 0u);
-  }
-  LoopbackClient next(simulator_->socket_port());  // the next client is served as usual
-  next.Send("*OPC?\n");
-  EXPECT_EQ(next.ReadLine(kWait), "1\n");
 }
 
 TEST_F(SocketTransportTest, BadBytesNeitherCrashNorStopTheServer) {

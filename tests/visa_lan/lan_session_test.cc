@@ -100,15 +100,6 @@ class LanSessionTest : public ::testing::TestWithParam<Protocol> {
     return transport;
   }
 
-  // Through the portmapper.
-  std::unique_ptr<Transport> OpenVxi11() {
-    std::unique_ptr<Transport> transport;
-    EXPECT_EQ(visa::OpenVxi11Transport("127.0.0.1:" + std::to_string(portmapper_->port()), "inst0",
-                                       In(2000), &transport),
-              VI_SUCCESS);
-    return transport;
-  }
-
   CannedHandler handler_;
   std::unique_ptr<sim::Vxi11Server> core_;
   std::unique_ptr<sim::PortmapperServer> portmapper_;
@@ -222,6 +213,7 @@ class HislipTest : public LanSessionTest {};
 
 INSTANTIATE_TEST_SUITE_P(Protocol, HislipTest, ::testing::Values(Protocol::kHislip), ProtocolName);
 
+// A new message also interrupts a reply not yet sent.
 TEST_P(HislipTest, MessageIdsStartAtTheFirstIdAndStepByTwoPerMessage) {
   StartHislip({.max_message_size = 32});
   auto transport = OpenHislip();
@@ -237,6 +229,10 @@ TEST_P(HislipTest, MessageIdsStartAtTheFirstIdAndStepByTwoPerMessage) {
   EXPECT_EQ(reply, text + "\n");
   EXPECT_EQ(transport->next_message_id(), hislip::kFirstMessageId + 8);
   EXPECT_EQ(handler_.messages().back(), "ECHO " + text);
+  ASSERT_EQ(WriteMessage(*transport, "SLOW?\n", In(2000)), VI_SUCCESS);
+  ASSERT_EQ(Query(*transport, "*IDN?", &reply), VI_SUCCESS);
+  EXPECT_EQ(reply, kIdn);
+  EXPECT_EQ(handler_.interrupted.load(), 1);
 }
 
 // Servers as real instruments run them: starting overlapped (and granting synchronised mode,
@@ -313,52 +309,32 @@ TEST_P(HislipTest, WriteTimeOutMidMessageThenAGoodExchange) {
   EXPECT_EQ(handler_.cleared.load(), 1);
 }
 
-TEST_P(HislipTest, NewMessageInterruptsAReplyNotYetSent) {
-  StartHislip();
-  auto transport = OpenHislip();
-  ASSERT_NE(transport, nullptr);
-  ASSERT_EQ(WriteMessage(*transport, "SLOW?\n", In(2000)), VI_SUCCESS);
-  std::string reply;
-  ASSERT_EQ(Query(*transport, "*IDN?", &reply), VI_SUCCESS);
-  EXPECT_EQ(reply, kIdn);
-  EXPECT_EQ(handler_.interrupted.load(), 1);
-}
-
 // Raw HiSLIP exchanges with the server, for what a well-behaved client never sends.
 class RawHislip {
  public:
   explicit RawHislip(std::uint16_t port) {
-    EXPECT_EQ(visa::TcpConnection::Connect("127.0.0.1", port, In(1000), &stream_), VI_SUCCESS);
+    std::unique_ptr<visa::TcpConnection> stream;
+    EXPECT_EQ(visa::TcpConnection::Connect("127.0.0.1", port, In(1000), &stream), VI_SUCCESS);
+    channel_ = std::make_unique<visa::HislipChannel>(std::move(stream));
   }
   void Send(const hislip::Header& header, std::string_view payload = {}) {
-    const auto head = hislip::EncodeHeader(header);
-    ASSERT_EQ(stream_->SendAll(head, In(1000)), VI_SUCCESS);
-    ASSERT_EQ(stream_->SendAll(std::as_bytes(std::span(payload.data(), payload.size())), In(1000)),
-              VI_SUCCESS);
+    EXPECT_EQ(channel_->Send(header, std::as_bytes(std::span(payload)), In(1000)), VI_SUCCESS);
   }
   // The next header, or nullopt when the server closed the connection.
   std::optional<hislip::Header> Receive(std::string* payload = nullptr) {
-    hislip::HeaderBytes bytes;
-    if (!ReceiveExact(bytes)) return std::nullopt;
     hislip::Header header;
-    EXPECT_TRUE(hislip::DecodeHeader(bytes, &header));
+    if (channel_->ReceiveHeader(In(1000), &header) != VI_SUCCESS) return std::nullopt;
     std::string data(header.payload_length, '\0');
-    if (!ReceiveExact(std::as_writable_bytes(std::span(data)))) return std::nullopt;
+    for (std::size_t done = 0, count = 0; done < data.size(); done += count) {
+      const auto rest = std::as_writable_bytes(std::span(data)).subspan(done);
+      if (channel_->ReceiveSome(rest, In(1000), &count) != VI_SUCCESS) return std::nullopt;
+    }
     if (payload != nullptr) *payload = data;
     return header;
   }
 
  private:
-  bool ReceiveExact(std::span<std::byte> buffer) {
-    std::size_t done = 0;
-    while (done < buffer.size()) {
-      std::size_t count = 0;
-      if (stream_->ReceiveSome(buffer.subspan(done), In(1000), &count) != VI_SUCCESS) return false;
-      done += count;
-    }
-    return true;
-  }
-  std::unique_ptr<visa::TcpConnection> stream_;
+  std::unique_ptr<visa::HislipChannel> channel_;
 };
 
 // The type, control and parameter of a received header, or nothing when the server closed.
@@ -420,11 +396,14 @@ class Vxi11Test : public LanSessionTest {};
 
 INSTANTIATE_TEST_SUITE_P(Protocol, Vxi11Test, ::testing::Values(Protocol::kVxi11), ProtocolName);
 
+// The link is found through a portmapper whose reply lacks the last-fragment bit.
 TEST_P(Vxi11Test, WritesAreSplitToTheLinksMaxRecvSize) {
   // The server refuses any device_write larger than what it announced.
-  StartVxi11({.max_recv_size = 1024, .max_read_size = 0});
-  auto transport = OpenVxi11();
-  ASSERT_NE(transport, nullptr);
+  StartVxi11({.max_recv_size = 1024, .max_read_size = 0}, /*omit_last_fragment_bit=*/true);
+  std::unique_ptr<Transport> transport;
+  ASSERT_EQ(visa::OpenVxi11Transport("127.0.0.1:" + std::to_string(portmapper_->port()), "inst0",
+                                     In(2000), &transport),
+            VI_SUCCESS);
   std::string text(5000, 'x');
   for (std::size_t i = 0; i < text.size(); i += 97) text[i] = static_cast<char>('a' + i % 26);
   std::string reply;
@@ -436,7 +415,7 @@ TEST_P(Vxi11Test, WritesAreSplitToTheLinksMaxRecvSize) {
 // that answer, so the next exchange does not queue behind it.
 TEST_P(Vxi11Test, LateTimeOutReplyIsReceivedNotLeftPending) {
   StartVxi11({.late_timeout_reply = std::chrono::milliseconds(400)});
-  auto transport = OpenVxi11();
+  auto transport = Open();
   ASSERT_NE(transport, nullptr);
   std::string reply;
   EXPECT_EQ(Query(*transport, "SLOW?", &reply, 150), VI_ERROR_TMO);
@@ -446,22 +425,14 @@ TEST_P(Vxi11Test, LateTimeOutReplyIsReceivedNotLeftPending) {
   EXPECT_LT(Clock::now() - start, std::chrono::milliseconds(250));
 }
 
-TEST_P(Vxi11Test, PortmapperReplyWithoutTheLastFragmentBit) {
-  StartVxi11({}, /*omit_last_fragment_bit=*/true);
-  auto transport = OpenVxi11();
-  ASSERT_NE(transport, nullptr);
-  std::string reply;
-  EXPECT_EQ(Query(*transport, "*IDN?", &reply), VI_SUCCESS);
-}
-
 TEST_P(Vxi11Test, LinkLimitIsABusyResourceAndClosingFreesTheLink) {
   StartVxi11({.max_links = 1});
-  std::unique_ptr<Transport> link = OpenVxi11();
+  std::unique_ptr<Transport> link = Open();
   ASSERT_NE(link, nullptr);
   EXPECT_EQ(core_->live_links(), 1);
   link.reset();
   EXPECT_EQ(core_->live_links(), 0) << "destroy_link landed";
-  link = OpenVxi11();
+  link = Open();
   ASSERT_NE(link, nullptr);
   link.reset();
   StartVxi11({.max_links = 0});
@@ -470,7 +441,7 @@ TEST_P(Vxi11Test, LinkLimitIsABusyResourceAndClosingFreesTheLink) {
 
 TEST_P(Vxi11Test, LateWriteReplyWithinTheGraceThenAGoodExchange) {
   StartVxi11();
-  auto transport = OpenVxi11();
+  auto transport = Open();
   ASSERT_NE(transport, nullptr);
   // The instrument is busy with the message and answers the device_write after io_timeout;
   // the answer is waited for, so nothing is left over.

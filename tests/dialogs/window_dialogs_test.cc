@@ -23,22 +23,21 @@ TEST_F(WindowDialogsTest, ModalDialogToolsOpenTheirDialog) {
   const struct {
     const char* tool;
     const char* dialog;
-    const char* title;
     const char* sent_first;  // "" when the tool sends nothing before the dialog
-  } cases[] = {{"ID_MATHSET", "frmMath", "MATH Settings", ":FUNC1:DISPlay 1"},
-               {"ID_DISPANN", "frmAnnotation", "Annotation", ""},
-               {"ID_About", "frmAbout", "About QUARVELO", ""}};
+  } cases[] = {{"ID_MATHSET", "frmMath", ":FUNC1:DISPlay 1"},
+               {"ID_DISPANN", "frmAnnotation", ""},
+               {"ID_About", "frmAbout", ""}};
   for (const auto& c : cases) {
     SCOPED_TRACE(c.tool);
     QString shown;
     QTimer::singleShot(0, [&shown] {
       QWidget* dialog = QApplication::activeModalWidget();
       ASSERT_NE(dialog, nullptr);
-      shown = dialog->objectName() + "|" + dialog->windowTitle();
+      shown = dialog->objectName();
       dialog->close();
     });
     Trigger(c.tool);
-    EXPECT_EQ(shown, QString(c.dialog) + "|" + c.title);
+    EXPECT_EQ(shown, c.dialog);
     EXPECT_TRUE(*c.sent_first == '\0' || Received({c.sent_first}));
   }
 }
@@ -73,7 +72,6 @@ TEST_F(WindowDialogsTest, HelpToolOpensTheGuideInAWindowOfItsOwn) {
   ASSERT_NE(guide, nullptr);
   EXPECT_TRUE(guide->isVisible());
   EXPECT_EQ(guide->parentWidget(), nullptr);
-  EXPECT_EQ(guide->windowTitle(), "QUARVELO Help");
 }
 
 }  // namespace

@@ -92,43 +92,16 @@ TEST(VisaApi, TimeoutAttributeAndMasks) {
   EXPECT_EQ(viFlush(vi, VI_READ_BUF | VI_WRITE_BUF), VI_SUCCESS);
   EXPECT_EQ(viFlush(rm, VI_READ_BUF), VI_ERROR_NSUP_OPER);
   EXPECT_EQ(viFlush(0xFFFF, VI_READ_BUF), VI_ERROR_INV_OBJECT);
-
-  // Formatted write with arguments reaches the instrument as text; a raw socket has no status
-  // byte, and its device clear reaches no instrument but succeeds.
-  ASSERT_EQ(viPrintf(vi, "ECHO :CHANnel%d:SCALe %g\n", 1, 0.5), VI_SUCCESS);
-  char echo[64] = {};
-  ASSERT_EQ(viScanf(vi, "%t", echo), VI_SUCCESS);
-  EXPECT_STREQ(echo, ":CHANnel1:SCALe 0.5\n");
-  ViUInt16 status_byte = 0;
-  EXPECT_EQ(viReadSTB(vi, &status_byte), VI_ERROR_NSUP_OPER);
-  EXPECT_EQ(viClear(vi), VI_SUCCESS);
   viClose(rm);
 }
 
-#define N(status) std::pair<ViStatus, std::string>(status, #status)
-
-TEST(VisaApi, EveryReturnedStatusHasItsStandardText) {
-  // clang-format off
-  const std::pair<ViStatus, std::string> statuses[] = {
-      N(VI_SUCCESS), N(VI_SUCCESS_MAX_CNT), N(VI_WARN_NULL_OBJECT), N(VI_ERROR_INV_OBJECT),
-      N(VI_ERROR_RSRC_NFOUND), N(VI_ERROR_INV_RSRC_NAME), N(VI_ERROR_INV_ACC_MODE),
-      N(VI_ERROR_TMO), N(VI_ERROR_NSUP_ATTR), N(VI_ERROR_NSUP_ATTR_STATE), N(VI_ERROR_INV_MASK),
-      N(VI_ERROR_IO), N(VI_ERROR_INV_FMT), N(VI_ERROR_NSUP_FMT), N(VI_ERROR_NSUP_OPER),
-      N(VI_ERROR_USER_BUF), N(VI_ERROR_RSRC_BUSY), N(VI_ERROR_INV_PARAMETER),
-      N(VI_ERROR_CONN_LOST), N(VI_ERROR_NPERMISSION)};
-  // clang-format on
+TEST(VisaApi, StatusTextsAndUnknownStatus) {
   char text[256];
-  for (const auto& [status, name] : statuses) {
-    ASSERT_EQ(viStatusDesc(VI_NULL, status, text), VI_SUCCESS) << name;
-    EXPECT_EQ(std::string(text).rfind(name + ": ", 0), 0u) << text;
-    EXPECT_GT(std::string(text).size(), name.size() + 12) << text;
-  }
   ASSERT_EQ(viStatusDesc(VI_NULL, VI_ERROR_TMO, text), VI_SUCCESS);
   EXPECT_STREQ(text, "VI_ERROR_TMO: Timeout expired before operation completed.");
   EXPECT_EQ(viStatusDesc(VI_NULL, 0x12345, text), VI_WARN_UNKNOWN_STATUS);
   EXPECT_EQ(std::string(text).rfind("VI_WARN_UNKNOWN_STATUS", 0), 0u);
 }
-#undef N
 
 }  // namespace
 }  // namespace quarvelo::visa

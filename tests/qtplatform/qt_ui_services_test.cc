@@ -33,11 +33,6 @@ class QtUiServicesTest : public testing::Test {
   QtUiServices ui_;
 };
 
-TEST_F(QtUiServicesTest, StatusLineShowsTrimmedText) {
-  ui_.ShowStatus("  INST Error: -113,\"Undefined header\"\n");
-  EXPECT_EQ(status_->text(), "INST Error: -113,\"Undefined header\"");
-}
-
 TEST_F(QtUiServicesTest, IndicatorAndTimersFollowTheCalls) {
   ui_.SetActivityColour(ui::MakeRgb(255, 0, 0));
   EXPECT_EQ(activity_->Colour(), QColor(255, 0, 0));

@@ -6,6 +6,7 @@
 #include <cmath>
 #include <functional>
 #include <numbers>
+#include <utility>
 #include <vector>
 
 #include "spectrum/spectrum_host.h"
@@ -34,7 +35,7 @@ class MemorySampleStore : public SampleStore {
 
 class FakeSpectrumHost : public SpectrumHost {
  public:
-  void SetProgressRange(int, int) override {}
+  void SetProgressRange(int minimum, int maximum) override { progress_range = {minimum, maximum}; }
   void SetProgressValue(double value) override { progress_values.push_back(value); }
   bool WindowMinimised() const override { return minimised; }
   double SampleRate() const override { return sample_rate; }
@@ -59,6 +60,7 @@ class FakeSpectrumHost : public SpectrumHost {
   int reference_channel = 1;
   std::function<void()> on_draw;
 
+  std::pair<int, int> progress_range{-1, -1};
   std::vector<double> progress_values;
   std::vector<int> drawn_channels;
   int status_panel_redraws = 0;

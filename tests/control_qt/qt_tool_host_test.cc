@@ -212,7 +212,9 @@ class EventLog : public QObject {
   std::vector<std::string> events;
 };
 
+// The channel menu is hidden from the menu bar (as on a two-channel model) and still opens.
 TEST_F(QtToolHostTest, ChannelArrowOpensTheChannelMenuBetweenRequestAndClose) {
+  host_.SetToolVisible("mnu_Channel", false);
   window_->show();
   auto* button = qobject_cast<QToolButton*>(ToolbarWidget("Channels", "ID_CH2"));
   ASSERT_NE(button, nullptr);
@@ -273,14 +275,6 @@ TEST_F(QtToolHostTest, SetToolbarForTwoChannelsHidesTheirToolsOnScreenUntilShown
   host_.SetToolVisible("ID_CH3", true);
   Settle();
   EXPECT_TRUE(ToolbarWidget("Channels", "ID_CH3")->isVisible());
-  // The hidden channel menu still opens as the channel buttons' pop-up.
-  QTimer::singleShot(0, [] {
-    if (QWidget* popup = QApplication::activePopupWidget()) popup->close();
-  });
-  QWidget* button = ToolbarWidget("Channels", "ID_CH1");
-  EventLog log(host_);
-  QTest::mouseClick(button, Qt::LeftButton, {}, QPoint(button->width() - 3, button->height() / 2));
-  EXPECT_THAT(log.events, ElementsAre("drop ID_CH1", "click mnu_Channel", "closed ID_CH1"));
 }
 
 }  // namespace

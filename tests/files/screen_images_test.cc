@@ -76,7 +76,6 @@ TEST(ScreenImagesTest, ScreenShootThenSaveImageWritesTheProgramsDrawing) {
   const std::string path = folder.File("mine.bmp");
   h.ui.QueueSaveFileAnswer(path);
   images.SaveScreenImage();
-  EXPECT_EQ(h.ui.save_requests().at(1).title, "Save BMP File");
   EXPECT_EQ(h.ui.save_requests().at(1).initial_path, folder.path());
   EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.path()), {}), 1);
   const QImage saved(QString::fromStdString(path), "BMP");

@@ -196,6 +196,15 @@ void ScreenView::DrawPanel(SurfacePainter& painter) {
   ScreenLayout& layout = records_.layout;
   const double left = layout.GridRight + 30;
   const double right = layout.Width - 30;
+  // The boxes move when the surface changes height: what an earlier layout drew goes first.
+  painter.SetFontSize(10);
+  const double large = painter.TextHeight();
+  painter.SetFontSize(8);
+  const double channels_box_top = (layout.FullBottom - layout.FullTop) / 2 + 30;
+  const double channels_bottom =
+      channels_box_top + 1.5 * painter.TextHeight() + large + 4.5 * painter.TextHeight();
+  painter.FillBox(left, 30, right, std::max(panel_bottom_, channels_bottom), Qt::black);
+
   painter.SetFontSize(10);
   painter.FillBox(left, 30, right, layout.FullTop - 30, kTitleFillColour);
   painter.Box(left, 30, right, layout.FullTop - 30, kOutlineColour);
@@ -207,12 +216,6 @@ void ScreenView::DrawPanel(SurfacePainter& painter) {
   PrintAcquisitionLines(painter);
 
   // Header, the trigger line at 10 points and one line per channel.
-  painter.SetFontSize(10);
-  const double large = painter.TextHeight();
-  painter.SetFontSize(8);
-  const double channels_box_top = (layout.FullBottom - layout.FullTop) / 2 + 30;
-  const double channels_bottom =
-      channels_box_top + 1.5 * painter.TextHeight() + large + 4.5 * painter.TextHeight();
   layout.ChannelsTop = DrawPanelBox(painter, channels_box_top, channels_bottom, "Channels");
   DrawChannelLines(painter);
   layout.DvmTop = channels_bottom + 30;

@@ -371,11 +371,6 @@ INSTANTIATE_TEST_SUITE_P(
                  ":FUNC:FFT:VTYPe VRMS;WINDow FLATtop;:FUNC:SCALe 2.6",
                  "1|SUBT|2e+06|4e+06|1|2|0.5|16|-20|3|GOFT|CHAN3|MULT|CHAN3|CHAN4|", "ID_MATHSUBT",
                  "ID_MATHFUNC"},
-        MathCase{"FirstOfTwo", "3000X", ":FUNC1",
-                 ":FUNC1:DISPlay 1;OPERation FFT;SOURce1 CHANnel2;SOURce2 CHANnel4;"
-                 ":FUNC1:FFT:WINDow BHARris;:FUNC1:SCALe 7;:FUNC2:OPERation MULTiply",
-                 "1|FFT|2e+06|4e+06|0|3|0.5|16|-20|7|CHAN2|CHAN4|unread|unread|unread|",
-                 "ID_MATHFFT", "ID_MATHFUNC1"},
         // The second function differs from the first in every field, so a wrong prefix shows.
         MathCase{"SecondOfTwo", "3000X", ":FUNC2",
                  ":FUNC1:DISPlay 1;OPERation FFT;:FUNC2:DISPlay 0;OPERation INTegrate;"

@@ -64,24 +64,22 @@ TEST(XdrTest, OpaqueOnTheWire) {
 }
 
 TEST(RpcTest, MalformedHeadersAreRejected) {
+  xdr::Writer credential;  // a credential body longer than RPC allows
+  for (std::uint32_t word : {1u, 0u, 2u, 100000u, 2u, 3u, 1u, 500u}) credential.PutUint32(word);
+  credential.PutRaw(xdr::Bytes(500));
   const xdr::Bytes cases[] = {
       {},
       Hex({0, 0, 0, 1}),                                   // xid only
       Hex({0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0, 2}),           // a reply where a call belongs
       Hex({0, 0, 0, 1, 0, 0, 0, 0, 0, 0, 0, 2, 0, 1, 0}),  // call cut inside program
+      credential.bytes(),
   };
-  // A credential body longer than RPC allows.
-  xdr::Writer credential;
-  for (std::uint32_t word : {1u, 0u, 2u, 100000u, 2u, 3u, 1u, 500u}) credential.PutUint32(word);
-  credential.PutRaw(xdr::Bytes(500));
   rpc::CallHeader header;
   bool version_ok = false;
   for (const auto& wire : cases) {
     xdr::Reader in(wire);
     EXPECT_FALSE(rpc::GetCallHeader(in, &header, &version_ok)) << wire.size();
   }
-  xdr::Reader long_in(credential.bytes());
-  EXPECT_FALSE(rpc::GetCallHeader(long_in, &header, &version_ok));
   // A reply whose accept status is out of range; a denied reply decodes, as not accepted.
   const xdr::Bytes bad_stat =
       Hex({0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 99});
@@ -126,20 +124,14 @@ TEST(RecordMarkingTest, RecordsSurviveEverySplitOfTheStream) {
   }
 }
 
+// One huge fragment, and fragments adding up.
 TEST(RecordMarkingTest, RecordBeyondTheLimitPoisonsTheAssembler) {
-  const struct {
-    const char* what;
-    xdr::Bytes stream;
-  } cases[] = {
-      {"one huge fragment", Hex({0xFF, 0xFF, 0xFF, 0xFF, 1, 2, 3})},
-      {"fragments adding up",
-       Hex({0, 0, 0, 12, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 0x80, 0, 0, 12})},
-  };
-  for (const auto& c : cases) {
+  for (const xdr::Bytes& stream :
+       {Hex({0xFF, 0xFF, 0xFF, 0xFF, 1, 2, 3}),
+        Hex({0, 0, 0, 12, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 0x80, 0, 0, 12})}) {
     rpc::RecordAssembler assembler(16);
-    EXPECT_FALSE(assembler.Feed(c.stream)) << c.what;
-    EXPECT_TRUE(assembler.failed()) << c.what;
-    EXPECT_FALSE(assembler.HasRecord()) << c.what;
+    EXPECT_FALSE(assembler.Feed(stream)) << stream.size();
+    EXPECT_TRUE(assembler.failed() && !assembler.HasRecord()) << stream.size();
   }
 }
 
@@ -163,7 +155,6 @@ TEST(PortmapperAnswerTest, GetPortKnowsOnlyTheVxi11CoreOverTcp) {
       {"core over UDP", 2, {0x0607AF, 1, 17, 0}, rpc::AcceptStat::kSuccess, 0},
       {"core version 2", 2, {0x0607AF, 2, 6, 0}, rpc::AcceptStat::kSuccess, 0},
       {"abort channel", 2, {0x0607B0, 1, 6, 0}, rpc::AcceptStat::kSuccess, 0},
-      {"rpcbind version 4", 4, {0x0607AF, 1, 6, 0}, rpc::AcceptStat::kProgMismatch, 0},
       {"rpcbind version 3", 3, {0x0607AF, 1, 6, 0}, rpc::AcceptStat::kProgMismatch, 0},
   };
   for (const auto& c : cases) {
@@ -236,9 +227,8 @@ TEST(Vxi11HostTest, HostFieldGrammar) {
   for (const auto& c : valid) {
     const auto endpoint = ParseVxi11Host(c.field);
     ASSERT_TRUE(endpoint.has_value()) << c.field;
-    EXPECT_EQ(endpoint->host, c.host) << c.field;
-    EXPECT_EQ(endpoint->port, c.port) << c.field;
-    EXPECT_EQ(endpoint->port_is_core, c.core) << c.field;
+    EXPECT_EQ(std::tie(endpoint->host, endpoint->port, endpoint->port_is_core),
+              std::make_tuple(std::string(c.host), c.port, c.core));
   }
   for (const char* field : {"", ":111", "host:", "host:0", "host:65536", "host:12ab",
                             "host:core:", "host:core", "[::1", "[::1]x", "host:-5"}) {

@@ -105,20 +105,16 @@ class ScreenViewTest : public testing::Test {
 };
 
 TEST_F(ScreenViewTest, SamplesMapToTheGraticuleAndAreClampedToIt) {
-  struct Case {
-    double divisions_above_offset;
-    bool at_top;  // else at the bottom
-  };
-  for (const Case c :
-       {Case{4, true}, Case{4.6, true}, Case{50, true}, Case{-4, false}, Case{-7, false}}) {
-    SCOPED_TRACE(c.divisions_above_offset);
-    SetRecord(1, std::vector<double>(400, 0.3 + c.divisions_above_offset), 0.3);
+  for (const double divisions_above_offset : {4.0, 4.6, 50.0, -4.0, -7.0}) {
+    SCOPED_TRACE(divisions_above_offset);
+    const bool at_top = divisions_above_offset > 0;
+    SetRecord(1, std::vector<double>(400, 0.3 + divisions_above_offset), 0.3);
     view_.RedrawScreen();
-    const double edge = c.at_top ? layout_.GridTop : layout_.GridBottom;
+    const double edge = at_top ? layout_.GridTop : layout_.GridBottom;
     EXPECT_EQ(layout_.PointY[1][200], std::lrint(edge));
     EXPECT_EQ(Pixel(MidX(), edge), ChannelColour(1).rgb() & 0xffffffu);
     // Nothing of the trace beyond the edge.
-    EXPECT_NE(Pixel(MidX(), edge + (c.at_top ? -15 : 15)), ChannelColour(1).rgb() & 0xffffffu);
+    EXPECT_NE(Pixel(MidX(), edge + (at_top ? -15 : 15)), ChannelColour(1).rgb() & 0xffffffu);
   }
 }
 

@@ -42,7 +42,6 @@ class LoopbackClient {
   LoopbackClient& operator=(const LoopbackClient&) = delete;
 
   bool connected() const { return fd_ >= 0; }
-  size_t buffered() const { return buffer_.size(); }
 
   bool Send(std::string_view text) {
     for (ssize_t n; !text.empty(); text.remove_prefix(static_cast<size_t>(n))) {

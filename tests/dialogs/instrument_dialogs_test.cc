@@ -73,17 +73,13 @@ TEST_F(InstrumentDialogTest, EveryControlHasANameForScreenReaders) {
                                               std::make_unique<frmWGEN>(Services()),
                                               std::make_unique<frmChannelLabel>(Services(), 1),
                                               std::make_unique<frmAnnotation>(Services())};
+  const QRegularExpression control("^(txt|cmd|cbo|ssp|ssr|opt|fra|fa)[A-Z]");
   for (const auto& dialog : dialogs) {
-    int named = 0;
-    for (QWidget* widget : dialog->findChildren<QWidget*>()) {
-      const QString name = widget->objectName();
-      static const QRegularExpression kControl("^(txt|cmd|cbo|ssp|ssr|opt|fra|fa)[A-Z]");
-      if (!kControl.match(name).hasMatch()) continue;
-      ++named;
-      EXPECT_FALSE(widget->accessibleName().isEmpty())
-          << dialog->objectName().toStdString() << " " << name.toStdString();
-    }
-    EXPECT_GT(named, 3) << dialog->objectName().toStdString();
+    SCOPED_TRACE(dialog->objectName().toStdString());
+    const QList<QWidget*> controls = dialog->findChildren<QWidget*>(control);
+    EXPECT_GT(controls.size(), 3);
+    for (const QWidget* widget : controls)
+      EXPECT_FALSE(widget->accessibleName().isEmpty()) << widget->objectName().toStdString();
   }
 }
 

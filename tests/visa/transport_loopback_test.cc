@@ -77,30 +77,25 @@ class TransportTest : public ::testing::TestWithParam<Link> {
  protected:
   void SetUp() override {
     std::string error;
-    switch (GetParam().kind) {
-      case Kind::kSocket:
-        socket_ = std::make_unique<sim::SocketServer>(instrument_, "127.0.0.1", 0);
-        ASSERT_TRUE(socket_->Start(&error)) << error;
-        resource_ = "TCPIP0::127.0.0.1::" + std::to_string(socket_->port()) + "::SOCKET";
-        break;
-      case Kind::kVxi11:
-      case Kind::kVxi11Core:
-        vxi11_ = std::make_unique<sim::Vxi11Server>(instrument_, "127.0.0.1", 0);
-        ASSERT_TRUE(vxi11_->Start(&error)) << error;
-        portmapper_ = std::make_unique<sim::PortmapperServer>("127.0.0.1", 0, vxi11_->port());
-        ASSERT_TRUE(portmapper_->Start(&error)) << error;
-        resource_ =
-            GetParam().kind == Kind::kVxi11
-                ? "TCPIP0::127.0.0.1:" + std::to_string(portmapper_->port()) + "::inst0::INSTR"
-                : "TCPIP::127.0.0.1:core:" + std::to_string(vxi11_->port()) + "::INSTR";
-        break;
-      case Kind::kHislip:
-        hislip_ = std::make_unique<sim::HislipServer>(instrument_, "127.0.0.1", 0);
-        ASSERT_TRUE(hislip_->Start(&error)) << error;
-        resource_ = "TCPIP0::127.0.0.1::hislip0," + std::to_string(hislip_->port()) + "::INSTR";
-        break;
-      case Kind::kUsbtmc:
-        return OpenUsb(GetParam().usb);
+    const Kind kind = GetParam().kind;
+    if (kind == Kind::kUsbtmc) return OpenUsb(GetParam().usb);
+    if (kind == Kind::kSocket) {
+      socket_ = std::make_unique<sim::SocketServer>(instrument_, "127.0.0.1", 0);
+      ASSERT_TRUE(socket_->Start(&error)) << error;
+      resource_ = "TCPIP0::127.0.0.1::" + std::to_string(socket_->port()) + "::SOCKET";
+    } else if (kind == Kind::kHislip) {
+      hislip_ = std::make_unique<sim::HislipServer>(instrument_, "127.0.0.1", 0);
+      ASSERT_TRUE(hislip_->Start(&error)) << error;
+      resource_ = "TCPIP0::127.0.0.1::hislip0," + std::to_string(hislip_->port()) + "::INSTR";
+    } else {
+      vxi11_ = std::make_unique<sim::Vxi11Server>(instrument_, "127.0.0.1", 0);
+      ASSERT_TRUE(vxi11_->Start(&error)) << error;
+      portmapper_ = std::make_unique<sim::PortmapperServer>("127.0.0.1", 0, vxi11_->port());
+      ASSERT_TRUE(portmapper_->Start(&error)) << error;
+      resource_ =
+          kind == Kind::kVxi11
+              ? "TCPIP0::127.0.0.1:" + std::to_string(portmapper_->port()) + "::inst0::INSTR"
+              : "TCPIP::127.0.0.1:core:" + std::to_string(vxi11_->port()) + "::INSTR";
     }
     Reopen();
   }
@@ -204,17 +199,6 @@ std::string LinkName(const ::testing::TestParamInfo<Link>& info) { return info.p
 
 INSTANTIATE_TEST_SUITE_P(Transports, TransportTest, ::testing::ValuesIn(AllLinks()), LinkName);
 
-TEST_P(TransportTest, QueryRoundTrip) {
-  EXPECT_EQ(Query("*IDN?"), kIdn);
-  EXPECT_EQ(status_, VI_SUCCESS);
-  EXPECT_EQ(instrument_.messages(), std::vector<std::string>{"*IDN?"});
-  if (usb()) {
-    ASSERT_FALSE(usb_log_.out_end_of_message.empty());
-    EXPECT_TRUE(usb_log_.out_end_of_message.back());
-  }
-  ExpectHostFollowedTheUsbtmcProtocol();
-}
-
 // A half-megabyte block whole, a block larger than the area and a reply longer than the
 // caller's buffer: what does not fit is flushed and the next query gets its own reply.
 TEST_P(TransportTest, RepliesOfAnySizeThenAQuery) {
@@ -250,10 +234,6 @@ TEST_P(TransportTest, StatusByteAndDeviceClear) {
   ViUInt16 status_byte = 0;
   const ViStatus read = session_->ReadStatusByte(&status_byte);
   EXPECT_EQ(read, kind == Kind::kSocket ? VI_ERROR_NSUP_OPER : VI_SUCCESS);
-  // Message available; HiSLIP's server may see the query after the status request.
-  if (kind != Kind::kSocket && kind != Kind::kHislip) {
-    EXPECT_EQ(status_byte & 0x10, 0x10);
-  }
   const int cleared = instrument_.cleared.load();
   usb_log_.control_requests.clear();
   EXPECT_EQ(session_->Clear(), VI_SUCCESS);
@@ -265,6 +245,7 @@ TEST_P(TransportTest, StatusByteAndDeviceClear) {
   EXPECT_EQ(Query("ECHO after"), "after\n");
 }
 
+// The query is all the instrument hears, over USB with EOM on its last transfer.
 TEST_P(TransportTest, RawWriteAndReadInPieces) {
   const std::string query = "*IDN?\n", idn = kIdn;
   ViUInt32 count = 0;
@@ -276,6 +257,9 @@ TEST_P(TransportTest, RawWriteAndReadInPieces) {
   EXPECT_EQ(reply.substr(0, count), idn.substr(0, 16));
   ASSERT_EQ(session_->Read(bytes, &count), VI_SUCCESS);
   EXPECT_EQ(reply.substr(0, count), idn.substr(16));
+  EXPECT_EQ(instrument_.messages(), std::vector<std::string>{"*IDN?"});
+  EXPECT_TRUE(!usb() || usb_log_.out_end_of_message == std::vector<bool>{true});
+  ExpectHostFollowedTheUsbtmcProtocol();
 }
 
 TEST_P(TransportTest, InstrumentGoingAwayMidBlock) {
@@ -308,7 +292,8 @@ class UsbtmcSessionTest : public TransportTest {};
 
 INSTANTIATE_TEST_SUITE_P(Devices, UsbtmcSessionTest, ::testing::ValuesIn(kUsbLinks), LinkName);
 
-TEST_P(UsbtmcSessionTest, LongMessageGoesOutInTransfersWithEomOnlyOnTheLast) {
+// bTags wrap after 255 transfers and are never 0.
+TEST_P(UsbtmcSessionTest, LongMessageHasEomOnlyOnItsLastTransferAndTagsWrap) {
   const std::string command = ":DISPlay:ANNotation:TEXT \"" + std::string(150000, 'a') + "\"";
   ASSERT_EQ(Printf(*session_, "%s\n", command.c_str()), VI_SUCCESS);
   const std::vector<bool>& eom = usb_log_.out_end_of_message;
@@ -316,11 +301,6 @@ TEST_P(UsbtmcSessionTest, LongMessageGoesOutInTransfersWithEomOnlyOnTheLast) {
   EXPECT_TRUE(eom.back());
   EXPECT_EQ(std::count(eom.begin(), eom.end(), true), 1);
   EXPECT_EQ(instrument_.messages().back(), command);
-  ExpectHostFollowedTheUsbtmcProtocol();
-  EXPECT_EQ(Query("*IDN?"), kIdn);
-}
-
-TEST_P(UsbtmcSessionTest, TagsWrapAfter255Transfers) {
   for (int k = 0; k < 140; ++k) ASSERT_EQ(Query("*IDN?"), kIdn) << k;
   EXPECT_GT(usb_log_.tags.size(), 255u);
   EXPECT_EQ(std::count(usb_log_.tags.begin(), usb_log_.tags.end(), 0), 0);
@@ -435,18 +415,7 @@ INSTANTIATE_TEST_SUITE_P(Socket, SocketTimeoutTest,
 
 // Nothing on a raw socket tells a late reply from the next one: a reply later than the wait
 // before the next message must not answer that message.
-TEST_P(SocketTimeoutTest, ReplyLaterThanTheNextMessageDoesNotAnswerIt) {
-  session_->SetTimeout(150);
-  Query("SLOW?");
-  EXPECT_EQ(status_, VI_ERROR_TMO);
-  ASSERT_EQ(Printf(*session_, "*IDN?\n"), VI_SUCCESS);  // waits 150 ms for the late reply, in vain
-  session_->SetTimeout(2000);
-  char reply[64] = {};
-  ASSERT_EQ(Scanf(*session_, "%t", reply), VI_SUCCESS);
-  EXPECT_STREQ(reply, kIdn);
-}
-
-TEST_P(SocketTimeoutTest, UnansweredQueryEndsAtItsTimeout) {
+TEST_P(SocketTimeoutTest, UnansweredQueryEndsAtItsTimeoutAndALateReplyAnswersNothing) {
   const struct {
     ViUInt32 earlier_ms;  // time-out of a good exchange just before
     ViUInt32 timeout_ms;
@@ -466,6 +435,15 @@ TEST_P(SocketTimeoutTest, UnansweredQueryEndsAtItsTimeout) {
     // Generous for a loaded machine, yet far below any stale longer time-out.
     EXPECT_LT(elapsed.count(), c.timeout_ms + 250) << c.earlier_ms << " then " << c.timeout_ms;
   }
+  ASSERT_NO_FATAL_FAILURE(Reopen());
+  session_->SetTimeout(150);
+  Query("SLOW?");
+  EXPECT_EQ(status_, VI_ERROR_TMO);
+  ASSERT_EQ(Printf(*session_, "*IDN?\n"), VI_SUCCESS);  // waits 150 ms for the late reply, in vain
+  session_->SetTimeout(2000);
+  char reply[64] = {};
+  ASSERT_EQ(Scanf(*session_, "%t", reply), VI_SUCCESS);
+  EXPECT_STREQ(reply, kIdn);
 }
 
 }  // namespace

@@ -89,23 +89,17 @@ TEST(InstrumentSearchTest, AnnouncedServicesBecomeResourceStrings) {
   }
 }
 
-TEST(InstrumentSearchTest, CancelledOrUnreachableSearchesEndWithinTheirLimit) {
-  // 192.0.2.0/24 is reserved for documentation: nothing there answers.
-  for (const bool cancel : {false, true}) {
-    SearchOptions options;
-    options.lan_addresses = {"192.0.2.1", "192.0.2.255"};
-    options.answer_window_ms = 5000;
-    options.time_limit_ms = cancel ? 5000 : 300;
-    const auto start = std::chrono::steady_clock::now();
-    InstrumentSearch search(options, nullptr);
-    int steps = 0;
-    while (search.Step(20)) {
-      if (cancel && ++steps == 3) search.Cancel();
-    }
-    const auto elapsed = std::chrono::steady_clock::now() - start;
-    EXPECT_TRUE(search.found().empty()) << cancel;
-    EXPECT_LT(elapsed, std::chrono::milliseconds(1500)) << cancel;
-  }
+// 192.0.2.0/24 is reserved for documentation: nothing there answers. A cancelled search is the
+// settings dialog's find test (its second press).
+TEST(InstrumentSearchTest, UnreachableSearchEndsWithinItsTimeLimit) {
+  SearchOptions options;
+  options.lan_addresses = {"192.0.2.1", "192.0.2.255"};
+  options.answer_window_ms = 5000;
+  options.time_limit_ms = 300;
+  const auto start = std::chrono::steady_clock::now();
+  InstrumentSearch search(options, nullptr);
+  EXPECT_TRUE(RunToEnd(search).empty());
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(1500));
 }
 
 // A host whose portmapper answers the UDP call but whose TCP side never replies: it is listed

@@ -45,6 +45,7 @@ class LanSessionTest : public ::testing::TestWithParam<Protocol> {
 
   // The core channel and a portmapper announcing it.
   void StartVxi11(sim::Vxi11ServerOptions options = {}, bool omit_last_fragment_bit = false) {
+    transport_.reset();
     portmapper_.reset();
     core_ = std::make_unique<sim::Vxi11Server>(handler_, "127.0.0.1", 0, options);
     std::string error;
@@ -55,6 +56,7 @@ class LanSessionTest : public ::testing::TestWithParam<Protocol> {
   }
 
   void StartHislip(sim::HislipServerOptions options = {}) {
+    transport_.reset();
     hislip_ = std::make_unique<sim::HislipServer>(handler_, "127.0.0.1", 0, options);
     std::string error;
     ASSERT_TRUE(hislip_->Start(&error)) << error;
@@ -86,25 +88,18 @@ class LanSessionTest : public ::testing::TestWithParam<Protocol> {
     return status;
   }
 
-  std::unique_ptr<Transport> Open() {
-    std::unique_ptr<Transport> transport;
-    EXPECT_EQ(OpenAt(vxi11() ? core_->port() : hislip_->port(), In(2000), &transport), VI_SUCCESS);
-    return transport;
+  // A transport to the running server: transport_.
+  void Connect() {
+    ASSERT_EQ(OpenAt(vxi11() ? core_->port() : hislip_->port(), In(2000), &transport_), VI_SUCCESS);
   }
-
-  std::unique_ptr<HislipTransport> OpenHislip() {
-    std::unique_ptr<HislipTransport> transport;
-    EXPECT_EQ(
-        HislipTransport::Open("127.0.0.1", "hislip0", hislip_->port(), In(2000), {}, &transport),
-        VI_SUCCESS);
-    return transport;
-  }
+  HislipTransport& hislip() { return static_cast<HislipTransport&>(*transport_); }
 
   CannedHandler handler_;
   std::unique_ptr<sim::Vxi11Server> core_;
   std::unique_ptr<sim::PortmapperServer> portmapper_;
   std::unique_ptr<sim::HislipServer> hislip_;
   std::size_t piece_ = 0;
+  std::unique_ptr<Transport> transport_;  // closed before the servers stop
 };
 
 std::string ProtocolName(const ::testing::TestParamInfo<Protocol>& info) {
@@ -116,15 +111,14 @@ INSTANTIATE_TEST_SUITE_P(Protocols, LanSessionTest,
 
 TEST_P(LanSessionTest, RepliesArriveInPiecesAndFitSmallCallerBuffers) {
   StartServer(100);
-  auto transport = Open();
-  ASSERT_NE(transport, nullptr);
-  EXPECT_FALSE(transport->EndsOnLineFeed());
-  ASSERT_EQ(WriteMessage(*transport, "BLOCK?\n", In(2000)), VI_SUCCESS);
+  ASSERT_NO_FATAL_FAILURE(Connect());
+  EXPECT_FALSE(transport_->EndsOnLineFeed());
+  ASSERT_EQ(WriteMessage(*transport_, "BLOCK?\n", In(2000)), VI_SUCCESS);
   std::string reply;
   std::vector<std::byte> buffer(4096);
   std::size_t pieces = 0;
   for (ReadResult result; !result.end; ++pieces) {
-    ASSERT_EQ(transport->Read(buffer, In(2000), &result), VI_SUCCESS);
+    ASSERT_EQ(transport_->Read(buffer, In(2000), &result), VI_SUCCESS);
     ASSERT_LE(result.count, 100u);
     reply.append(reinterpret_cast<const char*>(buffer.data()), result.count);
   }
@@ -133,20 +127,19 @@ TEST_P(LanSessionTest, RepliesArriveInPiecesAndFitSmallCallerBuffers) {
   // A VXI-11 read returns one device_read; a HiSLIP message may also take several reads.
   EXPECT_TRUE(vxi11() ? pieces == messages : pieces >= messages) << pieces;
   // A caller's buffer smaller than what arrived gets the rest on the next reads.
-  ASSERT_EQ(WriteMessage(*transport, "*IDN?\n", In(2000)), VI_SUCCESS);
-  ASSERT_EQ(ReadMessage(*transport, In(2000), &reply, 5), VI_SUCCESS);
+  ASSERT_EQ(WriteMessage(*transport_, "*IDN?\n", In(2000)), VI_SUCCESS);
+  ASSERT_EQ(ReadMessage(*transport_, In(2000), &reply, 5), VI_SUCCESS);
   EXPECT_EQ(reply, kIdn);
 }
 
 TEST_P(LanSessionTest, TimeOutThenAGoodExchangeDropsTheStaleResponse) {
   StartServer();
-  auto transport = Open();
-  ASSERT_NE(transport, nullptr);
+  ASSERT_NO_FATAL_FAILURE(Connect());
   std::string reply;
-  EXPECT_EQ(ReadMessage(*transport, In(150), &reply), VI_ERROR_TMO) << "nothing was asked";
-  ASSERT_EQ(WriteMessage(*transport, "SLOW?\n", In(2000)), VI_SUCCESS);
+  EXPECT_EQ(ReadMessage(*transport_, In(150), &reply), VI_ERROR_TMO) << "nothing was asked";
+  ASSERT_EQ(WriteMessage(*transport_, "SLOW?\n", In(2000)), VI_SUCCESS);
   const auto start = Clock::now();
-  EXPECT_EQ(ReadMessage(*transport, In(200), &reply), VI_ERROR_TMO);
+  EXPECT_EQ(ReadMessage(*transport_, In(200), &reply), VI_ERROR_TMO);
   // VXI-11's instrument waits for the same time (io_timeout), no less.
   EXPECT_GE(Clock::now() - start, std::chrono::milliseconds(190));
   EXPECT_LT(Clock::now() - start, std::chrono::milliseconds(450));
@@ -154,29 +147,24 @@ TEST_P(LanSessionTest, TimeOutThenAGoodExchangeDropsTheStaleResponse) {
   // By now the slow reply is on its way, so only its message id or the link's state tells
   // the client to drop it; the instrument hears that it was never read.
   std::this_thread::sleep_for(std::chrono::milliseconds(500));
-  ASSERT_EQ(Query(*transport, "*IDN?", &reply), VI_SUCCESS);
+  ASSERT_EQ(Query(*transport_, "*IDN?", &reply), VI_SUCCESS);
   EXPECT_EQ(reply, kIdn);
   EXPECT_EQ(handler_.interrupted.load(), 1);
   // A response read whole is no interruption.
-  ASSERT_EQ(Query(*transport, "ECHO next", &reply), VI_SUCCESS);
-  ASSERT_EQ(Query(*transport, "ECHO again", &reply), VI_SUCCESS);
+  ASSERT_EQ(Query(*transport_, "ECHO next", &reply), VI_SUCCESS);
+  ASSERT_EQ(Query(*transport_, "ECHO again", &reply), VI_SUCCESS);
   EXPECT_EQ(reply, "again\n");
   EXPECT_EQ(handler_.interrupted.load(), 1);
 }
 
 TEST_P(LanSessionTest, StopEndsAServerWhoseClientStaysConnected) {
   StartServer();
-  auto transport = Open();
-  ASSERT_NE(transport, nullptr);
+  ASSERT_NO_FATAL_FAILURE(Connect());
   const auto start = Clock::now();
-  if (vxi11()) {
-    core_->Stop();
-  } else {
-    hislip_->Stop();
-  }
+  vxi11() ? core_->Stop() : hislip_->Stop();
   EXPECT_LT(Clock::now() - start, std::chrono::milliseconds(500));
   std::string reply;
-  const ViStatus status = Query(*transport, "*IDN?", &reply, 500);
+  const ViStatus status = Query(*transport_, "*IDN?", &reply, 500);
   EXPECT_TRUE(status == VI_ERROR_CONN_LOST || status == VI_ERROR_IO) << std::hex << status;
 }
 
@@ -216,21 +204,20 @@ INSTANTIATE_TEST_SUITE_P(Protocol, HislipTest, ::testing::Values(Protocol::kHisl
 // A new message also interrupts a reply not yet sent.
 TEST_P(HislipTest, MessageIdsStartAtTheFirstIdAndStepByTwoPerMessage) {
   StartHislip({.max_message_size = 32});
-  auto transport = OpenHislip();
-  ASSERT_NE(transport, nullptr);
-  EXPECT_EQ(transport->server_max_message_size(), 32u);
-  EXPECT_EQ(transport->next_message_id(), hislip::kFirstMessageId);
+  ASSERT_NO_FATAL_FAILURE(Connect());
+  EXPECT_EQ(hislip().server_max_message_size(), 32u);
+  EXPECT_EQ(hislip().next_message_id(), hislip::kFirstMessageId);
   std::string reply;
-  ASSERT_EQ(Query(*transport, "*IDN?", &reply), VI_SUCCESS);
-  EXPECT_EQ(transport->next_message_id(), hislip::kFirstMessageId + 2);
+  ASSERT_EQ(Query(*transport_, "*IDN?", &reply), VI_SUCCESS);
+  EXPECT_EQ(hislip().next_message_id(), hislip::kFirstMessageId + 2);
   // 40 bytes to a server taking 32-byte messages, 16 of them header: Data, Data, DataEnd.
   const std::string text(34, 'z');
-  ASSERT_EQ(Query(*transport, "ECHO " + text, &reply), VI_SUCCESS);
+  ASSERT_EQ(Query(*transport_, "ECHO " + text, &reply), VI_SUCCESS);
   EXPECT_EQ(reply, text + "\n");
-  EXPECT_EQ(transport->next_message_id(), hislip::kFirstMessageId + 8);
+  EXPECT_EQ(hislip().next_message_id(), hislip::kFirstMessageId + 8);
   EXPECT_EQ(handler_.messages().back(), "ECHO " + text);
-  ASSERT_EQ(WriteMessage(*transport, "SLOW?\n", In(2000)), VI_SUCCESS);
-  ASSERT_EQ(Query(*transport, "*IDN?", &reply), VI_SUCCESS);
+  ASSERT_EQ(WriteMessage(*transport_, "SLOW?\n", In(2000)), VI_SUCCESS);
+  ASSERT_EQ(Query(*transport_, "*IDN?", &reply), VI_SUCCESS);
   EXPECT_EQ(reply, kIdn);
   EXPECT_EQ(handler_.interrupted.load(), 1);
 }
@@ -257,52 +244,49 @@ TEST_P(HislipTest, ServerModesAndQuirks) {
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
     StartHislip(c.options);
-    auto transport = OpenHislip();
-    ASSERT_NE(transport, nullptr);
-    EXPECT_EQ(transport->overlapped(), c.overlapped);
+    ASSERT_NO_FATAL_FAILURE(Connect());
+    EXPECT_EQ(hislip().overlapped(), c.overlapped);
     std::string reply;
-    ASSERT_EQ(Query(*transport, "*IDN?", &reply), VI_SUCCESS);
-    ASSERT_EQ(WriteMessage(*transport, "*CLS\n", In(1000)), VI_SUCCESS);  // no reply
-    ASSERT_EQ(Query(*transport, "*IDN?", &reply, 1000), VI_SUCCESS);
+    ASSERT_EQ(Query(*transport_, "*IDN?", &reply), VI_SUCCESS);
+    ASSERT_EQ(WriteMessage(*transport_, "*CLS\n", In(1000)), VI_SUCCESS);  // no reply
+    ASSERT_EQ(Query(*transport_, "*IDN?", &reply, 1000), VI_SUCCESS);
     EXPECT_EQ(reply, kIdn);
-    ASSERT_EQ(transport->Clear(In(1000)), VI_SUCCESS);
-    EXPECT_EQ(transport->overlapped(), c.overlapped);
-    EXPECT_EQ(transport->next_message_id(), hislip::kFirstMessageId);
-    ASSERT_EQ(WriteMessage(*transport, "*CLS\n", In(1000)), VI_SUCCESS);
+    ASSERT_EQ(transport_->Clear(In(1000)), VI_SUCCESS);
+    EXPECT_EQ(hislip().overlapped(), c.overlapped);
+    EXPECT_EQ(hislip().next_message_id(), hislip::kFirstMessageId);
+    ASSERT_EQ(WriteMessage(*transport_, "*CLS\n", In(1000)), VI_SUCCESS);
     const std::string text(296, 'w');  // a 302-byte message
-    ASSERT_EQ(Query(*transport, "ECHO " + text, &reply, 1000), VI_SUCCESS);
+    ASSERT_EQ(Query(*transport_, "ECHO " + text, &reply, 1000), VI_SUCCESS);
     EXPECT_EQ(reply, text + "\n");
-    EXPECT_EQ(Query(*transport, "SLOW?", &reply, 150), VI_ERROR_TMO);
-    ASSERT_EQ(Query(*transport, "*IDN?", &reply, 1500), VI_SUCCESS);
+    EXPECT_EQ(Query(*transport_, "SLOW?", &reply, 150), VI_ERROR_TMO);
+    ASSERT_EQ(Query(*transport_, "*IDN?", &reply, 1500), VI_SUCCESS);
     EXPECT_EQ(reply, kIdn);
   }
 }
 
 TEST_P(HislipTest, LateAnswerIsStaleOnceTheNextMessageHasBegun) {
   StartHislip();
-  auto transport = OpenHislip();
-  ASSERT_NE(transport, nullptr);
+  ASSERT_NO_FATAL_FAILURE(Connect());
   std::string reply;
-  EXPECT_EQ(Query(*transport, "SLOW?", &reply, 150), VI_ERROR_TMO);
+  EXPECT_EQ(Query(*transport_, "SLOW?", &reply, 150), VI_ERROR_TMO);
   // A Data message without END is now the most recent: the late "SLOW" does not answer it.
   const std::string start = "ECHO ";
-  ASSERT_EQ(transport->Write(std::as_bytes(std::span(start)), false, In(500)), VI_SUCCESS);
-  EXPECT_EQ(ReadMessage(*transport, In(700), &reply), VI_ERROR_TMO) << reply;
+  ASSERT_EQ(transport_->Write(std::as_bytes(std::span(start)), false, In(500)), VI_SUCCESS);
+  EXPECT_EQ(ReadMessage(*transport_, In(700), &reply), VI_ERROR_TMO) << reply;
 }
 
 TEST_P(HislipTest, WriteTimeOutMidMessageThenAGoodExchange) {
   StartHislip();
-  auto transport = OpenHislip();
-  ASSERT_NE(transport, nullptr);
+  ASSERT_NO_FATAL_FAILURE(Connect());
   // While the instrument is busy, a message far larger than the socket buffers cannot go out
   // before the deadline; part of it has, part waits in the client.
-  ASSERT_EQ(WriteMessage(*transport, "STALL\n", In(1000)), VI_SUCCESS);
+  ASSERT_EQ(WriteMessage(*transport_, "STALL\n", In(1000)), VI_SUCCESS);
   const std::string huge = "IGNORE " + std::string(32 * 1024 * 1024, 'i') + "\n";
   const auto start = Clock::now();
-  EXPECT_EQ(WriteMessage(*transport, huge, In(200)), VI_ERROR_TMO);
+  EXPECT_EQ(WriteMessage(*transport_, huge, In(200)), VI_ERROR_TMO);
   EXPECT_LT(Clock::now() - start, std::chrono::milliseconds(450));
   std::string reply;
-  ASSERT_EQ(Query(*transport, "*IDN?", &reply, 5000), VI_SUCCESS);
+  ASSERT_EQ(Query(*transport_, "*IDN?", &reply, 5000), VI_SUCCESS);
   EXPECT_EQ(reply, kIdn);
   // Neither the cut message nor a message glued to its start reached the instrument.
   EXPECT_EQ(handler_.messages(), (std::vector<std::string>{"STALL", "*IDN?"}));
@@ -386,10 +370,9 @@ TEST_P(HislipTest, ServerAnswersWithTheIdOfTheMessageItAnswersAndRejectsBadSeque
   early.Send({kDataEnd, 0, 0, 6}, "*IDN?\n");  // data before Initialize
   const int invalid = static_cast<int>(hislip::FatalErrorCode::kInvalidInitialization);
   EXPECT_EQ(Fields(early.Receive()), std::make_tuple(kFatalError, invalid, 0u));
-  auto transport = OpenHislip();
-  ASSERT_NE(transport, nullptr);
+  ASSERT_NO_FATAL_FAILURE(Connect());
   std::string reply;
-  ASSERT_EQ(Query(*transport, "*IDN?", &reply), VI_SUCCESS);
+  EXPECT_EQ(Query(*transport_, "*IDN?", &reply), VI_SUCCESS);
 }
 
 class Vxi11Test : public LanSessionTest {};
@@ -400,14 +383,13 @@ INSTANTIATE_TEST_SUITE_P(Protocol, Vxi11Test, ::testing::Values(Protocol::kVxi11
 TEST_P(Vxi11Test, WritesAreSplitToTheLinksMaxRecvSize) {
   // The server refuses any device_write larger than what it announced.
   StartVxi11({.max_recv_size = 1024, .max_read_size = 0}, /*omit_last_fragment_bit=*/true);
-  std::unique_ptr<Transport> transport;
   ASSERT_EQ(visa::OpenVxi11Transport("127.0.0.1:" + std::to_string(portmapper_->port()), "inst0",
-                                     In(2000), &transport),
+                                     In(2000), &transport_),
             VI_SUCCESS);
   std::string text(5000, 'x');
   for (std::size_t i = 0; i < text.size(); i += 97) text[i] = static_cast<char>('a' + i % 26);
   std::string reply;
-  ASSERT_EQ(Query(*transport, "ECHO " + text, &reply), VI_SUCCESS);
+  ASSERT_EQ(Query(*transport_, "ECHO " + text, &reply), VI_SUCCESS);
   EXPECT_EQ(reply, text + "\n");
 }
 
@@ -415,41 +397,36 @@ TEST_P(Vxi11Test, WritesAreSplitToTheLinksMaxRecvSize) {
 // that answer, so the next exchange does not queue behind it.
 TEST_P(Vxi11Test, LateTimeOutReplyIsReceivedNotLeftPending) {
   StartVxi11({.late_timeout_reply = std::chrono::milliseconds(400)});
-  auto transport = Open();
-  ASSERT_NE(transport, nullptr);
+  ASSERT_NO_FATAL_FAILURE(Connect());
   std::string reply;
-  EXPECT_EQ(Query(*transport, "SLOW?", &reply, 150), VI_ERROR_TMO);
+  EXPECT_EQ(Query(*transport_, "SLOW?", &reply, 150), VI_ERROR_TMO);
   const auto start = Clock::now();
-  ASSERT_EQ(Query(*transport, "*IDN?", &reply, 1000), VI_SUCCESS);
+  ASSERT_EQ(Query(*transport_, "*IDN?", &reply, 1000), VI_SUCCESS);
   EXPECT_EQ(reply, kIdn);
   EXPECT_LT(Clock::now() - start, std::chrono::milliseconds(250));
 }
 
 TEST_P(Vxi11Test, LinkLimitIsABusyResourceAndClosingFreesTheLink) {
   StartVxi11({.max_links = 1});
-  std::unique_ptr<Transport> link = Open();
-  ASSERT_NE(link, nullptr);
+  ASSERT_NO_FATAL_FAILURE(Connect());
   EXPECT_EQ(core_->live_links(), 1);
-  link.reset();
+  transport_.reset();
   EXPECT_EQ(core_->live_links(), 0) << "destroy_link landed";
-  link = Open();
-  ASSERT_NE(link, nullptr);
-  link.reset();
+  ASSERT_NO_FATAL_FAILURE(Connect());
   StartVxi11({.max_links = 0});
-  EXPECT_EQ(OpenAt(core_->port(), In(1000), &link), VI_ERROR_RSRC_BUSY);
+  EXPECT_EQ(OpenAt(core_->port(), In(1000), &transport_), VI_ERROR_RSRC_BUSY);
 }
 
 TEST_P(Vxi11Test, LateWriteReplyWithinTheGraceThenAGoodExchange) {
   StartVxi11();
-  auto transport = Open();
-  ASSERT_NE(transport, nullptr);
+  ASSERT_NO_FATAL_FAILURE(Connect());
   // The instrument is busy with the message and answers the device_write after io_timeout;
   // the answer is waited for, so nothing is left over.
   const auto start = Clock::now();
-  EXPECT_EQ(WriteMessage(*transport, "STALL\n", In(200)), VI_SUCCESS);
+  EXPECT_EQ(WriteMessage(*transport_, "STALL\n", In(200)), VI_SUCCESS);
   EXPECT_LT(Clock::now() - start, std::chrono::milliseconds(1200));
   std::string reply;
-  ASSERT_EQ(Query(*transport, "*IDN?", &reply), VI_SUCCESS);
+  ASSERT_EQ(Query(*transport_, "*IDN?", &reply), VI_SUCCESS);
   EXPECT_EQ(reply, kIdn);
   EXPECT_EQ(handler_.cleared.load(), 0);
 }

@@ -139,27 +139,23 @@ TEST(InstrumentSettingsTest, TwoThousandXNamesItselfAndUsesUnnumberedFunctionAnd
   EXPECT_EQ(big.Execute(":SYSTem:ERRor?"), "-113,\"Undefined header\"");
 }
 
-TEST(InstrumentSettingsTest, AbsentOptionsAnswerHardwareMissing) {
+TEST(InstrumentSettingsTest, AbsentOptionsAnswerHardwareMissingMemoryOptionAndDvmSettling) {
   InstrumentConfig config;
-  config.has_wgen = false;
-  config.has_dvm = false;
-  Instrument instrument(config);
-  EXPECT_EQ(instrument.Execute("*OPT?"), "0");
-  EXPECT_EQ(instrument.Execute(":DVM:CURRent?"), "");
-  EXPECT_EQ(instrument.Execute(":WGEN1:OUTPut?"), "");
-  instrument.Execute(":WGEN1:PERiod 1");
-  EXPECT_EQ(instrument.Execute(":SYSTem:ERRor?;:SYSTem:ERRor?;:SYSTem:ERRor?"),
+  config.has_wgen = config.has_dvm = false;
+  Instrument bare(config);
+  EXPECT_EQ(bare.Execute("*OPT?"), "0");
+  EXPECT_EQ(bare.Execute(":DVM:CURRent?"), "");
+  EXPECT_EQ(bare.Execute(":WGEN1:OUTPut?"), "");
+  bare.Execute(":WGEN1:PERiod 1");
+  EXPECT_EQ(bare.Execute(":SYSTem:ERRor?;:SYSTem:ERRor?;:SYSTem:ERRor?"),
             "-241,\"Hardware missing\";-241,\"Hardware missing\";-241,\"Hardware missing\"");
-}
-
-TEST(InstrumentSettingsTest, MemoryOptionAndVoltmeterSettling) {
-  InstrumentConfig config;
+  config = InstrumentConfig{};
   config.has_memory_upgrade = true;
   config.dvm_settle_ms = 60000;
-  Instrument instrument(config);
-  EXPECT_EQ(instrument.Execute("*OPT?;:TIMebase:SCALe 1ms;:ACQuire:POINts?"),
+  Instrument full(config);
+  EXPECT_EQ(full.Execute("*OPT?;:TIMebase:SCALe 1ms;:ACQuire:POINts?"),
             "DSOX3WAVEGEN,DSOX3DVM,DSOX3MEMUP;+4000000");
-  EXPECT_EQ(instrument.Execute(":DVM:ENABle 1;:DVM:CURRent?"), "+9.9E+37");  // still settling
+  EXPECT_EQ(full.Execute(":DVM:ENABle 1;:DVM:CURRent?"), "+9.9E+37");  // still settling
 }
 
 }  // namespace

@@ -44,10 +44,8 @@ class RecordingTargets : public DispatchTargets {
   RECORD(RebuildToolbar) RECORD_ARG(Sweep, bool) RECORD_ARG(FftRun, int)
   RECORD_ARG(ZoomView, int) RECORD_ARG(PlaceMarker, int) RECORD_ARG(ShowChannelLabelDialog, int)
   RECORD_ARG(SetTopMost, bool)
-      // clang-format on
-      bool SweepMode() const override {
-    return sweep_mode;
-  }
+  bool SweepMode() const override { return sweep_mode; }
+  // clang-format on
   void SelectCursorSource(std::string_view id) override {
     calls.push_back("SelectCursorSource " + std::string(id));
   }

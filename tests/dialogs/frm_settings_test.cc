@@ -8,6 +8,7 @@
 
 #include "dialogs/frmSettings.h"
 #include "platform/settings/memory_settings_store.h"
+#include "tests/link/fields.h"
 
 namespace quarvelo::dialogs {
 namespace {
@@ -108,24 +109,17 @@ TEST_F(FrmSettingsTest, OkStoresEverythingAsText) {
   Channels(*dialog, 1)->click();
   Find<QPushButton>(*dialog, "cmdOk")->click();
   EXPECT_EQ(dialog->result(), QDialog::Accepted);
-  EXPECT_EQ(address_, "TCPIP0::10.0.0.7::inst0::INSTR");
-  EXPECT_EQ(algorithm_, 1);
-  EXPECT_TRUE(auto_algorithm_);
-  EXPECT_TRUE(scope_.HasWgen);
-  EXPECT_FALSE(scope_.HasDvm);
-  EXPECT_EQ(scope_.ChannelCount, 4);
-  const struct {
-    const char* section;
-    const char* key;
-    const char* text;
-  } stored[] = {{"Setup", "VISA", "TCPIP0::10.0.0.7::inst0::INSTR"},
-                {"FFT", "Algo", "1"},
-                {"FFT", "Auto", "1"},
-                {"Setup", "DSO", "0"},
-                {"Setup", "Channels", "4"},
-                {"Setup", "DVM", "0"},
-                {"Setup", "WGEN", "1"}};
-  for (const auto& s : stored) EXPECT_EQ(store_.Find(s.section, s.key), s.text) << s.key;
+  EXPECT_EQ(testing_support::Fields(address_, algorithm_, auto_algorithm_, scope_.HasWgen,
+                                    scope_.HasDvm, scope_.ChannelCount),
+            "TCPIP0::10.0.0.7::inst0::INSTR|1|1|1|0|4|");
+  const auto stored = [this](const char* section, const char* key) {
+    return store_.Find(section, key).value_or("<missing>");
+  };
+  EXPECT_EQ(
+      testing_support::Fields(stored("Setup", "VISA"), stored("FFT", "Algo"), stored("FFT", "Auto"),
+                              stored("Setup", "DSO"), stored("Setup", "Channels"),
+                              stored("Setup", "DVM"), stored("Setup", "WGEN")),
+      "TCPIP0::10.0.0.7::inst0::INSTR|1|1|0|4|0|1|");
 }
 
 TEST_F(FrmSettingsTest, CancelChangesNothingButTheChannelCountReadAtOpening) {

@@ -14,6 +14,7 @@
 namespace quarvelo::link {
 namespace {
 
+using testing_support::Fields;
 using testing_support::OnlineScope;
 
 ViUInt32 IoTimeout(const InstrumentSession& session) {
@@ -39,9 +40,9 @@ TEST(LinkTimeoutTest, EachCallerSetsItsOwnIoTimeOut) {
   s.readback.ReadBackState();
   EXPECT_EQ(IoTimeout(s.h.session), 500u);
   EXPECT_EQ(s.Sent(), std::vector<std::string>{"*IDN?"});
-  EXPECT_EQ(testing_support::Fields(s.h.session.TolerateTimeout, s.h.session.TimedOut,
-                                    s.h.session.RemoteOn, s.h.ui.status(), s.h.ui.messages().size(),
-                                    s.h.scope.TimebaseScale, s.h.scope.ToolUpdateInProgress),
+  EXPECT_EQ(Fields(s.h.session.TolerateTimeout, s.h.session.TimedOut, s.h.session.RemoteOn,
+                   s.h.ui.status(), s.h.ui.messages().size(), s.h.scope.TimebaseScale,
+                   s.h.scope.ToolUpdateInProgress),
             "1|1|1|TIME OUT!|0|0.123|0|");
   // ... and, once the instrument answers, reads on with the default, not tolerated.
   s.h.link.SetIoTimeout(false, acquisition::kCaptureIoTimeoutMs);
@@ -105,27 +106,25 @@ TEST(ErrorDrainTest, DrainFlushesWhatTheInstrumentSentBeyondItsReplies) {
   EXPECT_EQ(peer.h.link.QueryString("*IDN?"), "FRESH");
 }
 
-// Reporting an entry fails with a fault of the program itself, once.
-class FaultingUi : public ui::RecordingUi {
+// A UI whose status line fails once, with a fault of the program itself, when an instrument
+// error is to be reported (`fault_on_error`), and whose error box lets events run, as a modal
+// box does.
+class HookedUi : public ui::RecordingUi {
  public:
   void ShowStatus(std::string_view text) override {
-    if (!faulted && text.rfind("INST Error", 0) == 0) {
+    if (fault_on_error && !faulted && text.starts_with("INST Error")) {
       faulted = true;
       throw std::runtime_error("status line lost");
     }
     RecordingUi::ShowStatus(text);
   }
-  bool faulted = false;
-};
-
-// The error box lets events run, as a modal box does.
-class TickingUi : public ui::RecordingUi {
- public:
   ui::MessageResult ShowTitledMessage(std::string_view title, std::string_view text,
                                       ui::MessageIcon icon, ui::MessageButtons buttons) override {
     if (during_box) during_box();
     return RecordingUi::ShowTitledMessage(title, text, icon, buttons);
   }
+  bool fault_on_error = false;
+  bool faulted = false;
   std::function<void()> during_box;
 };
 
@@ -139,16 +138,16 @@ InstrumentLink LinkWithUi(OnlineScope& s, ui::UiServices& ui) {
 TEST(ErrorDrainTest, FaultWhileDrainingEndsTheProgramWithTwoChannelsAndNoOptions) {
   OnlineScope s;
   s.h.scope.HasDvm = s.h.scope.HasWgen = true;
-  FaultingUi ui;
+  HookedUi ui;
+  ui.fault_on_error = true;
   InstrumentLink link = LinkWithUi(s, ui);
   s.simulator->Execute(":NOSuch:HEADer 1");
   link.SendCommand(":RUN");
   ASSERT_TRUE(ui.faulted);
   EXPECT_EQ(ui.status(), "*** Error : status line lost");
-  EXPECT_EQ(testing_support::Fields(s.h.scope.ChannelCount, s.h.scope.HasDvm, s.h.scope.HasWgen,
-                                    s.h.settings.Find("Setup", "Channels").value_or(""),
-                                    s.h.settings.Find("Setup", "DVM").value_or(""),
-                                    s.h.hooks.program_ends),
+  EXPECT_EQ(Fields(s.h.scope.ChannelCount, s.h.scope.HasDvm, s.h.scope.HasWgen,
+                   s.h.settings.Find("Setup", "Channels").value_or(""),
+                   s.h.settings.Find("Setup", "DVM").value_or(""), s.h.hooks.program_ends),
             "2|0|0|2|0|1|");
 }
 
@@ -156,7 +155,7 @@ TEST(ErrorDrainTest, FaultWhileDrainingEndsTheProgramWithTwoChannelsAndNoOptions
 // tick inside the error box (the timers still run) finds the link already down.
 TEST(LinkErrorBoxTest, DeadLinkClosesWithOneMessageEvenWhenATimerTicksInsideTheBox) {
   OnlineScope s;
-  TickingUi ui;
+  HookedUi ui;
   InstrumentLink link = LinkWithUi(s, ui);
   int ticks = 0;
   ui.during_box = [&] {
@@ -171,9 +170,8 @@ TEST(LinkErrorBoxTest, DeadLinkClosesWithOneMessageEvenWhenATimerTicksInsideTheB
   ASSERT_EQ(ui.messages().size(), 1u);
   EXPECT_TRUE(ui.messages()[0].text.starts_with("*** VISA Error : ")) << ui.messages()[0].text;
   EXPECT_EQ(ui.messages()[0].icon, ui::MessageIcon::kCritical);
-  EXPECT_EQ(testing_support::Fields(
-                s.h.session.RemoteOn, s.h.tools.ToolState("ID_Remote"), s.h.scope.ChannelCount,
-                s.h.settings.Find("Setup", "Channels").value_or(""), s.h.hooks.rebuilds),
+  EXPECT_EQ(Fields(s.h.session.RemoteOn, s.h.tools.ToolState("ID_Remote"), s.h.scope.ChannelCount,
+                   s.h.settings.Find("Setup", "Channels").value_or(""), s.h.hooks.rebuilds),
             "0|0|2|2|1|");
   EXPECT_TRUE(s.h.tools.unguarded.empty());
   // Off line from here: nothing more is reported.

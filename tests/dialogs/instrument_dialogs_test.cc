@@ -83,8 +83,6 @@ TEST_F(InstrumentDialogTest, EveryControlHasANameForScreenReaders) {
   }
 }
 
-// --- Math.
-
 TEST_F(InstrumentDialogTest, MathFrequencyButtonsSendCentreAndSpanAndShowTheReadback) {
   const struct {
     const char* name;
@@ -182,8 +180,6 @@ TEST_F(SmallScopeDialogTest, InnerFunctionSourcesGoToGoftOnTheSingleFunction) {
   EXPECT_EQ(Find<QComboBox>(dialog, "cboSource", 3)->currentIndex(), 2);
   EXPECT_EQ(Find<QComboBox>(dialog, "cboOperation", 1)->currentIndex(), 2);
 }
-
-// --- Generator.
 
 TEST_F(InstrumentDialogTest, ShapeParameterIsClampedSentAndShownAsReadBack) {
   const struct {
@@ -290,8 +286,6 @@ TEST_F(InstrumentDialogTest, RunStopAndResetAskFirst) {
   EXPECT_EQ(s_.h.ui.messages()[0].text, "RESET WGEN\r\nAre you sure?");
   EXPECT_EQ(s_.h.ui.messages()[0].icon, ui::MessageIcon::kQuestion);
 }
-
-// --- Label and annotation.
 
 TEST_F(InstrumentDialogTest, ChannelLabelIsSentTrimmedAndKept) {
   frmChannelLabel dialog(Services(), 2);

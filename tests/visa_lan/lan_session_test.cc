@@ -264,17 +264,6 @@ TEST_P(HislipTest, ServerModesAndQuirks) {
   }
 }
 
-TEST_P(HislipTest, LateAnswerIsStaleOnceTheNextMessageHasBegun) {
-  StartHislip();
-  ASSERT_NO_FATAL_FAILURE(Connect());
-  std::string reply;
-  EXPECT_EQ(Query(*transport_, "SLOW?", &reply, 150), VI_ERROR_TMO);
-  // A Data message without END is now the most recent: the late "SLOW" does not answer it.
-  const std::string start = "ECHO ";
-  ASSERT_EQ(transport_->Write(std::as_bytes(std::span(start)), false, In(500)), VI_SUCCESS);
-  EXPECT_EQ(ReadMessage(*transport_, In(700), &reply), VI_ERROR_TMO) << reply;
-}
-
 TEST_P(HislipTest, WriteTimeOutMidMessageThenAGoodExchange) {
   StartHislip();
   ASSERT_NO_FATAL_FAILURE(Connect());

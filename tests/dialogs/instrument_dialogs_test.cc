@@ -160,8 +160,7 @@ TEST_F(InstrumentDialogTest, MathFunctionChoiceReadsTheOtherFunctionWithoutSendi
   Find<QComboBox>(dialog, "cboFunc")->setCurrentIndex(1);
   EXPECT_EQ(s_.h.scope.MathPrefix, ":FUNC2");
   EXPECT_TRUE(Sent().empty());
-  EXPECT_NE(s_.Sent().size(), 0u);  // the readback of FUNC2
-  EXPECT_EQ(s_.Sent().front(), ":FUNC2:DISPlay?");
+  EXPECT_EQ(s_.Sent().at(0), ":FUNC2:DISPlay?");  // the readback of FUNC2
 }
 
 class SmallScopeDialogTest : public InstrumentDialogTest {

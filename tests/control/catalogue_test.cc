@@ -17,28 +17,17 @@ namespace {
 
 using ::testing::ElementsAre;
 
-bool StartsWith(std::string_view text, std::string_view prefix) {
-  return text.substr(0, prefix.size()) == prefix;
+// Every tool placed somewhere: menu bar menus, sub-menus reached from them, toolbars.
+void Place(std::string_view id, std::set<std::string_view>& placed) {
+  if (!placed.insert(id).second) return;
+  if (const MenuDefinition* menu = FindMenu(id)) {
+    for (std::string_view entry : menu->entries) Place(entry, placed);
+  }
 }
 
-// Every tool placed somewhere: menu bar menus, sub-menus reached from them, toolbars.
 std::set<std::string_view> PlacedTools() {
   std::set<std::string_view> placed;
-  std::vector<std::string_view> pending(MenuBar().begin(), MenuBar().end());
-  while (!pending.empty()) {
-    const std::string_view menu_id = pending.back();
-    pending.pop_back();
-    if (!placed.insert(menu_id).second) continue;
-    const MenuDefinition* menu = FindMenu(menu_id);
-    if (menu == nullptr) continue;
-    for (std::string_view entry : menu->entries) {
-      if (FindMenu(entry) != nullptr) {
-        pending.push_back(entry);
-      } else {
-        placed.insert(entry);
-      }
-    }
-  }
+  for (std::string_view id : MenuBar()) Place(id, placed);
   for (const ToolbarDefinition& toolbar : Toolbars()) {
     placed.insert(toolbar.entries.begin(), toolbar.entries.end());
   }
@@ -53,8 +42,8 @@ TEST(ToolCatalogueTest, HoldsTwoHundredThreeToolsWithUniqueWellFormedIds) {
     SCOPED_TRACE(std::string(tool.id));
     EXPECT_TRUE(ids.insert(tool.id).second) << "duplicate";
     // Commands begin with "ID_", menus with "mnu_".
-    EXPECT_EQ(StartsWith(tool.id, "mnu_"), tool.kind == ToolKind::kMenu);
-    EXPECT_TRUE(StartsWith(tool.id, "ID_") || StartsWith(tool.id, "mnu_"));
+    EXPECT_EQ(tool.id.starts_with("mnu_"), tool.kind == ToolKind::kMenu);
+    EXPECT_TRUE(tool.id.starts_with("ID_") || tool.id.starts_with("mnu_"));
     EXPECT_FALSE(AccessibleName(tool).empty());
     EXPECT_FALSE(tool.category.empty());
     EXPECT_EQ(FindTool(tool.id), &tool);

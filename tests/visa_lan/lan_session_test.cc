@@ -1,9 +1,6 @@
-// The VXI-11 and HiSLIP clients against the simulator's servers on loopback TCP: first what both
-// share (replies in pieces, time-outs, a server stopping, an open the server never answers),
-// then what only HiSLIP does (message ids, split messages, interrupted replies, write time-outs
-// mid-message, server modes, the server against hand-made message sequences) and what only
-// VXI-11 does (write splitting, late replies, the portmapper, link limits). A server closing
-// mid-block and the device clear are in transport_loopback_test.cc, for every transport.
+// The VXI-11 and HiSLIP clients against the simulator's servers on loopback TCP: what both
+// share, then what only HiSLIP and only VXI-11 do. A server closing mid-block and the device
+// clear are in transport_loopback_test.cc, for every transport.
 #include <gtest/gtest.h>
 
 #include <memory>

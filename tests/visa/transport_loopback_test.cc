@@ -1,9 +1,7 @@
-// One VISA session scenario over every transport against the same test instrument: the raw
-// socket, VXI-11 (through the portmapper and straight to the core channel) and HiSLIP served by
-// the simulator's servers on loopback TCP, and USB-TMC through the simulator's in-process device
-// in several packet and transfer sizes. Then the USB-TMC host against that device's faults and
-// quirks, one at a time: each exchange that goes wrong must end as it should, leave no halted
-// endpoint and no step the USBTMC standard's tables forbid, and the next query must work.
+// One VISA session scenario over every transport against the same test instrument: the LAN
+// ones served by the simulator's servers on loopback TCP, USB-TMC by its in-process device in
+// several packet and transfer sizes. Then the USB-TMC host against that device's faults: each
+// must end as it should, leave no halted endpoint nor forbidden step, and the next query work.
 #include <gtest/gtest.h>
 
 #include <algorithm>

@@ -128,27 +128,25 @@ TEST_F(CsvFilesTest, SavedRecordOpensAgainAndALoadedRecordSavesTheSameFile) {
 class TextSource : public ByteSource {
  public:
   TextSource(std::string head, std::string body, std::int64_t repeats, std::int64_t fail_at)
-      : head_(std::move(head)), body_(std::move(body)), repeats_(repeats), fail_at_(fail_at) {}
+      : head_(std::move(head)),
+        body_(std::move(body)),
+        fail_at_(fail_at),
+        size_(head_.size() + body_.size() * repeats),
+        piece_(repeats > 1 ? 65536 : 7) {}
   std::int64_t Read(char* data, std::size_t size) override {
     if (fail_at_ >= 0 && static_cast<std::int64_t>(offset_) >= fail_at_) return -1;
-    std::size_t n = 0;
-    for (; n < std::min<std::size_t>(size, repeats_ > 1 ? 65536 : 7); ++n, ++offset_) {
-      const std::size_t at = offset_;
-      if (at < head_.size()) {
-        data[n] = head_[at];
-      } else if (body_.empty() || (at - head_.size()) / body_.size() >= repeats_) {
-        break;
-      } else {
-        data[n] = body_[(at - head_.size()) % body_.size()];
-      }
+    const std::size_t n = std::min({size, piece_, size_ - offset_});
+    for (std::size_t i = 0; i < n; ++i, ++offset_) {
+      data[i] =
+          offset_ < head_.size() ? head_[offset_] : body_[(offset_ - head_.size()) % body_.size()];
     }
     return static_cast<std::int64_t>(n);
   }
 
  private:
   std::string head_, body_;
-  std::size_t repeats_;
   std::int64_t fail_at_;
+  std::size_t size_, piece_;
   std::size_t offset_ = 0;
 };
 

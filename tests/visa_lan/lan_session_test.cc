@@ -316,6 +316,10 @@ std::optional<std::tuple<hislip::MessageType, int, std::uint32_t>> Fields(
 
 TEST_P(HislipTest, ServerAnswersWithTheIdOfTheMessageItAnswersAndRejectsBadSequences) {
   using enum hislip::MessageType;
+  using hislip::ErrorCode, hislip::FatalErrorCode;
+  const auto expected = [](hislip::MessageType type, auto control, std::uint32_t parameter = 0) {
+    return std::optional(std::make_tuple(type, static_cast<int>(control), parameter));
+  };
   StartHislip({.max_message_size = 64});
   {
     RawHislip sync(hislip_->port());
@@ -324,38 +328,32 @@ TEST_P(HislipTest, ServerAnswersWithTheIdOfTheMessageItAnswersAndRejectsBadSeque
               "hislip0");
     const auto init = sync.Receive();
     ASSERT_TRUE(init.has_value());
-    ASSERT_EQ(init->type, kInitializeResponse);
-    EXPECT_EQ(init->control, 0) << "synchronised mode";
+    EXPECT_EQ(Fields(init), expected(kInitializeResponse, 0, init->parameter)) << "synchronised";
     RawHislip async(hislip_->port());
     async.Send({kAsyncInitialize, 0, hislip::SessionIdOf(init->parameter), 0});
     ASSERT_EQ(async.Receive()->type, kAsyncInitializeResponse);
     // Any id the client chooses comes back on the response.
     sync.Send({kDataEnd, 0, 0x1234, 6}, "*IDN?\n");
     std::string payload;
-    EXPECT_EQ(Fields(sync.Receive(&payload)), std::make_tuple(kDataEnd, 0, 0x1234u));
+    EXPECT_EQ(Fields(sync.Receive(&payload)), expected(kDataEnd, 0, 0x1234));
     EXPECT_EQ(payload, kIdn);
     // Too large a message, or an unknown type, is an error, not the end of the session.
     sync.Send({kDataEnd, 0, 0x1236, 100}, std::string(100, 'a'));
-    const int too_large = static_cast<int>(hislip::ErrorCode::kMessageTooLarge);
-    EXPECT_EQ(Fields(sync.Receive()), std::make_tuple(kError, too_large, 0u));
+    EXPECT_EQ(Fields(sync.Receive()), expected(kError, ErrorCode::kMessageTooLarge));
     sync.Send({static_cast<hislip::MessageType>(99), 0, 0, 3}, "abc");
-    EXPECT_EQ(sync.Receive()->control,
-              static_cast<std::uint8_t>(hislip::ErrorCode::kUnrecognizedMessageType));
+    EXPECT_EQ(Fields(sync.Receive()), expected(kError, ErrorCode::kUnrecognizedMessageType));
     async.Send({kAsyncStatusQuery, 0, 0, 0});
     EXPECT_EQ(async.Receive()->type, kAsyncStatusResponse);
     sync.Send({kDataEnd, 0, 0x1238, 6}, "*IDN?\n");
-    EXPECT_EQ(sync.Receive()->parameter, 0x1238u);
+    EXPECT_EQ(Fields(sync.Receive()), expected(kDataEnd, 0, 0x1238));
     // A header without the "HS" prologue is fatal, and the server closes.
     sync.Send({kData, 0, 0, 0}, std::string(16, 'G'));  // header fine, then junk
-    const auto fatal = sync.Receive();
-    ASSERT_TRUE(fatal.has_value());
-    EXPECT_EQ(fatal->type, kFatalError);
+    EXPECT_EQ(Fields(sync.Receive()), expected(kFatalError, FatalErrorCode::kPoorlyFormedHeader));
     EXPECT_FALSE(sync.Receive().has_value());
   }
   RawHislip early(hislip_->port());
   early.Send({kDataEnd, 0, 0, 6}, "*IDN?\n");  // data before Initialize
-  const int invalid = static_cast<int>(hislip::FatalErrorCode::kInvalidInitialization);
-  EXPECT_EQ(Fields(early.Receive()), std::make_tuple(kFatalError, invalid, 0u));
+  EXPECT_EQ(Fields(early.Receive()), expected(kFatalError, FatalErrorCode::kInvalidInitialization));
   ASSERT_NO_FATAL_FAILURE(Connect());
   std::string reply;
   EXPECT_EQ(Query(*transport_, "*IDN?", &reply), VI_SUCCESS);

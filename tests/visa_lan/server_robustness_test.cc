@@ -267,9 +267,9 @@ ScriptedServer::Step HislipReply(hislip::MessageType type, std::uint32_t paramet
 
 // The asynchronous channel's opening, answered as it should be.
 std::vector<ScriptedServer::Step> GoodHislipAsync() {
-  return {HislipReply(hislip::MessageType::kAsyncInitializeResponse),
-          HislipReply(hislip::MessageType::kAsyncMaxMsgSizeResponse, 0,
-                      Str(hislip::EncodeUint64(1 << 20)))};
+  using enum hislip::MessageType;
+  return {HislipReply(kAsyncInitializeResponse),
+          HislipReply(kAsyncMaxMsgSizeResponse, 0, Str(hislip::EncodeUint64(1 << 20)))};
 }
 
 // Answers with the first message id a client uses.
@@ -341,19 +341,18 @@ TEST(ClientRobustnessTest, ClientsFailCleanlyOnAnyServerBytes) {
 // indefinite block): every read, and the discard before the next message, still ends at its
 // time-out.
 TEST(ClientRobustnessTest, ReadsAndDiscardsEndAtTheirTimeOutAgainstAnEndlessTalker) {
+  using enum hislip::MessageType;
   constexpr ViUInt32 kTimeoutMs = 300;
   for (const bool hislip : {false, true}) {
     for (const std::string start : {"", "#0"}) {
       SCOPED_TRACE(std::string(hislip ? "HiSLIP" : "socket") + " '" + start + "'");
       std::vector<std::vector<ScriptedServer::Step>> script = {{Reply(start)}};
       if (hislip) {
-        script = {{HislipReply(hislip::MessageType::kInitializeResponse, 1),
-                   AnswerFirst(hislip::MessageType::kDataEnd, 1ull << 40, start)},
+        script = {{HislipReply(kInitializeResponse, 1), AnswerFirst(kDataEnd, 1ull << 40, start)},
                   GoodHislipAsync()};
       }
       ScriptedServer server(script, /*talker=*/true);
-      ViSession rm = VI_NULL;
-      ViSession vi = VI_NULL;
+      ViSession rm = VI_NULL, vi = VI_NULL;
       ASSERT_EQ(viOpenDefaultRM(&rm), VI_SUCCESS);
       const std::string resource = Resource(hislip ? Lan::kHislip : Lan::kSocket, server.port());
       ASSERT_EQ(viOpen(rm, resource.c_str(), VI_NO_LOCK, 2000, &vi), VI_SUCCESS);

@@ -1,9 +1,11 @@
 // Shared pieces of the fault tests: the transports and moments of the matrix, the resource
 // string of a simulator on loopback, the user sitting at the window (who notes how long the
 // window kept its events waiting, reads and closes message boxes and answers the open-file
-// dialog), copies of the waveform records, and a CSV file to analyse off line afterwards.
+// dialog), copies of the waveform records, and the checks every fault ends with.
 #ifndef QUARVELO_TESTS_APP_FAULT_HARNESS_H_
 #define QUARVELO_TESTS_APP_FAULT_HARNESS_H_
+
+#include <gtest/gtest.h>
 
 #include <QApplication>
 #include <QFile>
@@ -20,6 +22,7 @@
 #include <vector>
 
 #include "app/frmKeysight.h"
+#include "tests/app/window_on_simulator.h"
 
 namespace quarvelo::app::testing_support {
 
@@ -165,6 +168,61 @@ inline double SpectrumPeakHz(frmKeysight& window) {
   return spectrum
       .SpectrumFrequency[static_cast<std::size_t>(peak - spectrum.SpectrumLevel.begin())];
 }
+
+// The window on a simulator with the user at it, and the checks every fault ends with.
+class FaultTest : public WindowOnSimulator {
+ protected:
+  // A session with data: Control on, channels 1 to 4 shown and captured, and the refresh timer
+  // stopped (a test polls by hand where it needs to).
+  void OpenWithFourChannelsCaptured() {
+    Trigger("ID_Remote");
+    ASSERT_TRUE(window_->Session().RemoteOn);
+    window_->findChild<QTimer*>("tmrRefresh")->stop();
+    for (int n = 2; n <= 4; ++n) {
+      window_->Link().SendCommand(":CHANnel" + std::to_string(n) + ":DISPlay 1");
+    }
+    Trigger("ID_DIG");
+  }
+
+  // The lost link as the user sees it (one critical box with VISA's error, the link and its
+  // tool off, two channels stored), and every record but the `involved` channel's as it was.
+  void ExpectLinkLost(const std::vector<RecordCopy>& before, int involved) {
+    ASSERT_EQ(user_.Boxes().size(), 1u);
+    EXPECT_EQ(user_.Boxes()[0].rfind("*** VISA Error : ", 0), 0u) << user_.Boxes()[0];
+    EXPECT_GT(user_.Boxes()[0].size(), 17u);
+    EXPECT_FALSE(window_->Session().RemoteOn);
+    EXPECT_FALSE(window_->Tools().ToolState("ID_Remote"));
+    EXPECT_EQ(store_->Get("Setup", "Channels", ""), "2");
+    const std::vector<RecordCopy> after = CopyRecords(*window_);
+    for (int channel = 1; channel <= 4; ++channel) {
+      if (channel != involved) {
+        EXPECT_EQ(after[channel - 1], before[channel - 1]) << channel;
+      }
+    }
+  }
+
+  // The window free again: it waited at most the time-out and a second, nothing is busy and
+  // the cursor is back.
+  void ExpectFreeAgain(std::chrono::milliseconds blocked, int time_out_ms) {
+    EXPECT_LT(blocked.count(), time_out_ms + 1000);
+    EXPECT_FALSE(window_->SweepFlags().SweepBusy || window_->SweepFlags().FftBusy ||
+                 window_->Link().flags().CaptureBusy);
+    EXPECT_FALSE(QApplication::overrideCursor());
+  }
+
+  // Off line, the CSV file of WriteSineCsv opens through the open-file dialog and its spectrum
+  // peaks at 10 kHz.
+  void ExpectCsvAnalysedOffline() {
+    const QString path = dir_.path() + "/sine.csv";
+    ASSERT_TRUE(WriteSineCsv(path));
+    user_.SetFileToOpen(path);
+    Trigger("ID_Open");
+    Trigger("ID_FFT2");
+    EXPECT_NEAR(SpectrumPeakHz(*window_), 1e4, 2 * window_->SpectrumRecord().FrequencyResolution);
+  }
+
+  UserAtWindow user_;
+};
 
 }  // namespace quarvelo::app::testing_support
 

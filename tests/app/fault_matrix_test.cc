@@ -9,19 +9,15 @@
 #include <QApplication>
 #include <QEvent>
 #include <QLabel>
-#include <QTemporaryDir>
 #include <QTimer>
 #include <algorithm>
 #include <atomic>
-#include <memory>
 #include <string>
 #include <thread>
 #include <tuple>
 #include <vector>
 
-#include "app/qt_startup_platform.h"
 #include "platform/qt/picture_box.h"
-#include "platform/qt/qsettings_store.h"
 #include "sim/simulator.h"
 #include "tests/app/fault_harness.h"
 
@@ -100,41 +96,36 @@ class StatusHistory : public QObject {
 
 using Cell = std::tuple<Fault, Transport, Moment>;
 
-class FaultMatrix : public testing::TestWithParam<Cell> {
+class FaultMatrix : public testing_support::FaultTest, public testing::WithParamInterface<Cell> {
  protected:
   void SetUp() override {
     const auto [fault, transport, moment] = GetParam();
     if (Expected(fault, moment) == Outcome::kImpossible) {
       GTEST_SKIP() << "the readback reads no block: a cut block cannot happen there";
     }
-    qputenv("XDG_DATA_HOME", (dir_.path() + "/data").toUtf8());
-    sim::SimulatorOptions options;
-    options.socket_port = transport == Transport::kSocket ? 0 : -1;
-    options.vxi11_port = options.portmapper_port = transport == Transport::kVxi11 ? 0 : -1;
-    options.hislip_port = transport == Transport::kHislip ? 0 : -1;
-    std::string error;
-    simulator_ = sim::Simulator::Start(options, &error);
-    ASSERT_NE(simulator_, nullptr) << error;
-    store_ = std::make_unique<qt::QSettingsStore>(dir_.path() + "/QUARVELO.conf");
-    store_->Set(
-        "Setup", "VISA",
-        testing_support::ResourceFor(transport, simulator_->socket_port(),
-                                     simulator_->portmapper_port(), simulator_->hislip_port()));
-    store_->Set("Setup", "Channels", "4");
-    window_ = std::make_unique<frmKeysight>(*store_, platform_);
-    ASSERT_TRUE(window_->Form_Load());
+    FaultTest::SetUp();
+    if (HasFatalFailure()) return;
+    Load({}, false);
     window_->show();  // the status line paints, and so is recorded, only when shown
     window_->findChild<QLabel*>("lblScreen")->installEventFilter(&status_);
   }
 
-  void TearDown() override {
-    if (delay_clearer_.joinable()) delay_clearer_.join();
+  // The cell's transport only.
+  sim::SimulatorOptions Options() const override {
+    const Transport transport = std::get<1>(GetParam());
+    sim::SimulatorOptions options;
+    options.socket_port = transport == Transport::kSocket ? 0 : -1;
+    options.vxi11_port = options.portmapper_port = transport == Transport::kVxi11 ? 0 : -1;
+    options.hislip_port = transport == Transport::kHislip ? 0 : -1;
+    return options;
+  }
+  std::string Resource() const override {
+    return testing_support::ResourceFor(std::get<1>(GetParam()), simulator_->socket_port(),
+                                        simulator_->portmapper_port(), simulator_->hislip_port());
   }
 
-  void Trigger(const std::string& tool) {
-    auto* action = window_->findChild<QAction*>(QString::fromStdString(tool));
-    ASSERT_NE(action, nullptr) << tool;
-    action->trigger();
+  void TearDown() override {
+    if (delay_clearer_.joinable()) delay_clearer_.join();
   }
 
   int Count(const std::string& prefix) const {
@@ -156,12 +147,6 @@ class FaultMatrix : public testing::TestWithParam<Cell> {
     });
   }
 
-  QTemporaryDir dir_;
-  std::unique_ptr<sim::Simulator> simulator_;
-  std::unique_ptr<qt::QSettingsStore> store_;
-  QtStartupPlatform platform_;
-  std::unique_ptr<frmKeysight> window_;
-  testing_support::UserAtWindow user_;
   StatusHistory status_;
   std::atomic<bool> armed_ = false;
   std::thread delay_clearer_;
@@ -171,11 +156,7 @@ TEST_P(FaultMatrix, ReportsKeepsRecordsAndStaysUsable) {
   const auto [fault, transport, moment] = GetParam();
   const std::string command = FaultCommand(fault, moment);
   // A session with data: four channels captured, the oscilloscope's screen imported.
-  Trigger("ID_Remote");
-  ASSERT_TRUE(window_->Session().RemoteOn);
-  window_->findChild<QTimer*>("tmrRefresh")->stop();  // the poll runs once, below, by hand
-  for (int n = 2; n <= 4; ++n) simulator_->Execute(":CHANnel" + std::to_string(n) + ":DISPlay 1");
-  Trigger("ID_DIG");
+  ASSERT_NO_FATAL_FAILURE(OpenWithFourChannelsCaptured());
   Trigger("ID_ScreenShoot");
   window_->Settings().AverageCount = 3;        // the third pass is the last
   window_->Link().PollInstrumentStatus(true);  // as the refresh timer would: 5 s time-out
@@ -214,50 +195,33 @@ TEST_P(FaultMatrix, ReportsKeepsRecordsAndStaysUsable) {
   // only the channel whose capture failed (the sweep reads the channels other than the
   // trigger's first, the FFT run channel 1) may have lost its record; the picture stays.
   const int involved = capture == 0 ? 0 : moment == Moment::kSweep ? 2 : 1;
-  const std::vector<testing_support::RecordCopy> after = testing_support::CopyRecords(*window_);
   if (outcome == Outcome::kErrorBox) {
-    ASSERT_EQ(user_.Boxes().size(), 1u);
-    EXPECT_EQ(user_.Boxes()[0].rfind("*** VISA Error : ", 0), 0u) << user_.Boxes()[0];
-    EXPECT_GT(user_.Boxes()[0].size(), 17u);
-    EXPECT_FALSE(window_->Session().RemoteOn);
-    EXPECT_FALSE(window_->Tools().ToolState("ID_Remote"));
-    EXPECT_EQ(store_->Get("Setup", "Channels", ""), "2");
-    for (int channel = 1; channel <= 4; ++channel) {
-      if (channel != involved) {
-        EXPECT_EQ(after[channel - 1], records[channel - 1]) << channel;
-      }
-    }
+    ASSERT_NO_FATAL_FAILURE(ExpectLinkLost(records, involved));
   } else {
     // The link stays on and the work goes on (the sweep of Control on reads the records anew).
     EXPECT_TRUE(user_.Boxes().empty()) << user_.Boxes().front();
     EXPECT_TRUE(window_->Session().RemoteOn);
     EXPECT_EQ(status_.Saw("TIME OUT!"), outcome == Outcome::kTimeOut);
-    if (involved != 0) {  // junk is not data
-      EXPECT_EQ(after[involved - 1].bytes, 0);
+    if (involved != 0) {
       EXPECT_TRUE(status_.Saw("DATA ERROR CH" + std::to_string(involved)));
     }
     if (moment == Moment::kImageImport) {
       EXPECT_TRUE(status_.Saw("No screen image received: the previous picture is kept"));
     }
   }
+  // Junk, a cut or a lost transfer is not data.
+  if (involved != 0) {
+    EXPECT_EQ(window_->Records().Records[involved].ByteCount, 0);
+  }
   EXPECT_EQ(window_->picKeysight()->Image(), picture);
-  EXPECT_LT(blocked.count(), TimeOutMs(moment) + 1000);
-  EXPECT_FALSE(window_->SweepFlags().SweepBusy || window_->SweepFlags().FftBusy ||
-               window_->Link().flags().CaptureBusy);
-  EXPECT_FALSE(QApplication::overrideCursor());
+  ExpectFreeAgain(blocked, TimeOutMs(moment));
   RecordProperty("box", user_.Boxes().empty() ? "" : user_.Boxes()[0]);
   RecordProperty("blocked_ms", static_cast<int>(blocked.count()));
 
   // Usable again: off line a CSV file opens and is analysed, then Control on reconnects.
   simulator_->Execute(":SIMulate:CLEar");
   if (window_->Session().RemoteOn) Trigger("ID_Remote");
-  const QString csv = dir_.path() + "/sine.csv";
-  ASSERT_TRUE(testing_support::WriteSineCsv(csv));
-  user_.SetFileToOpen(csv);
-  Trigger("ID_Open");
-  Trigger("ID_FFT2");
-  EXPECT_NEAR(testing_support::SpectrumPeakHz(*window_), 1e4,
-              2 * window_->SpectrumRecord().FrequencyResolution);
+  ExpectCsvAnalysedOffline();
   const std::size_t boxes = user_.Boxes().size();
   simulator_->ClearTraffic();
   Trigger("ID_Remote");

@@ -22,7 +22,6 @@
 
 #include "platform/qt/picture_box.h"
 #include "tests/app/fault_harness.h"
-#include "tests/app/window_on_simulator.h"
 
 namespace quarvelo::app {
 namespace {
@@ -138,16 +137,10 @@ constexpr MomentCase kMoments[] = {
     {"FftThirdPass", "ID_FFT1", ":DIGitize CHANnel1", 3, 10000},
     {"ImageImport", "ID_ScreenShoot", ":DISPlay:DATA? BMP8BIT, COLor", 1, 5000},
 };
-constexpr const char* kTransports[] = {"Socket", "Vxi11", "Hislip"};
+using testing_support::Transport;
 
-std::string Resource(int transport, const SimulatorProcess& process) {
-  if (transport == 0) return "TCPIP0::127.0.0.1::" + process.Port("socket") + "::SOCKET";
-  if (transport == 1) return "TCPIP0::127.0.0.1:" + process.Port("portmapper") + "::inst0::INSTR";
-  return "TCPIP0::127.0.0.1::hislip0," + process.Port("hislip") + "::INSTR";
-}
-
-class ProcessKilled : public testing_support::WindowOnSimulator,
-                      public testing::WithParamInterface<std::tuple<int, int>> {
+class ProcessKilled : public testing_support::FaultTest,
+                      public testing::WithParamInterface<std::tuple<Transport, int>> {
  protected:
   // Not the base's set-up: the simulator here is a process, not a library.
   void SetUp() override {
@@ -156,26 +149,21 @@ class ProcessKilled : public testing_support::WindowOnSimulator,
     ASSERT_TRUE(process_->Start({"--socket-port", "0", "--vxi11-port", "0", "--portmapper-port",
                                  "0", "--hislip-port", "0"}));
     store_ = std::make_unique<qt::QSettingsStore>(dir_.path() + "/QUARVELO.conf");
-    store_->Set("Setup", "VISA", Resource(std::get<0>(GetParam()), *process_));
+    store_->Set("Setup", "VISA",
+                testing_support::ResourceFor(
+                    std::get<0>(GetParam()), std::stoi(process_->Port("socket")),
+                    std::stoi(process_->Port("portmapper")), std::stoi(process_->Port("hislip"))));
     store_->Set("Setup", "Channels", "4");
     window_ = std::make_unique<frmKeysight>(*store_, platform_);
     Load({}, false);
-    user_.SetFileToOpen(csv_path_);
   }
 
   std::unique_ptr<SimulatorProcess> process_;
-  testing_support::UserAtWindow user_;
-  QString csv_path_ = dir_.path() + "/sine.csv";
 };
 
 TEST_P(ProcessKilled, ReportsKeepsAnalysesAndReconnects) {
   const MomentCase& moment = kMoments[std::get<1>(GetParam())];
-  Trigger("ID_Remote");
-  ASSERT_TRUE(window_->Session().RemoteOn);
-  window_->findChild<QTimer*>("tmrRefresh")->stop();  // its polls are not under test here
-  for (int n = 2; n <= 4; ++n)
-    window_->Link().SendCommand(":CHANnel" + std::to_string(n) + ":DISPlay 1");
-  Trigger("ID_DIG");
+  ASSERT_NO_FATAL_FAILURE(OpenWithFourChannelsCaptured());
   window_->Settings().AverageCount = 4;
   if (std::string(moment.tool) == "ID_Remote") Trigger("ID_Remote");  // off, to switch it on
   const std::vector<testing_support::RecordCopy> records = testing_support::CopyRecords(*window_);
@@ -189,42 +177,24 @@ TEST_P(ProcessKilled, ReportsKeepsAnalysesAndReconnects) {
   const std::chrono::milliseconds blocked = user_.LongestBlock();
   ASSERT_TRUE(process_->killed()) << moment.kill_on << " never arrived";
 
-  // The lost link as reported, and the window free again.
-  ASSERT_EQ(user_.Boxes().size(), 1u);
-  EXPECT_EQ(user_.Boxes()[0].rfind("*** VISA Error : ", 0), 0u) << user_.Boxes()[0];
-  EXPECT_FALSE(window_->Session().RemoteOn);
-  EXPECT_FALSE(window_->Tools().ToolState("ID_Remote"));
-  EXPECT_EQ(store_->Get("Setup", "Channels", ""), "2");
-  EXPECT_LT(blocked, std::chrono::milliseconds(moment.time_out_ms + 1000));
-  EXPECT_FALSE(window_->SweepFlags().SweepBusy || window_->SweepFlags().FftBusy ||
-               window_->Link().flags().CaptureBusy);
-  EXPECT_FALSE(QApplication::overrideCursor());
-  // Records the failed exchange was not filling stay as they were: the channel whose transfer
-  // was under way when a capture died is the only one that may have changed.
+  // The lost link as reported, the window free again, and the records the failed exchange was
+  // not filling as they were: the channel whose transfer was under way when a capture died is
+  // the only one that may have changed.
   int involved = 0;
   if (moment.time_out_ms == 10000) {
     for (const std::string& line : process_->Received()) {
       if (line.rfind(":WAVeform:SOURce CHANnel", 0) == 0) involved = line.back() - '0';
     }
   }
-  const std::vector<testing_support::RecordCopy> after = testing_support::CopyRecords(*window_);
-  for (int channel = 1; channel <= 4; ++channel) {
-    if (channel != involved) {
-      EXPECT_EQ(after[channel - 1], records[channel - 1]) << channel;
-    }
-  }
+  ASSERT_NO_FATAL_FAILURE(ExpectLinkLost(records, involved));
+  ExpectFreeAgain(blocked, moment.time_out_ms);
   EXPECT_EQ(window_->picKeysight()->Image(), picture);
   if (moment.nth == 3) {  // the spectrum of the two passes before the fault stays
     EXPECT_TRUE(window_->SpectrumRecord().SpectrumReady);
     EXPECT_EQ(window_->SpectrumRecord().AverageSlot, 2);
   }
 
-  // Off line, a CSV file opens and its spectrum shows the sine.
-  ASSERT_TRUE(testing_support::WriteSineCsv(csv_path_));
-  Trigger("ID_Open");
-  Trigger("ID_FFT2");
-  EXPECT_NEAR(testing_support::SpectrumPeakHz(*window_), 1e4,
-              2 * window_->SpectrumRecord().FrequencyResolution);
+  ExpectCsvAnalysedOffline();
 
   // The instrument back on the same ports: Control on reads it back and sweeps.
   const std::vector<std::string> ports = process_->SamePorts();
@@ -238,12 +208,14 @@ TEST_P(ProcessKilled, ReportsKeepsAnalysesAndReconnects) {
   EXPECT_NE(std::find(received.begin(), received.end(), ":WAVeform:DATA?"), received.end());
 }
 
-INSTANTIATE_TEST_SUITE_P(Cells, ProcessKilled,
-                         testing::Combine(testing::Range(0, 3), testing::Range(0, 4)),
-                         [](const auto& info) {
-                           return std::string(kTransports[std::get<0>(info.param)]) +
-                                  kMoments[std::get<1>(info.param)].name;
-                         });
+INSTANTIATE_TEST_SUITE_P(
+    Cells, ProcessKilled,
+    testing::Combine(testing::Values(Transport::kSocket, Transport::kVxi11, Transport::kHislip),
+                     testing::Range(0, 4)),
+    [](const auto& info) {
+      return std::string(testing_support::TransportName(std::get<0>(info.param))) +
+             kMoments[std::get<1>(info.param)].name;
+    });
 
 }  // namespace
 }  // namespace quarvelo::app

@@ -25,16 +25,22 @@ class WindowOnSimulator : public ::testing::Test {
  protected:
   void SetUp() override {
     qputenv("XDG_DATA_HOME", (dir_.path() + "/data").toUtf8());
-    sim::SimulatorOptions options;
-    options.vxi11_port = options.portmapper_port = options.hislip_port = -1;
     std::string error;
-    simulator_ = sim::Simulator::Start(options, &error);
+    simulator_ = sim::Simulator::Start(Options(), &error);
     ASSERT_NE(simulator_, nullptr) << error;
     store_ = std::make_unique<qt::QSettingsStore>(dir_.path() + "/QUARVELO.conf");
-    store_->Set("Setup", "VISA", simulator_->SocketResource());
+    store_->Set("Setup", "VISA", Resource());
     store_->Set("Setup", "Channels", "4");
     window_ = std::make_unique<frmKeysight>(*store_, platform_);
   }
+
+  // The simulator's transports, and the address the settings give the window.
+  virtual sim::SimulatorOptions Options() const {
+    sim::SimulatorOptions options;
+    options.vxi11_port = options.portmapper_port = options.hislip_port = -1;
+    return options;
+  }
+  virtual std::string Resource() const { return simulator_->SocketResource(); }
 
   // Stores the further "Setup" keys, loads the window and, when asked, opens the link.
   void Load(const std::vector<std::pair<std::string, std::string>>& setup, bool open_link) {

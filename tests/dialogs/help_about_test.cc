@@ -9,7 +9,6 @@
 #include <QTemporaryDir>
 #include <QTextBrowser>
 #include <QUrl>
-#include <QWidget>
 
 #include "dialogs/frmAbout.h"
 #include "dialogs/help.h"

@@ -47,14 +47,12 @@ TEST(NumberTextTest, ReadsBackAsTheSameValueWhenFifteenDigitsSuffice) {
 }
 
 TEST(WholeNumberTextTest, RoundsHalvesToEven) {
-  const std::pair<double, const char*> cases[] = {{1250000.0, "1250000"},
-                                                  {2.5, "2"},
-                                                  {3.5, "4"},
-                                                  {-2.5, "-2"},
-                                                  {-0.4, "0"},
-                                                  {99999.7, "100000"},
-                                                  {2.5e9, "2500000000"},
-                                                  {std::numeric_limits<double>::quiet_NaN(), "0"}};
+  const std::pair<double, const char*> cases[] = {
+      // clang-format off
+      {1250000.0, "1250000"}, {2.5, "2"}, {3.5, "4"}, {-2.5, "-2"}, {-0.4, "0"},
+      {99999.7, "100000"}, {2.5e9, "2500000000"}, {std::numeric_limits<double>::quiet_NaN(), "0"},
+      // clang-format on
+  };
   for (const auto& [value, text] : cases) EXPECT_EQ(WholeNumberText(value), text) << value;
 }
 

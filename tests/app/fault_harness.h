@@ -85,7 +85,6 @@ class UserAtWindow {
   // The texts of the boxes closed so far; a box that is not a critical "QUARVELO" box is
   // recorded with the prefix "(not a critical QUARVELO box) ".
   const std::vector<std::string>& Boxes() const { return boxes_; }
-  void ClearBoxes() { boxes_.clear(); }
 
   // The file an open-file dialog is answered with.
   void SetFileToOpen(const QString& path) { file_to_open_ = path; }

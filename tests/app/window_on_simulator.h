@@ -1,5 +1,5 @@
 // The real main window with its own data folder and settings file, the settings pointing at a
-// simulated oscilloscope on loopback TCP (socket only) with four channels.
+// simulated oscilloscope on loopback TCP (socket only, unless a test chooses) with four channels.
 #ifndef QUARVELO_TESTS_APP_WINDOW_ON_SIMULATOR_H_
 #define QUARVELO_TESTS_APP_WINDOW_ON_SIMULATOR_H_
 

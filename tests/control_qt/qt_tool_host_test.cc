@@ -100,7 +100,7 @@ TEST_F(QtToolHostTest, ToolbarClickChangesTheStateTheMenuShows) {
   EXPECT_EQ(clicked.size(), 2);
 }
 
-TEST_F(QtToolHostTest, ProgramChangesEmitNoToolEvents) {
+TEST_F(QtToolHostTest, ProgramChangesEmitNoToolEventsAndUnknownIdsAreIgnored) {
   QSignalSpy clicked(&host_, &QtToolHost::ToolClicked);
   QSignalSpy combo_changed(&host_, &QtToolHost::ComboChanged);
   host_.SetToolState("ID_Run", true);
@@ -110,6 +110,15 @@ TEST_F(QtToolHostTest, ProgramChangesEmitNoToolEvents) {
   host_.SetToolEnabled("ID_Single", false);
   EXPECT_TRUE(host_.ToolState("ID_Run"));
   EXPECT_FALSE(host_.Action("ID_Single")->isEnabled());
+  host_.SetToolState("ID_Nope", true);
+  host_.SetToolVisible("ID_Nope", true);
+  host_.SetComboItems("ID_Run", {"x"});  // not a combo
+  host_.SetComboIndex("ID_Nope", 1);
+  EXPECT_FALSE(host_.ToolState("ID_Nope"));
+  EXPECT_FALSE(host_.ToolVisible("ID_Nope"));
+  EXPECT_EQ(host_.ComboIndex("ID_Nope"), -1);
+  EXPECT_TRUE(host_.ComboItems("ID_Run").empty());
+  EXPECT_EQ(host_.ToolCaption("ID_Nope"), "");
   EXPECT_EQ(clicked.size(), 0);
   EXPECT_EQ(combo_changed.size(), 0);
 }
@@ -178,18 +187,6 @@ TEST_F(QtToolHostTest, LabelToolsShowTheirCaption) {
   ASSERT_NE(label, nullptr);
   EXPECT_EQ(label->text(), "2.00GSa/s");
   EXPECT_EQ(label->accessibleName(), "2.00GSa/s");
-}
-
-TEST_F(QtToolHostTest, UnknownIdsAreIgnored) {
-  host_.SetToolState("ID_Nope", true);
-  host_.SetToolVisible("ID_Nope", true);
-  host_.SetComboItems("ID_Run", {"x"});  // not a combo
-  host_.SetComboIndex("ID_Nope", 1);
-  EXPECT_FALSE(host_.ToolState("ID_Nope"));
-  EXPECT_FALSE(host_.ToolVisible("ID_Nope"));
-  EXPECT_EQ(host_.ComboIndex("ID_Nope"), -1);
-  EXPECT_TRUE(host_.ComboItems("ID_Run").empty());
-  EXPECT_EQ(host_.ToolCaption("ID_Nope"), "");
 }
 
 // Records the host's signals in the order they come.

@@ -259,22 +259,19 @@ TEST_F(DispatchTest, NothingActsWhileTheProgramChangesTools) {
   EXPECT_EQ(dispatcher_.MenuChannel(), 1);
 }
 
-TEST_F(DispatchTest, MacroWithoutCommandsOnlySweeps) {
+// A macro without commands only sweeps; the Set button sends its text on the oscilloscope view,
+// sweeps in mixed domain and sets centre and span on the spectrum view.
+TEST_F(DispatchTest, MacrosAndTheSetButtonByView) {
   dispatcher_.RunMacro("", "", true);
   dispatcher_.RunMacro(":RUN", ":MEASure:VPP %", false);
-  EXPECT_THAT(Commands(), ElementsAreArray({":RUN", ":MEASure:VPP %"}));
-  EXPECT_THAT(targets_.calls, ElementsAreArray({"Sweep 1"}));
-}
-
-TEST_F(DispatchTest, SetButtonByView) {
   dispatcher_.SetClicked("  :STOP  ");
   choices_.MixedDomain = true;
   dispatcher_.SetClicked(":RUN");
   choices_.MixedDomain = false;
   targets_.sweep_mode = false;
   dispatcher_.SetClicked(":RUN");
-  EXPECT_THAT(Commands(), ElementsAreArray({":STOP"}));
-  EXPECT_THAT(targets_.calls, ElementsAreArray({"Sweep 1", "SetCenterSpanFromEntries"}));
+  EXPECT_THAT(Commands(), ElementsAreArray({":RUN", ":MEASure:VPP %", ":STOP"}));
+  EXPECT_THAT(targets_.calls, ElementsAreArray({"Sweep 1", "Sweep 1", "SetCenterSpanFromEntries"}));
 }
 
 TEST_F(DispatchTest, SecondMathFunctionAndGeneratorTakeTheCommands) {

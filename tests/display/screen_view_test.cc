@@ -14,6 +14,7 @@
 #include "display/format.h"
 #include "display/trace_raster.h"
 #include "platform/ui/recording_ui.h"
+#include "tests/link/fields.h"
 
 namespace quarvelo::display {
 namespace {
@@ -291,9 +292,8 @@ TEST_F(ScreenViewTest, AutoPeakFillsTheFirstFreeSlotWithTheHighestPointRightOfTh
                       (layout_.GridTop + layout_.GridBottom) / 2, false, kLeftButton);
     view_.AutoPeak();
     const Marker& last = state_.Markers[4];
-    EXPECT_EQ(last.active, true);
-    EXPECT_EQ(last.index, active == 3 ? 700 : 0);
-    EXPECT_EQ(last.level, active == 3 ? -40 : 0);
+    EXPECT_EQ(testing_support::Fields(last.active, last.index, last.level),
+              active == 3 ? "1|700|-40|" : "1|0|0|");
   }
 }
 
@@ -308,20 +308,18 @@ TEST_F(ScreenViewTest, ZoomingInUntilNoPointRemainsKeepsTheRange) {
     view_.ZoomView(kZoomIn);
   }
   ASSERT_EQ(ui_.status(), "Span too small!");
-  EXPECT_EQ(spectrum_.FirstPoint, first);
-  EXPECT_EQ(spectrum_.LastPoint, last);
+  EXPECT_EQ(testing_support::Fields(spectrum_.FirstPoint, spectrum_.LastPoint),
+            testing_support::Fields(first, last));
   EXPECT_GT(last, first);
   EXPECT_NEAR((first + last) / 2.0, 300, 1);
 
   // The reset shows the whole spectrum again, up to the upper limit while it is on.
   host_.sweep_mode = false;
   view_.ZoomView(kZoomReset);
-  EXPECT_EQ(spectrum_.FirstPoint, 1);
-  EXPECT_EQ(spectrum_.LastPoint, 1025);
+  EXPECT_EQ(testing_support::Fields(spectrum_.FirstPoint, spectrum_.LastPoint), "1|1025|");
   host_.upper_limit_hz = 512e3;
   view_.ZoomView(kZoomReset);
-  EXPECT_EQ(spectrum_.LastPoint, 512);
-  EXPECT_EQ(spectrum_.StopFrequency, 512e3);
+  EXPECT_EQ(testing_support::Fields(spectrum_.LastPoint, spectrum_.StopFrequency), "512|512000|");
 }
 
 TEST_F(ScreenViewTest, ZeroSpanShowsHalfTheTransform) {
@@ -357,9 +355,9 @@ TEST_F(ScreenViewTest, OscilloscopeZoomAroundTheCentreWithinTheRecord) {
     spectrum_.LastPoint = c.last;
     state_.ZoomCentre = c.centre;
     view_.ZoomView(c.mode);
-    EXPECT_EQ(spectrum_.FirstPoint, c.want_first);
-    EXPECT_EQ(spectrum_.LastPoint, c.want_last);
-    EXPECT_EQ(scope_.Channels[2].LastSample, c.want_last);
+    EXPECT_EQ(testing_support::Fields(spectrum_.FirstPoint, spectrum_.LastPoint,
+                                      scope_.Channels[2].LastSample),
+              testing_support::Fields(c.want_first, c.want_last, c.want_last));
   }
 }
 

@@ -13,6 +13,8 @@
 namespace quarvelo::dialogs {
 namespace {
 
+using testing_support::Fields;
+
 class FrmSettingsTest : public testing::Test {
  protected:
   std::unique_ptr<frmSettings> Open() {
@@ -86,18 +88,15 @@ TEST_F(FrmSettingsTest, AutoDisablesTheSlowerChoicesButNotFftA) {
   auto_algorithm_ = true;
   auto dialog = Open();
   auto* automatic = Find<QCheckBox>(*dialog, "chkAuto");
-  EXPECT_TRUE(automatic->isChecked());
-  EXPECT_TRUE(Fft(*dialog, 0)->isEnabled());
-  EXPECT_FALSE(Fft(*dialog, 1)->isEnabled());
-  EXPECT_FALSE(Fft(*dialog, 2)->isEnabled());
-  automatic->click();
-  EXPECT_TRUE(Fft(*dialog, 1)->isEnabled());
-  EXPECT_TRUE(Fft(*dialog, 2)->isEnabled());
-  automatic->click();
-  EXPECT_FALSE(Fft(*dialog, 1)->isEnabled());
+  for (const bool on : {true, false, true}) {  // as opened, then clicked twice
+    EXPECT_EQ(automatic->isChecked(), on);
+    EXPECT_EQ(Fields(Fft(*dialog, 0)->isEnabled(), Fft(*dialog, 1)->isEnabled(),
+                     Fft(*dialog, 2)->isEnabled()),
+              on ? "1|0|0|" : "1|1|1|");
+    automatic->click();
+  }
 }
 
-// Four channels are stored whatever the model.
 TEST_F(FrmSettingsTest, OkStoresEverythingAsText) {
   store_.Set("Setup", "DSO", "1");
   auto dialog = Open();
@@ -109,17 +108,16 @@ TEST_F(FrmSettingsTest, OkStoresEverythingAsText) {
   Channels(*dialog, 1)->click();
   Find<QPushButton>(*dialog, "cmdOk")->click();
   EXPECT_EQ(dialog->result(), QDialog::Accepted);
-  EXPECT_EQ(testing_support::Fields(address_, algorithm_, auto_algorithm_, scope_.HasWgen,
-                                    scope_.HasDvm, scope_.ChannelCount),
+  EXPECT_EQ(Fields(address_, algorithm_, auto_algorithm_, scope_.HasWgen, scope_.HasDvm,
+                   scope_.ChannelCount),
             "TCPIP0::10.0.0.7::inst0::INSTR|1|1|1|0|4|");
   const auto stored = [this](const char* section, const char* key) {
     return store_.Find(section, key).value_or("<missing>");
   };
-  EXPECT_EQ(
-      testing_support::Fields(stored("Setup", "VISA"), stored("FFT", "Algo"), stored("FFT", "Auto"),
-                              stored("Setup", "DSO"), stored("Setup", "Channels"),
-                              stored("Setup", "DVM"), stored("Setup", "WGEN")),
-      "TCPIP0::10.0.0.7::inst0::INSTR|1|1|0|4|0|1|");
+  EXPECT_EQ(Fields(stored("Setup", "VISA"), stored("FFT", "Algo"), stored("FFT", "Auto"),
+                   stored("Setup", "DSO"), stored("Setup", "Channels"), stored("Setup", "DVM"),
+                   stored("Setup", "WGEN")),
+            "TCPIP0::10.0.0.7::inst0::INSTR|1|1|0|4|0|1|");
 }
 
 TEST_F(FrmSettingsTest, CancelChangesNothingButTheChannelCountReadAtOpening) {
@@ -135,7 +133,7 @@ TEST_F(FrmSettingsTest, CancelChangesNothingButTheChannelCountReadAtOpening) {
   Find<QPushButton>(*dialog, "cmdCancel")->click();
   EXPECT_EQ(dialog->result(), QDialog::Rejected);
   EXPECT_EQ(store_.writes(), writes_before);
-  EXPECT_EQ(testing_support::Fields(address_, algorithm_, scope_.HasDvm, scope_.ChannelCount),
+  EXPECT_EQ(Fields(address_, algorithm_, scope_.HasDvm, scope_.ChannelCount),
             "|2|0|4|");  // the channel count read while opening is kept
 }
 

@@ -72,25 +72,23 @@ TEST_F(QtUiServicesTest, MessageBoxHasItsTitleIconAndReturnsTheButton) {
       {"Error!", ui::MessageIcon::kCritical, QMessageBox::Critical, ui::MessageButtons::kOk,
        QMessageBox::Ok, ui::MessageResult::kOk},
   };
+  const QString message = QStringLiteral("RESET WGEN\r\nAre you sure?");
   for (const auto& c : cases) {
-    QString title;
-    QMessageBox::Icon icon = QMessageBox::NoIcon;
-    QString text;
+    QString shown;  // the box's title, icon and text
     QTimer::singleShot(0, [&] {
       auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
       ASSERT_NE(box, nullptr);
-      title = box->windowTitle();
-      icon = box->icon();
-      text = box->text();
+      shown = QStringLiteral("%1|%2|%3").arg(box->windowTitle()).arg(box->icon()).arg(box->text());
       box->button(c.press)->click();
     });
-    const char* message = "RESET WGEN\r\nAre you sure?";
-    EXPECT_EQ(c.title == nullptr ? ui_.ShowMessage(message, c.icon, c.buttons)
-                                 : ui_.ShowTitledMessage(c.title, message, c.icon, c.buttons),
+    const std::string text = message.toStdString();
+    EXPECT_EQ(c.title == nullptr ? ui_.ShowMessage(text, c.icon, c.buttons)
+                                 : ui_.ShowTitledMessage(c.title, text, c.icon, c.buttons),
               c.expected);
-    EXPECT_EQ(title, c.title == nullptr ? "QUARVELO" : c.title);
-    EXPECT_EQ(icon, c.qt_icon);
-    EXPECT_EQ(text, message);
+    EXPECT_EQ(shown, QStringLiteral("%1|%2|%3")
+                         .arg(c.title == nullptr ? "QUARVELO" : c.title)
+                         .arg(c.qt_icon)
+                         .arg(message));
   }
 }
 

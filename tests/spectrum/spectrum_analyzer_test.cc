@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <random>
+#include <tuple>
 #include <vector>
 
 #include "fftw_reference.h"
@@ -90,12 +91,8 @@ INSTANTIATE_TEST_SUITE_P(
 TEST_F(SpectrumAnalyzerTest, PlanPrintsTheResolutionAndTheOscilloscopeLine) {
   host_.sample_rate = 1e6;  // 1 GSa/s
   store_.SetRecord(1, std::vector<double>(1000, 0.0));
-  const auto lines = analyzer_.PlanTransform(1, false, settings_);
-  ASSERT_TRUE(lines);
-  EXPECT_EQ(lines->second, "RES 1.001MHz");
-  const auto scope = analyzer_.PlanTransform(1, true, settings_);
-  ASSERT_TRUE(scope);
-  EXPECT_EQ(scope->first, "OSC: 1000 pts");
+  EXPECT_EQ(analyzer_.PlanTransform(1, false, settings_).value().second, "RES 1.001MHz");
+  EXPECT_EQ(analyzer_.PlanTransform(1, true, settings_).value().first, "OSC: 1000 pts");
 }
 
 TEST_F(SpectrumAnalyzerTest, PlanOfAnEmptyRecordIsAnAnalyseError) {
@@ -278,12 +275,10 @@ TEST_F(SpectrumAnalyzerTest, NoDataShowsTheMessageAndRestoresTheFlags) {
   spectrum_.TransformLength = 0;
   analyzer_.ComputeSpectrum(1, 1, settings_);
   ASSERT_EQ(ui_.messages().size(), 1u);
-  EXPECT_EQ(ui_.messages()[0].text, "No data");
-  EXPECT_EQ(ui_.messages()[0].icon, ui::MessageIcon::kCritical);
-  EXPECT_FALSE(spectrum_.SpectrumBusy);
-  EXPECT_FALSE(spectrum_.SpectrumReady);
-  EXPECT_EQ(ui_.pointer(), ui::PointerShape::kDefault);
-  EXPECT_TRUE(host_.drawn_channels.empty());
+  EXPECT_EQ(std::tuple(ui_.messages()[0].text, ui_.messages()[0].icon, spectrum_.SpectrumBusy,
+                       spectrum_.SpectrumReady, ui_.pointer(), host_.drawn_channels.size()),
+            std::tuple("No data", ui::MessageIcon::kCritical, false, false,
+                       ui::PointerShape::kDefault, 0u));
 }
 
 TEST_F(SpectrumAnalyzerTest, MinimisedOrBusyWindowComputesNothing) {
@@ -347,17 +342,14 @@ TEST_F(SpectrumAnalyzerTest, MixedDomainSpectrumOfTheShownSamples) {
   spectrum_.SpectrumChannel = 1;
   settings_.AverageCount = 1;
   analyzer_.MDISpectrum(1000, 3000, settings_);
-  EXPECT_EQ(host_.drawn_channels, std::vector<int>{1});
-  EXPECT_EQ(host_.average_counts, std::vector<int>{1});
-  EXPECT_EQ(host_.zoom_modes, (std::vector<int>{2, 0}));
-  EXPECT_EQ(host_.pane_restores, 1);
-  EXPECT_EQ(host_.status_panel_redraws, 1);
-  EXPECT_FALSE(spectrum_.MdiBusy);
+  using Ints = std::vector<int>;
+  EXPECT_EQ(std::tuple(host_.drawn_channels, host_.average_counts, host_.zoom_modes,
+                       host_.pane_restores, host_.status_panel_redraws, spectrum_.MdiBusy),
+            std::tuple(Ints{1}, Ints{1}, Ints{2, 0}, 1, 1, false));
   // The oscilloscope view's values are back.
-  EXPECT_EQ(spectrum_.FirstPoint, 1000);
-  EXPECT_EQ(spectrum_.LastPoint, 3000);
-  EXPECT_EQ(spectrum_.TransformLength, 4999);
-  EXPECT_EQ(spectrum_.Algorithm, kModuleFft);
+  EXPECT_EQ(std::tuple(spectrum_.FirstPoint, spectrum_.LastPoint, spectrum_.TransformLength,
+                       spectrum_.Algorithm),
+            std::tuple(1000, 3000, 4999, kModuleFft));
   // 2000 samples in range: transformed as 1024 of them.
   EXPECT_DOUBLE_EQ(spectrum_.FrequencyResolution, host_.sample_rate / 1024 * 1000);
 }
@@ -412,12 +404,17 @@ void ExpectLevels(const Spectrum& spectrum, const std::vector<double>& expected)
   }
 }
 
+std::vector<double> RandomRecord(std::size_t size, unsigned seed) {
+  std::mt19937_64 random(seed);
+  std::uniform_real_distribution<double> value(-1.0, 1.0);
+  std::vector<double> record(size);
+  for (double& x : record) x = value(random);
+  return record;
+}
+
 // A 1000-sample record pads to 1024 with zeros, and its window spans the 999 samples only.
 TEST_F(SpectrumAnalyzerTest, ZeroPaddedRecordEndToEnd) {
-  std::mt19937_64 random(11);
-  std::uniform_real_distribution<double> value(-1.0, 1.0);
-  std::vector<double> record(1000);
-  for (double& x : record) x = value(random);
+  const std::vector<double> record = RandomRecord(1000, 11);
   store_.SetRecord(1, record);
   ASSERT_TRUE(analyzer_.PlanTransform(1, false, settings_));
   ASSERT_TRUE(spectrum_.ZeroPadded);
@@ -431,10 +428,7 @@ TEST_F(SpectrumAnalyzerTest, ZeroPaddedRecordEndToEnd) {
 // A record shifted by one sample gives the same spectrum one offset later, in the averaging
 // pass and in the mixed-domain spectrum, whose start is the offset.
 TEST_F(SpectrumAnalyzerTest, ShiftedRecordMapsTheSampleOffset) {
-  std::mt19937_64 random(12);
-  std::uniform_real_distribution<double> value(-1.0, 1.0);
-  std::vector<double> record(3000);
-  for (double& x : record) x = value(random);
+  const std::vector<double> record = RandomRecord(3000, 12);
   settings_.SpectrumUnit = kUnitVoltsRms;
   UseRecord(1024, record, kModuleFft);
   analyzer_.ComputeSpectrum(1, 2, settings_);

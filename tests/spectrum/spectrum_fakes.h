@@ -39,14 +39,14 @@ class FakeSpectrumHost : public SpectrumHost {
   void SetProgressValue(double value) override { progress_values.push_back(value); }
   bool WindowMinimised() const override { return minimised; }
   double SampleRate() const override { return sample_rate; }
-  double ChannelScale(int channel) const override { return scale[channel]; }
+  double ChannelScale(int) const override { return 0.5; }
   bool ChannelDisplayed(int channel) const override { return displayed[channel]; }
   void DrawSpectrum(int channel) override {
     drawn_channels.push_back(channel);
     if (on_draw) on_draw();
   }
   bool MdiChecked() const override { return mdi_checked; }
-  int ReferenceChannel() const override { return reference_channel; }
+  int ReferenceChannel() const override { return 1; }
   void RedrawStatusPanel() override { ++status_panel_redraws; }
   void ShowAverageCount(int count) override { average_counts.push_back(count); }
   void SetLastZoomMode(int mode) override { zoom_modes.push_back(mode); }
@@ -54,10 +54,8 @@ class FakeSpectrumHost : public SpectrumHost {
 
   bool minimised = false;
   double sample_rate = 1000;  // kSa/s
-  std::array<double, 5> scale{0, 0.5, 0.5, 0.5, 0.5};
   std::array<bool, 5> displayed{false, true, true, true, true};
   bool mdi_checked = true;
-  int reference_channel = 1;
   std::function<void()> on_draw;
 
   std::pair<int, int> progress_range{-1, -1};

@@ -287,12 +287,10 @@ TEST(ReadbackTest, TwoChannelTwoThousandXIsReadWithoutErrorsOrChannelsThreeAndFo
   s.h.scope.Channels[3].Label = "untouched";
   s.readback.ReadBackState();
   s.readback.ReadBackMath(true);
-  const auto sent = s.Sent();
-  EXPECT_TRUE(AnySentStartsWith(sent, ":CHANnel2:"));
-  EXPECT_TRUE(AnySentStartsWith(sent, ":WGEN:MODulation:FM"));
-  EXPECT_TRUE(AnySentStartsWith(sent, ":FUNC:GOFT"));
-  EXPECT_FALSE(AnySentStartsWith(sent, ":CHANnel3"));
-  EXPECT_FALSE(AnySentStartsWith(sent, ":CHANnel4"));
+  for (const char* asked : {":CHANnel2:", ":WGEN:MODulation:FM", ":FUNC:GOFT"}) {
+    EXPECT_TRUE(AnySentStartsWith(s.Sent(), asked)) << asked;
+  }
+  for (const char* no : {":CHANnel3", ":CHANnel4"}) EXPECT_FALSE(AnySentStartsWith(s.Sent(), no));
   EXPECT_EQ(s.h.scope.Channels[3].Label, "untouched");
   EXPECT_TRUE(s.h.ui.status_lines().empty()) << s.h.ui.status();
   EXPECT_TRUE(s.h.session.RemoteOn);
@@ -303,9 +301,7 @@ TEST(ReadbackTest, AbsentOptionsAreNotAsked) {
   s.readback.ReadBackState();
   s.readback.ReadBackDvm();
   s.readback.ReadBackWgen();
-  const auto sent = s.Sent();
-  EXPECT_FALSE(AnySentStartsWith(sent, ":DVM"));
-  EXPECT_FALSE(AnySentStartsWith(sent, ":WGEN"));
+  for (const char* prefix : {":DVM", ":WGEN"}) EXPECT_FALSE(AnySentStartsWith(s.Sent(), prefix));
 }
 
 // The whole math readback of one function: the instrument's settings changed first, every

@@ -32,8 +32,7 @@ TEST(RequestedPointsTest, FollowsTheRule) {
   for (const Case& c : cases) {
     EXPECT_EQ(RequestedPoints(c.use_bins, c.bins_index, c.acquisition_points, c.screen_points),
               c.expected)
-        << c.use_bins << " " << c.bins_index << " " << c.acquisition_points << " "
-        << c.screen_points;
+        << "row " << &c - cases;
   }
 }
 
@@ -77,9 +76,7 @@ TEST(SampleStorageTest, GrowsKeepingContentsAndNeverShrinks) {
   EXPECT_EQ(storage.Time(2)[0], -1);
   EXPECT_EQ(storage.SpectrumWork(1, 4).size(), 1000u);
   // Slot 0 holds no channel; out-of-range channels give empty areas, not a crash.
-  EXPECT_TRUE(storage.Raw(0).empty());
-  EXPECT_TRUE(storage.Raw(5).empty());
-  EXPECT_TRUE(storage.Raw(-1).empty());
+  for (int channel : {0, 5, -1}) EXPECT_TRUE(storage.Raw(channel).empty()) << channel;
 }
 
 }  // namespace

@@ -19,14 +19,6 @@ using testing_support::Fields;
 using testing_support::OnlineScope;
 using testing_support::WithErrorQuery;
 
-// The Max Bins combo as the toolbar fills it.
-void FillBinsCombo(ui::ToolHost& tools, int index) {
-  std::vector<std::string> items;
-  for (int i = 0; i < 12; ++i) items.push_back(std::to_string(256 << i));
-  tools.SetComboItems("ID_Bins", items);
-  tools.SetComboIndex("ID_Bins", index);
-}
-
 struct LinesCase {
   const char* name;
   bool use_bins;
@@ -41,7 +33,11 @@ TEST_P(CaptureLinesTest, SendsTheTransferInOrder) {
   OnlineScope s;
   s.simulator->Execute(":CHANnel2:DISPlay 1;:TIMebase:SCALe 1E-5;:DIGitize");
   s.h.scope.TimebaseScale = 1e-5;
-  FillBinsCombo(s.h.tools, 2);
+  // The Max Bins combo as the toolbar fills it, its third entry picked.
+  std::vector<std::string> bins;
+  for (int i = 0; i < 12; ++i) bins.push_back(std::to_string(256 << i));
+  s.h.tools.SetComboItems("ID_Bins", bins);
+  s.h.tools.SetComboIndex("ID_Bins", 2);
   const double srate = text::LeadingNumber(s.simulator->Execute(":ACQuire:SRATe?"));
   const int acquisition_points = text::LeadingInteger(s.simulator->Execute(":ACQuire:POINts?"));
   s.simulator->ClearTraffic();

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <tuple>
 
 namespace quarvelo::spectrum {
 namespace {
@@ -10,19 +11,18 @@ namespace {
 TEST(BeginAveragingPassTest, ResetsTheShownRangeOnlyWhenTheRunChanged) {
   Spectrum spectrum;
   spectrum.TransformLength = 1024;
+  const auto shown = [&] {
+    return std::tuple(spectrum.AverageSlot, spectrum.FirstPoint, spectrum.LastPoint,
+                      spectrum.QuarterPoint);
+  };
   BeginAveragingPass(spectrum, 1, 1, 1000);
-  EXPECT_EQ(spectrum.AverageSlot, 1);
-  EXPECT_EQ(spectrum.FirstPoint, 1);
-  EXPECT_EQ(spectrum.LastPoint, 513);
-  EXPECT_EQ(spectrum.QuarterPoint, 256);
+  EXPECT_EQ(shown(), std::tuple(1, 1, 513, 256));
 
   // The user zooms; the next run of the same channel, rate and length keeps the zoom.
   spectrum.FirstPoint = 40;
   spectrum.LastPoint = 90;
   BeginAveragingPass(spectrum, 2, 1, 1000);
-  EXPECT_EQ(spectrum.AverageSlot, 2);
-  EXPECT_EQ(spectrum.FirstPoint, 40);
-  EXPECT_EQ(spectrum.LastPoint, 90);
+  EXPECT_EQ(shown(), std::tuple(2, 40, 90, 256));
 
   struct Change {
     int channel;
@@ -38,8 +38,7 @@ TEST(BeginAveragingPassTest, ResetsTheShownRangeOnlyWhenTheRunChanged) {
               static_cast<std::int32_t>(std::nearbyint(change.length / 2.0 + 1)));
   }
   // 999 / 2 + 1 = 500.5 and 999 / 4 = 249.75 round to 500 and 250.
-  EXPECT_EQ(spectrum.LastPoint, 500);
-  EXPECT_EQ(spectrum.QuarterPoint, 250);
+  EXPECT_EQ(shown(), std::tuple(1, 1, 500, 250));
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "sim/command_line.h"
@@ -58,16 +59,14 @@ TEST(CommandLineTest, AcceptsTheDocumentedOptionsOnly) {
     CommandLine line = ParseCommandLine(c.arguments);
     EXPECT_EQ(line.error.empty(), c.ok) << testing::PrintToString(c.arguments) << line.error;
   }
-  CommandLine defaults = ParseCommandLine({});
-  EXPECT_EQ(defaults.options.bind_address, "127.0.0.1");
-  EXPECT_EQ(defaults.options.socket_port, 5025);
-  EXPECT_EQ(defaults.options.portmapper_port, 111);
-  EXPECT_EQ(defaults.options.hislip_port, 4880);
-  CommandLine variant = ParseCommandLine({"--model", "2000X", "--options", "dvm"});
-  EXPECT_EQ(variant.options.model, "2000X");
-  EXPECT_FALSE(variant.options.has_wgen);
-  EXPECT_TRUE(variant.options.has_dvm);
-  EXPECT_EQ(ParseCommandLine({"--identity", "A,B,C,D"}).options.identity, "A,B,C,D");
+  const SimulatorOptions defaults = ParseCommandLine({}).options;
+  EXPECT_EQ(std::tuple(defaults.bind_address, defaults.socket_port, defaults.portmapper_port,
+                       defaults.hislip_port),
+            std::tuple("127.0.0.1", 5025, 111, 4880));
+  const SimulatorOptions variant =
+      ParseCommandLine({"--model", "2000X", "--options", "dvm", "--identity", "A,B,C,D"}).options;
+  EXPECT_EQ(std::tuple(variant.model, variant.has_wgen, variant.has_dvm, variant.identity),
+            std::tuple("2000X", false, true, "A,B,C,D"));
 }
 
 }  // namespace

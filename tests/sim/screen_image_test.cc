@@ -33,9 +33,7 @@ TEST_P(ScreenImageTest, OpensAndShowsTheTraceAtItsLevel) {
   ASSERT_EQ(reply.substr(0, 2), "#8");
   size_t length = std::stoul(reply.substr(2, 8));
   ASSERT_EQ(reply.size(), 10 + length);
-  if (c.size != 0) {
-    EXPECT_EQ(length, c.size);
-  }
+  EXPECT_TRUE(c.size == 0 || length == c.size) << length;
   QImage image;
   ASSERT_TRUE(
       image.loadFromData(QByteArray(reply.data() + 10, static_cast<qsizetype>(length)), c.codec));
@@ -50,8 +48,7 @@ TEST_P(ScreenImageTest, OpensAndShowsTheTraceAtItsLevel) {
   EXPECT_NE(channel2, background);
   EXPECT_NE(channel1, channel2);
   if (c.gray) {
-    EXPECT_EQ(qRed(channel1), qGreen(channel1));
-    EXPECT_EQ(qGreen(channel1), qBlue(channel1));
+    EXPECT_TRUE(qIsGray(channel1));
   } else {
     EXPECT_EQ(channel1, qRgb(255, 255, 0));  // channel 1 is yellow
   }

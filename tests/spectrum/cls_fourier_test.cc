@@ -11,8 +11,6 @@ TEST(ClsFourierTest, AcceptsOnlyPowersOfTwo) {
     EXPECT_EQ(fourier.SetNumberOfSamples(n), FourierStatus::kBadSampleCount) << n;
     EXPECT_EQ(fourier.NumberOfSamples(), 0) << "a refused length leaves it unknown";
   }
-  EXPECT_EQ(FourierStatusMessage(FourierStatus::kBadSampleCount),
-            "Number of Samples must be a positive value of the form 2 ^ n");
   EXPECT_EQ(fourier.SetNumberOfSamples(2), FourierStatus::kOk);
   EXPECT_EQ(fourier.SetNumberOfSamples(65536), FourierStatus::kOk);
   EXPECT_EQ(fourier.SetNumberOfSamples(1000), FourierStatus::kBadSampleCount);
@@ -34,8 +32,6 @@ TEST(ClsFourierTest, IndexesCountFromOneAndNeedAKnownLength) {
     EXPECT_EQ(fourier.Magnitude(index, &value), FourierStatus::kIndexOutOfRange) << index;
     EXPECT_EQ(fourier.ComplexOut(index, &complex_value), FourierStatus::kIndexOutOfRange);
   }
-  EXPECT_EQ(FourierStatusMessage(FourierStatus::kIndexOutOfRange),
-            "Index out of range or number of samples unknown");
   EXPECT_EQ(fourier.SetRealIn(8, 1.0), FourierStatus::kOk);
   EXPECT_EQ(fourier.ComplexOut(8, &complex_value), FourierStatus::kOk);
 }

@@ -27,16 +27,17 @@ class InstrumentOnlineTest : public testing::Test {
     commands.query_string = [this](std::string_view query) { return link_.QueryString(query); };
     return commands;
   }
-  bool Received(std::string_view message) const {
+  // How many received messages are `message` (or begin with it, with `prefix`).
+  long Received(std::string_view message, bool prefix = false) const {
     const auto received = simulator_->ReceivedMessages();
-    return std::find(received.begin(), received.end(), message) != received.end();
+    return std::count_if(received.begin(), received.end(), [&](const std::string& m) {
+      return prefix ? m.starts_with(message) : m == message;
+    });
   }
 
   testing_support::OnlineScope s_;
   std::unique_ptr<sim::Simulator>& simulator_ = s_.simulator;
-  link::InstrumentSession& session_ = s_.h.session;
   link::InstrumentLink& link_ = s_.h.link;
-  ui::RecordingUi& ui_ = s_.h.ui;
   ui::RecordingToolHost& tools_ = s_.h.tools;
 };
 
@@ -55,26 +56,20 @@ TEST_F(InstrumentOnlineTest, AutoConfigFftSetsTheInstrumentsOwnFft) {
                    std::nearbyint(rate / 4));
   EXPECT_DOUBLE_EQ(text::LeadingNumber(simulator_->Execute(":FUNC1:FFT:SPAN?")),
                    std::nearbyint(rate / 2));
-  EXPECT_TRUE(ui_.messages().empty());
-  EXPECT_TRUE(session_.RemoteOn);
+  EXPECT_TRUE(s_.h.ui.messages().empty());
+  EXPECT_TRUE(s_.h.session.RemoteOn);
 }
 
 TEST_F(InstrumentOnlineTest, NoSpanWithoutASampleRateAndNoCentreWhenOffline) {
   // Garbled replies to the time base, its error query and the sample rate: no rate to read.
   simulator_->Execute(":SIMulate:GARBage 3");
   ConfigureInstrumentFft(Commands(), ":FUNC1", 1, true);
-  std::vector<std::string> received = simulator_->ReceivedMessages();
   EXPECT_TRUE(Received(":FUNC1:FFT:CENTer 0"));
-  EXPECT_EQ(std::count_if(received.begin(), received.end(),
-                          [](const std::string& m) { return m.rfind(":FUNC1:FFT:SPAN", 0) == 0; }),
-            0);
+  EXPECT_EQ(Received(":FUNC1:FFT:SPAN", true), 0);
   simulator_->ClearTraffic();
   ConfigureInstrumentFft(Commands(), ":FUNC1", 1, false);
-  received = simulator_->ReceivedMessages();
   EXPECT_TRUE(Received(":FUNC1:OPERation FFT"));
-  EXPECT_EQ(std::count_if(received.begin(), received.end(),
-                          [](const std::string& m) { return m.rfind(":FUNC1:FFT:", 0) == 0; }),
-            0);
+  EXPECT_EQ(Received(":FUNC1:FFT:", true), 0);
 }
 
 TEST_F(InstrumentOnlineTest, EveryLadderTimeBaseReadsBackAsItsOwnEntry) {
@@ -86,9 +81,9 @@ TEST_F(InstrumentOnlineTest, EveryLadderTimeBaseReadsBackAsItsOwnEntry) {
   // The simulated 3000X, like the instrument, offers 5 ns/div to 50 s/div.
   for (int i = 4; i < display::kTimeBaseLadderSize; ++i) {
     tools_.SetComboIndex(display::kTimeBaseComboId, -1);
-    display::SetTimeBaseFromText(display::kTimeBaseLadder[i], false, actions, ui_);
+    display::SetTimeBaseFromText(display::kTimeBaseLadder[i], false, actions, s_.h.ui);
     const double seconds = text::LeadingNumber(link_.QueryString(":TIMebase:SCALe?"));
-    display::SetComboTimeBase(seconds, session_.RemoteOn, tools_);
+    display::SetComboTimeBase(seconds, s_.h.session.RemoteOn, tools_);
     EXPECT_EQ(tools_.ComboIndex(display::kTimeBaseComboId), i) << display::kTimeBaseLadder[i];
   }
 }

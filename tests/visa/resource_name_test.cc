@@ -5,36 +5,31 @@
 namespace quarvelo::visa {
 namespace {
 
-struct GoodName {
-  const char* name;
-  const char* canonical;
-};
-
-class GoodResourceName : public ::testing::TestWithParam<GoodName> {};
-
-TEST_P(GoodResourceName, ParsesToCanonicalForm) {
-  ResourceAddress address;
-  ASSERT_EQ(ParseResourceName(GetParam().name, &address), VI_SUCCESS) << GetParam().name;
-  EXPECT_EQ(CanonicalResourceName(address), GetParam().canonical);
+TEST(ResourceName, GoodNamesParseToTheirCanonicalForm) {
+  const struct {
+    const char* name;
+    const char* canonical;
+  } cases[] = {
+      {"TCPIP::1.2.3.4", "TCPIP0::1.2.3.4::inst0::INSTR"},
+      {"TCPIP::1.2.3.4::INSTR", "TCPIP0::1.2.3.4::inst0::INSTR"},
+      {"tcpip3::scope.lab::gpib0,7::instr", "TCPIP3::scope.lab::gpib0,7::INSTR"},
+      {"TCPIP0::127.0.0.1:40111::inst0::INSTR", "TCPIP0::127.0.0.1:40111::inst0::INSTR"},
+      {"TCPIP::[fe80::1]::INSTR", "TCPIP0::[fe80::1]::inst0::INSTR"},
+      {"TCPIP0::10.0.0.5::5025::SOCKET", "TCPIP0::10.0.0.5::5025::SOCKET"},
+      {"tcpip::MyScope::5025::socket", "TCPIP0::MyScope::5025::SOCKET"},
+      {"TCPIP::[::1]::5025::SOCKET", "TCPIP0::[::1]::5025::SOCKET"},
+      {"TCPIP::host::hislip0", "TCPIP0::host::hislip0::INSTR"},
+      {"TCPIP::host::HiSLIP0,4881::INSTR", "TCPIP0::host::HiSLIP0,4881::INSTR"},
+      {"USB::0x1234::125::A22-5::INSTR", "USB0::0x1234::125::A22-5::0::INSTR"},
+      {"USB0::0x0957::0x1797::MY57233636::0::INSTR", "USB0::0x0957::0x1797::MY57233636::0::INSTR"},
+      {"usb1::2391::6039::abc::2", "USB1::2391::6039::abc::2::INSTR"},
+  };
+  for (const auto& c : cases) {
+    ResourceAddress address;
+    ASSERT_EQ(ParseResourceName(c.name, &address), VI_SUCCESS) << c.name;
+    EXPECT_EQ(CanonicalResourceName(address), c.canonical);
+  }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Table, GoodResourceName,
-    ::testing::Values(
-        GoodName{"TCPIP::1.2.3.4", "TCPIP0::1.2.3.4::inst0::INSTR"},
-        GoodName{"TCPIP::1.2.3.4::INSTR", "TCPIP0::1.2.3.4::inst0::INSTR"},
-        GoodName{"tcpip3::scope.lab::gpib0,7::instr", "TCPIP3::scope.lab::gpib0,7::INSTR"},
-        GoodName{"TCPIP0::127.0.0.1:40111::inst0::INSTR", "TCPIP0::127.0.0.1:40111::inst0::INSTR"},
-        GoodName{"TCPIP::[fe80::1]::INSTR", "TCPIP0::[fe80::1]::inst0::INSTR"},
-        GoodName{"TCPIP0::10.0.0.5::5025::SOCKET", "TCPIP0::10.0.0.5::5025::SOCKET"},
-        GoodName{"tcpip::MyScope::5025::socket", "TCPIP0::MyScope::5025::SOCKET"},
-        GoodName{"TCPIP::[::1]::5025::SOCKET", "TCPIP0::[::1]::5025::SOCKET"},
-        GoodName{"TCPIP::host::hislip0", "TCPIP0::host::hislip0::INSTR"},
-        GoodName{"TCPIP::host::HiSLIP0,4881::INSTR", "TCPIP0::host::HiSLIP0,4881::INSTR"},
-        GoodName{"USB::0x1234::125::A22-5::INSTR", "USB0::0x1234::125::A22-5::0::INSTR"},
-        GoodName{"USB0::0x0957::0x1797::MY57233636::0::INSTR",
-                 "USB0::0x0957::0x1797::MY57233636::0::INSTR"},
-        GoodName{"usb1::2391::6039::abc::2", "USB1::2391::6039::abc::2::INSTR"}));
 
 // What the canonical forms above do not show: HiSLIP's default port and USB ids as numbers.
 TEST(ResourceName, FieldsKeepTheirMeaning) {

@@ -5,7 +5,6 @@
 
 #include "platform/visa/visa.h"
 #include "sim/server/socket_server.h"
-#include "sim/server/tcp_listener.h"
 #include "tests/visa/test_instrument.h"
 
 namespace quarvelo::visa {
@@ -53,16 +52,10 @@ TEST(VisaApi, OpenArgumentErrors) {
   EXPECT_EQ(viOpen(rm, nullptr, VI_NO_LOCK, 100, &vi), VI_ERROR_INV_RSRC_NAME);
   EXPECT_EQ(viOpen(rm, "TCPIP::h::1::SOCKET", 0x100, 100, &vi), VI_ERROR_INV_ACC_MODE);
   EXPECT_EQ(viOpen(rm + 1000, "TCPIP::h::1::SOCKET", VI_NO_LOCK, 100, &vi), VI_ERROR_INV_OBJECT);
-  // A port nobody listens on (bound once, then released) and a host that does not resolve.
-  std::string unused = "TCPIP0::127.0.0.1::";
-  {
-    std::string error;
-    const sim::Socket listener = sim::OpenTcpListener("127.0.0.1", 0, &error);
-    ASSERT_TRUE(listener.valid()) << error;
-    unused += std::to_string(sim::LocalPort(listener.fd())) + "::SOCKET";
-  }
+  // Port 1 on loopback refuses connections; a host that does not resolve.
   vi = 123;
-  EXPECT_EQ(viOpen(rm, unused.c_str(), VI_NO_LOCK, 2000, &vi), VI_ERROR_RSRC_NFOUND);
+  EXPECT_EQ(viOpen(rm, "TCPIP0::127.0.0.1::1::SOCKET", VI_NO_LOCK, 2000, &vi),
+            VI_ERROR_RSRC_NFOUND);
   EXPECT_EQ(vi, VI_NULL);
   EXPECT_EQ(viOpen(rm, "TCPIP0::no-such-host.invalid::5025::SOCKET", VI_NO_LOCK, 2000, &vi),
             VI_ERROR_RSRC_NFOUND);

@@ -188,25 +188,21 @@ const ClickCase kClickCases[] = {
 INSTANTIATE_TEST_SUITE_P(Tools, ClickTest, ::testing::ValuesIn(kClickCases),
                          [](const auto& info) { return std::string(info.param.name); });
 
-TEST_F(DispatchTest, ResetGeneratorAsksFirst) {
+TEST_F(DispatchTest, ResetGeneratorAsksFirstAndAutoRangeRefusalSaysWhy) {
   online_.h.ui.QueueMessageAnswer(ui::MessageResult::kCancel);
   Click("ID_WGENRST");
-  EXPECT_THAT(Commands(), IsEmpty());
   online_.h.ui.QueueMessageAnswer(ui::MessageResult::kOk);
   Click("ID_WGENRST");
-  EXPECT_THAT(Commands(), ElementsAreArray({":WGEN1:RST"}));
-  ASSERT_EQ(online_.h.ui.messages().size(), 2u);
-  EXPECT_EQ(online_.h.ui.messages()[0].text, "RESET WGEN\r\nAre you sure?");
-  EXPECT_EQ(online_.h.ui.messages()[0].buttons, ui::MessageButtons::kOkCancel);
-}
-
-TEST_F(DispatchTest, AutoRangeRefusalSaysWhy) {
   scope_.TriggerSource = "CHAN1";
   scope_.DvmSource = 1;
   Click("ID_ADVM", true);
-  ASSERT_EQ(online_.h.ui.messages().size(), 1u);
-  EXPECT_EQ(online_.h.ui.messages()[0].text, "Not available in this mode");
-  EXPECT_EQ(online_.h.ui.messages()[0].icon, ui::MessageIcon::kCritical);
+  EXPECT_THAT(Commands(), ElementsAreArray({":WGEN1:RST"}));  // after the OK only
+  const std::vector<ui::RecordedMessage>& shown = online_.h.ui.messages();
+  ASSERT_EQ(shown.size(), 3u);
+  EXPECT_EQ(shown[0].text, "RESET WGEN\r\nAre you sure?");
+  EXPECT_EQ(shown[0].buttons, ui::MessageButtons::kOkCancel);
+  EXPECT_EQ(shown[2].text, "Not available in this mode");
+  EXPECT_EQ(shown[2].icon, ui::MessageIcon::kCritical);
 }
 
 TEST_F(DispatchTest, DvmSettleWaitsASecondUnderTheHourglass) {

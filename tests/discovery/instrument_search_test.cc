@@ -27,13 +27,7 @@ class FakeLister : public UsbLister {
 };
 
 visa::UsbInterfaceInfo Interface(std::uint8_t number, std::uint8_t subclass = 3) {
-  visa::UsbInterfaceInfo info;
-  info.number = number;
-  info.interface_class = 0xFE;
-  info.interface_subclass = subclass;
-  info.bulk_in_endpoint = 0x81;
-  info.bulk_out_endpoint = 0x02;
-  return info;
+  return {number, 0xFE, subclass, 0x81, 0x02};  // application class; subclass 3 is USB-TMC
 }
 
 UsbListedDevice Device(std::uint16_t vendor, std::uint16_t product, std::string serial,

@@ -31,9 +31,6 @@ class FrmSettingsTest : public testing::Test {
   static QRadioButton* Fft(const frmSettings& d, int i) {
     return Find<QRadioButton>(d, "optFFT", i);
   }
-  static QRadioButton* Channels(const frmSettings& d, int i) {
-    return Find<QRadioButton>(d, "optChannels", i);
-  }
 
   settings::MemorySettingsStore store_;
   std::string address_;
@@ -59,7 +56,7 @@ TEST_F(FrmSettingsTest, OpeningShowsStoredAndCurrentValues) {
     scope_.ChannelCount = 6 - c.count;
     auto dialog = Open();
     EXPECT_EQ(scope_.ChannelCount, c.count);
-    EXPECT_TRUE(Channels(*dialog, c.count == 4 ? 1 : 0)->isChecked());
+    EXPECT_TRUE(Find<QRadioButton>(*dialog, "optChannels", c.count == 4)->isChecked());
     EXPECT_EQ(Find<QComboBox>(*dialog, "cboDSO")->currentIndex(), c.model_index);
     EXPECT_EQ(Find<QLineEdit>(*dialog, "txtVISA")->text(), "USB0::0x0957::0x1797::MY123::0::INSTR");
     EXPECT_TRUE(Find<QCheckBox>(*dialog, "chkDVM")->isChecked());
@@ -105,7 +102,7 @@ TEST_F(FrmSettingsTest, OkStoresEverythingAsText) {
   Find<QCheckBox>(*dialog, "chkAuto")->click();
   Find<QCheckBox>(*dialog, "chkWGEN")->click();
   Find<QComboBox>(*dialog, "cboDSO")->setCurrentIndex(0);
-  Channels(*dialog, 1)->click();
+  Find<QRadioButton>(*dialog, "optChannels", 1)->click();
   Find<QPushButton>(*dialog, "cmdOk")->click();
   EXPECT_EQ(dialog->result(), QDialog::Accepted);
   EXPECT_EQ(Fields(address_, algorithm_, auto_algorithm_, scope_.HasWgen, scope_.HasDvm,
@@ -127,7 +124,7 @@ TEST_F(FrmSettingsTest, CancelChangesNothingButTheChannelCountReadAtOpening) {
   const int writes_before = store_.writes();
   auto dialog = Open();
   Find<QLineEdit>(*dialog, "txtVISA")->setText("new");
-  Channels(*dialog, 0)->click();
+  Find<QRadioButton>(*dialog, "optChannels", 0)->click();
   Find<QCheckBox>(*dialog, "chkDVM")->click();
   Fft(*dialog, 2)->click();
   Find<QPushButton>(*dialog, "cmdCancel")->click();

@@ -11,6 +11,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "dialogs/frmAnnotation.h"
@@ -122,28 +123,24 @@ TEST_F(InstrumentDialogTest, MathFrequencyButtonsSendCentreAndSpanAndShowTheRead
   }
 }
 
-TEST_F(InstrumentDialogTest, MathCombosAndScalesSendTheirCommandAndShowTheReadback) {
-  const struct {
-    const char* control;
-    int index;
-    int item;
-    Commands sent;
-  } cases[] = {
-      {"cboOperation", 0, 1, {":FUNC1:OPERation SUBTract"}},
-      {"cboSource", 0, 2, {":FUNC1:SOURce1 CHAN3"}},
-      {"cboSource", 1, 4, {":FUNC1:SOURce2 NONE"}},
-      {"cboVType", -1, 1, {":FUNC1:FFT:VTYPe VRMS"}},
-      {"cboWindow", -1, 2, {":FUNC1:FFT:WINDow FLATtop"}},
+TEST_F(InstrumentDialogTest, MathCombosScalesAndFunctionSendTheirCommandAndShowTheReadback) {
+  const std::tuple<const char*, int, int, const char*> cases[] = {
+      // control, index, item, sent
+      {"cboOperation", 0, 1, ":FUNC1:OPERation SUBTract"},
+      {"cboSource", 0, 2, ":FUNC1:SOURce1 CHAN3"},
+      {"cboSource", 1, 4, ":FUNC1:SOURce2 NONE"},
+      {"cboVType", -1, 1, ":FUNC1:FFT:VTYPe VRMS"},
+      {"cboWindow", -1, 2, ":FUNC1:FFT:WINDow FLATtop"},
   };
   s_.readback.ReadBackMath(true);
   frmMath dialog(Services());
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.control);
+  for (const auto& [control, index, item, sent] : cases) {
+    SCOPED_TRACE(control);
     ClearTraffic();
-    QComboBox* combo = Find<QComboBox>(dialog, c.control, c.index);
-    combo->setCurrentIndex(c.item);
-    EXPECT_EQ(Sent(), c.sent);
-    EXPECT_EQ(combo->currentIndex(), c.item);
+    QComboBox* combo = Find<QComboBox>(dialog, control, index);
+    combo->setCurrentIndex(item);
+    EXPECT_EQ(Sent(), Commands{sent});
+    EXPECT_EQ(combo->currentIndex(), item);
   }
   ClearTraffic();
   Find<QLineEdit>(dialog, "txtScale", 0)->setText("0.5");
@@ -151,16 +148,12 @@ TEST_F(InstrumentDialogTest, MathCombosAndScalesSendTheirCommandAndShowTheReadba
   Click(dialog, "cmdOk");
   EXPECT_EQ(Sent(), (Commands{":FUNC1:OFFSet .5", ":FUNC1:RANGe 0",
                               ":FUNC1:REFerence " + text::NumberText(s_.h.scope.MathReference)}));
-}
-
-TEST_F(InstrumentDialogTest, MathFunctionChoiceReadsTheOtherFunctionWithoutSending) {
-  s_.readback.ReadBackMath(true);
-  frmMath dialog(Services());
+  // Choosing the other function reads it back and sends nothing.
   ClearTraffic();
   Find<QComboBox>(dialog, "cboFunc")->setCurrentIndex(1);
   EXPECT_EQ(s_.h.scope.MathPrefix, ":FUNC2");
   EXPECT_TRUE(Sent().empty());
-  EXPECT_EQ(s_.Sent().at(0), ":FUNC2:DISPlay?");  // the readback of FUNC2
+  EXPECT_EQ(s_.Sent().at(0), ":FUNC2:DISPlay?");
 }
 
 class SmallScopeDialogTest : public InstrumentDialogTest {
@@ -181,12 +174,8 @@ TEST_F(SmallScopeDialogTest, InnerFunctionSourcesGoToGoftOnTheSingleFunction) {
 }
 
 TEST_F(InstrumentDialogTest, ShapeParameterIsClampedSentAndShownAsReadBack) {
-  const struct {
-    Commands setup;
-    int typed;
-    const char* sent;
-    int shown;
-  } cases[] = {
+  const std::tuple<Commands, int, const char*, int> cases[] = {
+      // setup, typed, sent, shown
       // clang-format off
       {{":WGEN1:FUNCtion SQUare"}, 95, "SQUare:DCYCle 80", 80},
       {{":WGEN1:FUNCtion SQUare"}, 5, "SQUare:DCYCle 20", 20},
@@ -196,16 +185,16 @@ TEST_F(InstrumentDialogTest, ShapeParameterIsClampedSentAndShownAsReadBack) {
       {{":WGEN1:FUNCtion RAMP"}, 30, "RAMP:SYMMetry 30", 30},
       // clang-format on
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.sent);
-    Setup(c.setup);
+  for (const auto& [setup, typed, sent, shown] : cases) {
+    SCOPED_TRACE(sent);
+    Setup(setup);
     s_.readback.ReadBackWgen();
     frmWGEN dialog(Services());
     ClearTraffic();
     auto* value = Find<QSpinBox>(dialog, "sspValue");
-    value->setValue(c.typed);
-    EXPECT_EQ(Sent(), Commands{std::string(":WGEN1:FUNCtion:") + c.sent});
-    EXPECT_EQ(value->value(), c.shown);
+    value->setValue(typed);
+    EXPECT_EQ(Sent(), Commands{std::string(":WGEN1:FUNCtion:") + sent});
+    EXPECT_EQ(value->value(), shown);
   }
 }
 
@@ -251,18 +240,18 @@ TEST_F(InstrumentDialogTest, SetSendsTheEditedTimingAndLevels) {
 }
 
 TEST_F(InstrumentDialogTest, FrequencyShowsInTheUnitItsSizeCalls) {
-  const struct {
-    const char* frequency;
-    const char* shown;
-    int unit;
-  } cases[] = {{"2.5E6", "2.5", 2}, {"999", "999", 0}, {"1000", "1", 1}, {"12500", "12.5", 1}};
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.frequency);
-    Setup({":WGEN1:FUNCtion SINusoid", std::string(":WGEN1:FREQuency ") + c.frequency});
+  const std::tuple<const char*, const char*, int> cases[] = {// frequency, shown, unit
+                                                             {"2.5E6", "2.5", 2},
+                                                             {"999", "999", 0},
+                                                             {"1000", "1", 1},
+                                                             {"12500", "12.5", 1}};
+  for (const auto& [frequency, shown, unit] : cases) {
+    SCOPED_TRACE(frequency);
+    Setup({":WGEN1:FUNCtion SINusoid", std::string(":WGEN1:FREQuency ") + frequency});
     s_.readback.ReadBackWgen();
     frmWGEN dialog(Services());
-    EXPECT_EQ(Find<QLineEdit>(dialog, "txtMHz")->text(), c.shown);
-    EXPECT_TRUE(Find<QRadioButton>(dialog, "optFreq", c.unit)->isChecked());
+    EXPECT_EQ(Find<QLineEdit>(dialog, "txtMHz")->text(), shown);
+    EXPECT_TRUE(Find<QRadioButton>(dialog, "optFreq", unit)->isChecked());
   }
 }
 

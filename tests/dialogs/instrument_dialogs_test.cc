@@ -90,17 +90,16 @@ TEST_F(InstrumentDialogTest, MathFrequencyButtonsSendCentreAndSpanAndShowTheRead
     std::vector<std::pair<int, const char*>> boxes;  // txtMHz index, text typed
     int set;                                         // cmdSet index, -1 for OK
     Commands sent;
-    const char* centre_shown;
-    const char* span_shown;
+    const char* shown;  // centre | span
   } cases[] = {
       // clang-format off
       {"stop frequency", {{2, "10"}}, 0,
-       {":FUNC1:FFT:CENTer 5000000", ":FUNC1:FFT:SPAN 10000000"}, "5", "10"},
-      {"zero span", {{0, "2"}, {1, "0"}}, 1, {":FUNC1:FFT:CENTer 2000000"}, "2", "6"},
+       {":FUNC1:FFT:CENTer 5000000", ":FUNC1:FFT:SPAN 10000000"}, "5|10"},
+      {"zero span", {{0, "2"}, {1, "0"}}, 1, {":FUNC1:FFT:CENTer 2000000"}, "2|6"},
       {"OK after the centre", {{0, "3"}}, -1,
-       {":FUNC1:FFT:CENTer 3000000", ":FUNC1:FFT:SPAN 6000000"}, "3", "6"},
+       {":FUNC1:FFT:CENTer 3000000", ":FUNC1:FFT:SPAN 6000000"}, "3|6"},
       {"OK after the stop frequency", {{0, "1"}, {2, "4"}}, -1,
-       {":FUNC1:FFT:CENTer 2000000", ":FUNC1:FFT:SPAN 4000000"}, "2", "4"},
+       {":FUNC1:FFT:CENTer 2000000", ":FUNC1:FFT:SPAN 4000000"}, "2|4"},
       // clang-format on
   };
   for (const auto& c : cases) {
@@ -111,14 +110,11 @@ TEST_F(InstrumentDialogTest, MathFrequencyButtonsSendCentreAndSpanAndShowTheRead
     ClearTraffic();
     for (const auto& [index, typed] : c.boxes)
       Find<QLineEdit>(dialog, "txtMHz", index)->setText(typed);
-    if (c.set < 0) {
-      Click(dialog, "cmdOk");
-    } else {
-      Click(dialog, "cmdSet", c.set);
-    }
+    c.set < 0 ? Click(dialog, "cmdOk") : Click(dialog, "cmdSet", c.set);
     EXPECT_EQ(Sent(), c.sent);
-    EXPECT_EQ(Find<QLineEdit>(dialog, "txtMHz", 0)->text(), c.centre_shown);
-    EXPECT_EQ(Find<QLineEdit>(dialog, "txtMHz", 1)->text(), c.span_shown);
+    EXPECT_EQ(Find<QLineEdit>(dialog, "txtMHz", 0)->text() + "|" +
+                  Find<QLineEdit>(dialog, "txtMHz", 1)->text(),
+              c.shown);
     EXPECT_EQ(dialog.result(), c.set < 0 ? QDialog::Accepted : QDialog::Rejected);
   }
 }
@@ -201,11 +197,8 @@ TEST_F(InstrumentDialogTest, ShapeParameterIsClampedSentAndShownAsReadBack) {
 TEST_F(InstrumentDialogTest, SetSendsTheEditedTimingAndLevels) {
   const Commands kSine = {":WGEN1:FUNCtion SINusoid", ":WGEN1:VOLTage 1",
                           ":WGEN1:VOLTage:OFFSet 0"};
-  const struct {
-    Commands setup;
-    std::vector<std::pair<const char*, const char*>> typed;  // box, text; "optFreq": kHz
-    Commands sent;
-  } cases[] = {
+  // Setup, the boxes typed in ("optFreq": the kHz unit), the commands sent.
+  const std::tuple<Commands, std::vector<std::pair<const char*, const char*>>, Commands> cases[] = {
       // clang-format off
       {{":WGEN1:FUNCtion DC"}, {{"txtVOLTageOFFSet", "0.5"}}, {":WGEN1:VOLTage:OFFSet .5"}},
       {kSine, {{"optFreq", ""}, {"txtMHz", "2"}},
@@ -220,21 +213,18 @@ TEST_F(InstrumentDialogTest, SetSendsTheEditedTimingAndLevels) {
         ":WGEN1:MODulation:FM:FREQuency 200", ":WGEN1:MODulation:FM:DEViation 1000"}},
       // clang-format on
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.sent.front());
-    Setup(c.setup);
+  for (const auto& [setup, typed, sent] : cases) {
+    SCOPED_TRACE(sent.front());
+    Setup(setup);
     s_.readback.ReadBackWgen();
     frmWGEN dialog(Services());
     ClearTraffic();
-    for (const auto& [box, text] : c.typed) {
-      if (std::string(box) == "optFreq") {
-        Find<QRadioButton>(dialog, box, 1)->click();
-      } else {
-        Find<QLineEdit>(dialog, box)->setText(text);
-      }
+    for (const auto& [box, text] : typed) {
+      std::string(box) == "optFreq" ? Find<QRadioButton>(dialog, box, 1)->click()
+                                    : Find<QLineEdit>(dialog, box)->setText(text);
     }
     Click(dialog, "cmdSet");
-    EXPECT_EQ(Sent(), c.sent);
+    EXPECT_EQ(Sent(), sent);
     EXPECT_TRUE(s_.h.ui.messages().empty());
   }
 }

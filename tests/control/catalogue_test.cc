@@ -41,9 +41,7 @@ TEST(ToolCatalogueTest, HoldsTwoHundredThreeToolsWithUniqueWellFormedIds) {
   for (const ToolDefinition& tool : ToolCatalogue()) {
     SCOPED_TRACE(std::string(tool.id));
     EXPECT_TRUE(ids.insert(tool.id).second) << "duplicate";
-    // Commands begin with "ID_", menus with "mnu_".
-    EXPECT_EQ(tool.id.starts_with("mnu_"), tool.kind == ToolKind::kMenu);
-    EXPECT_TRUE(tool.id.starts_with("ID_") || tool.id.starts_with("mnu_"));
+    EXPECT_TRUE(tool.id.starts_with(tool.kind == ToolKind::kMenu ? "mnu_" : "ID_"));
     EXPECT_FALSE(AccessibleName(tool).empty());
     EXPECT_FALSE(tool.category.empty());
     EXPECT_EQ(FindTool(tool.id), &tool);

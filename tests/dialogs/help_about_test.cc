@@ -47,9 +47,7 @@ class HelpTest : public testing::Test {
 };
 
 TEST_F(HelpTest, OpenDocumentChecksLocalFilesAndReportsFailuresInWords) {
-  QFile file(dir_.path() + "/notes.pdf");
-  ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-  file.close();
+  ASSERT_TRUE(QFile(dir_.path() + "/notes.pdf").open(QIODevice::WriteOnly));
   const std::string folder = dir_.path().toStdString();
   const struct {
     std::string target;

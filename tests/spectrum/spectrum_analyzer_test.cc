@@ -120,13 +120,10 @@ TEST_P(ChooseAlgorithmTest, KeepsTheDftToSmallWork) {
   settings_.Algorithm = static_cast<std::int16_t>(c.algorithm);
   settings_.AverageCount = c.averages;
   EXPECT_EQ(analyzer_.ChooseAlgorithm(c.n, settings_), c.expected);
-  if (c.overridden) {
-    EXPECT_EQ(ui_.status(), "Numsamples too high for DFT, FFT Selected");
-    EXPECT_EQ(ui_.pauses(), std::vector<int>{500});
-  } else {
-    EXPECT_TRUE(ui_.status_lines().empty());
-    EXPECT_TRUE(ui_.pauses().empty());
-  }
+  using Lines = std::vector<std::string>;
+  EXPECT_EQ(ui_.status_lines(),
+            c.overridden ? Lines{"Numsamples too high for DFT, FFT Selected"} : Lines{});
+  EXPECT_EQ(ui_.pauses(), c.overridden ? std::vector<int>{500} : std::vector<int>{});
 }
 
 INSTANTIATE_TEST_SUITE_P(Choices, ChooseAlgorithmTest,
@@ -160,9 +157,7 @@ TEST_P(SineLevelTest, ReadsTheRmsLevelInTheChosenUnit) {
   // logarithm of an empty bin).
   const auto [level, point] = Peak(c.algorithm == kDft ? n / 2 : n / 2 + 1);
   EXPECT_NEAR(level, c.expected, c.tolerance);
-  if (c.algorithm == kDft) {
-    EXPECT_EQ(spectrum_.SpectrumLevel[n / 2 + 1], 0.0);
-  }
+  EXPECT_TRUE(c.algorithm != kDft || spectrum_.SpectrumLevel[n / 2 + 1] == 0.0);
   // The object engine's point i holds bin i - 1; the module engines' point i holds bin i.
   EXPECT_EQ(point, c.algorithm == kObjectFft ? kCycles + 1 : kCycles);
   EXPECT_TRUE(spectrum_.SpectrumReady);

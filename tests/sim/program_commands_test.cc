@@ -3,8 +3,8 @@
 // the measurement family answers values computed from the channel's signal.
 #include <gtest/gtest.h>
 
-#include <sstream>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "sim/model/instrument.h"
@@ -46,12 +46,10 @@ constexpr const char* kCommands2000X = R"(
 :FUNC:OPERation FFT|:FUNC:SOURce1 GOFT|:FUNC:GOFT:OPERation SUBTract|:FUNC:GOFT:SOURce1 CHAN2
 :FUNC:GOFT:SOURce2 CHAN1|:WGEN:OUTPut 1|:WGEN:FUNCTION SINusoid)";
 
-std::vector<std::string> Split(const char* table) {
-  std::vector<std::string> commands;
-  std::istringstream lines(table);
-  for (std::string line; std::getline(lines, line);) {
-    std::istringstream fields(line);
-    for (std::string field; std::getline(fields, field, '|');) commands.push_back(field);
+std::vector<std::string> Split(std::string_view table) {
+  std::vector<std::string> commands(1);
+  for (const char c : table) {
+    c == '|' || c == '\n' ? commands.emplace_back() : commands.back() += c;
   }
   return commands;
 }

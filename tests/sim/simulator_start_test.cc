@@ -15,10 +15,8 @@ TEST(SimulatorStartTest, ServesEveryTransportOnEphemeralPorts) {
   std::string error;
   std::unique_ptr<Simulator> simulator = Simulator::Start(SimulatorOptions{}, &error);
   ASSERT_TRUE(simulator) << error;
-  EXPECT_NE(simulator->socket_port(), 0);
-  EXPECT_NE(simulator->vxi11_port(), 0);
-  EXPECT_NE(simulator->portmapper_port(), 0);
-  EXPECT_NE(simulator->hislip_port(), 0);
+  EXPECT_TRUE(simulator->socket_port() && simulator->vxi11_port() && simulator->portmapper_port() &&
+              simulator->hislip_port());
   EXPECT_EQ(simulator->HislipResource(),
             "TCPIP0::127.0.0.1::hislip0," + std::to_string(simulator->hislip_port()) + "::INSTR");
   EXPECT_EQ(simulator->Execute("*IDN?").substr(0, 8), "KEYSIGHT");

@@ -277,12 +277,9 @@ TEST_F(InstrumentDialogTest, ChannelLabelIsSentTrimmedAndKept) {
 }
 
 TEST_F(InstrumentDialogTest, AnnotationControlsSendTheirCommands) {
-  const struct {
-    const char* name;
-    std::function<void(frmAnnotation&)> act;
-    Commands sent;
-    const char* colour;  // AnnotationColor afterwards
-  } cases[] = {
+  // What is done, how, the commands sent, AnnotationColor afterwards.
+  using Act = std::function<void(frmAnnotation&)>;
+  const std::tuple<const char*, Act, Commands, const char*> cases[] = {
       // clang-format off
       {"empty text switched on",
        [](frmAnnotation& d) { Find<QLineEdit>(d, "txtLabel")->clear(); Click(d, "ssrON"); },
@@ -296,17 +293,17 @@ TEST_F(InstrumentDialogTest, AnnotationControlsSendTheirCommands) {
        {":DISPlay:ANNotation:TEXT \"NOTE 1\""}, "MARK"},
       // clang-format on
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
+  for (const auto& [name, act, sent, colour] : cases) {
+    SCOPED_TRACE(name);
     Setup({":DISPlay:ANNotation 0", ":DISPlay:ANNotation:TEXT \" NOTE 1 \"",
            ":DISPlay:ANNotation:COLor MARKer", ":DISPlay:ANNotation:BACKground OPAQue"});
     frmAnnotation dialog(Services());
     EXPECT_EQ(Find<QComboBox>(dialog, "cboColor")->currentText(), "MARKer");
     EXPECT_EQ(Find<QComboBox>(dialog, "cboBackGround")->currentText(), "OPAQue");
     ClearTraffic();
-    c.act(dialog);
-    EXPECT_EQ(Sent(), c.sent);
-    EXPECT_EQ(s_.h.scope.AnnotationColor, c.colour);
+    act(dialog);
+    EXPECT_EQ(Sent(), sent);
+    EXPECT_EQ(s_.h.scope.AnnotationColor, colour);
   }
 }
 

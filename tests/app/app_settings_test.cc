@@ -8,8 +8,8 @@
 namespace quarvelo::app {
 namespace {
 
-using settings::MemorySettingsStore;
 using quarvelo::testing_support::Fields;
+using settings::MemorySettingsStore;
 
 TEST(AppSettingsTest, EmptyStoreGivesTheDefaults) {
   const AppSettings s = LoadAppSettings(MemorySettingsStore());
@@ -80,18 +80,15 @@ INSTANTIATE_TEST_SUITE_P(
     });
 
 // The keys it is stored under: ToolbarWindowTest.MacroTenStoresItsKeysAndRunsUnchanged.
-TEST(AppSettingsTest, MacroTenIsReadBackFromItsTwoDigitKeys) {
+TEST(AppSettingsTest, MacroTenIsReadBackFromItsTwoDigitKeysAndAnEmptyCaptionStaysEmpty) {
   MemorySettingsStore store;
   SaveMacro(store, 10, {":RUN", ":STOP", "Go", true});
-  const Macro m = LoadAppSettings(store).Macros[10];
-  EXPECT_EQ(Fields(store.size(), m.Command1, m.Command2, m.Caption, m.SweepAfter),
-            "4|:RUN|:STOP|Go|1|");
-}
-
-TEST(AppSettingsTest, EmptyMacroCaptionStaysEmpty) {
-  MemorySettingsStore store;
   store.Set("Macros", "Caption3", "");
-  EXPECT_EQ(LoadAppSettings(store).Macros[3].Caption, "");
+  const AppSettings s = LoadAppSettings(store);
+  const Macro& m = s.Macros[10];
+  EXPECT_EQ(
+      Fields(store.size(), m.Command1, m.Command2, m.Caption, m.SweepAfter, s.Macros[3].Caption),
+      "5|:RUN|:STOP|Go|1||");
 }
 
 }  // namespace

@@ -96,9 +96,7 @@ TEST_F(SweepCycleTest, TriggerChannelLastOneDigitizeAndRunAsPolled) {
       EXPECT_LT(First(sent, ":DIGitize"), First(sent, ":WAVeform:SOURce CHANnel3"));
     }
     EXPECT_EQ(Count(sent, ":RUN"), running ? 1 : 0);
-    if (running) {
-      EXPECT_EQ(sent.back(), ":RUN");
-    }
+    if (running) EXPECT_EQ(sent.back(), ":RUN");
     const spectrum::Spectrum& spectrum = window_->SpectrumRecord();
     EXPECT_EQ(spectrum.LastPoint, window_->Records().Records[2].ByteCount - 1);
     EXPECT_GT(spectrum.LastPoint, 0);
@@ -111,8 +109,7 @@ TEST_F(SweepCycleTest, TriggerChannelLastOneDigitizeAndRunAsPolled) {
 TEST_F(SweepCycleTest, VoltmeterPausedOnlyOffTheTriggerChannel) {
   for (const int dvm_source : {3, 1}) {
     const bool switched = dvm_source != 1;
-    Execute(":DVM:ENABle 1");
-    Execute(":DVM:SOURce CHANnel" + std::to_string(dvm_source));
+    Execute(":DVM:ENABle 1;:DVM:SOURce CHANnel" + std::to_string(dvm_source));
     ShowAllChannels(1);
     window_->Sweep().ID_Sweep(false);
     const std::vector<std::string> sent = Sent();

@@ -43,9 +43,7 @@ TEST_F(ScreenWindowTest, SweepDrawsTracesTheMouseMeasuresAndTheZoomToolNarrowsTh
 
   window_->Link().OpenInstrument();
   ASSERT_TRUE(window_->Session().RemoteOn);
-  simulator_->Execute(":CHANnel1:DISPlay 1");
-  simulator_->Execute(":CHANnel2:DISPlay 1");
-  simulator_->Execute(":TRIGger:EDGE:SOURce CHANnel2");
+  simulator_->Execute(":CHANnel1:DISPlay 1;:CHANnel2:DISPlay 1;:TRIGger:EDGE:SOURce CHANnel2");
   window_->Sweep().ID_Sweep(true);
 
   // The trigger channel lies on top along its drawn points.

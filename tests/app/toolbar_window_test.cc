@@ -32,8 +32,6 @@ class ToolbarWindowTest : public testing_support::WindowOnSimulator {
     Load({{"DSO", "1"}, {"DVM", "1"}, {"WGEN", "1"}}, false);
   }
 
-  void SwitchRemote(bool on) { Trigger("ID_Remote", on); }
-
   // As a click does it: a state tool changes its state, then reports the click.
   void Trigger(const std::string& id, bool checked = true) {
     QAction* action = window_->Toolbar().Action(id);
@@ -104,7 +102,7 @@ const ToolCase kToolCases[] = {
 };
 
 TEST_F(ToolbarWindowTest, EachToolSendsItsCommand) {
-  SwitchRemote(true);
+  Trigger("ID_Remote");
   ASSERT_TRUE(window_->Session().RemoteOn);
   for (const ToolCase& c : kToolCases) {
     simulator_->ClearTraffic();
@@ -119,7 +117,7 @@ TEST_F(ToolbarWindowTest, EachToolSendsItsCommand) {
 }
 
 TEST_F(ToolbarWindowTest, CombosSendOrStoreTheChoiceAndKeepItShown) {
-  SwitchRemote(true);
+  Trigger("ID_Remote");
   simulator_->ClearTraffic();
   const std::vector<std::string> ladder = window_->Tools().ComboItems("ID_TB");
   const auto ms = std::find(ladder.begin(), ladder.end(), "1.00mS/");
@@ -138,7 +136,7 @@ TEST_F(ToolbarWindowTest, CombosSendOrStoreTheChoiceAndKeepItShown) {
   EXPECT_EQ(choices.SpectrumUnit, 1);
 
   // Switching the link off rebuilds the toolbar: the choices stay shown.
-  SwitchRemote(false);
+  Trigger("ID_Remote", false);
   EXPECT_EQ(window_->Tools().ComboIndex("ID_Bins"), 4);
   EXPECT_EQ(window_->Tools().ComboIndex("ID_Window"), 3);
   EXPECT_EQ(window_->Tools().ComboIndex("ID_Scale"), 1);
@@ -149,7 +147,7 @@ TEST_F(ToolbarWindowTest, CombosSendOrStoreTheChoiceAndKeepItShown) {
 }
 
 TEST_F(ToolbarWindowTest, ChannelMenuActsOnItsChannelAndReadsBackAfterwards) {
-  SwitchRemote(true);
+  Trigger("ID_Remote");
   control::QtToolHost& toolbar = window_->Toolbar();
   emit toolbar.DropDownRequested(QStringLiteral("ID_CH3"));
   simulator_->ClearTraffic();
@@ -160,7 +158,7 @@ TEST_F(ToolbarWindowTest, ChannelMenuActsOnItsChannelAndReadsBackAfterwards) {
 }
 
 TEST_F(ToolbarWindowTest, MacroTenStoresItsKeysAndRunsUnchanged) {
-  SwitchRemote(true);
+  Trigger("ID_Remote");
   const auto buttons = window_->findChildren<QPushButton*>("cmdMac");
   QPushButton* mac10 = *std::find_if(buttons.begin(), buttons.end(), [](QPushButton* b) {
     return b->property("index").toInt() == 9;

@@ -31,9 +31,7 @@ inline std::unique_ptr<sim::Simulator> StartSimulator(const ScopeModel& model) {
   options.has_wgen = model.has_wgen;
   options.has_dvm = model.has_dvm;
   options.signal_preset = model.signal_preset;
-  options.vxi11_port = -1;
-  options.portmapper_port = -1;
-  options.hislip_port = -1;
+  options.vxi11_port = options.portmapper_port = options.hislip_port = -1;
   std::string error;
   auto simulator = sim::Simulator::Start(options, &error);
   EXPECT_NE(simulator, nullptr) << error;
@@ -75,8 +73,6 @@ class OnlineScope {
 // The simulator's own :SIMulate commands the tests steer it with.
 inline constexpr const char* kPressFrontPanelKey = ":SIMulate:KEY";
 inline constexpr const char* kNeverAnswerNextQuery = ":SIMulate:SILent";
-// The next block stops half-way, with the connection left open.
-inline constexpr const char* kCutNextBlock = ":SIMulate:CUT";
 
 // The traffic of one command or query: the message and the error-queue query that follows.
 inline std::vector<std::string> WithErrorQuery(const std::vector<std::string>& messages) {

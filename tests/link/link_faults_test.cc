@@ -52,10 +52,8 @@ TEST(LinkTimeoutTest, EachCallerSetsItsOwnIoTimeOut) {
   EXPECT_FALSE(s.h.session.TimedOut);
 }
 
-// An instrument whose error queue never empties, or whose reply brings a stray line: the
-// simulator's queue is bounded, so a handler on the simulator's socket server stands in for a
-// misbehaving instrument. Every query gets `reply(n)` for the n-th query (from 0); `h` holds a
-// link opened to it.
+// A misbehaving instrument (an endless error queue, a stray line) the bounded simulator cannot
+// be: a handler on its socket server answers the n-th query (from 0) with `reply(n)`.
 class ScriptedInstrument : public sim::MessageHandler {
  public:
   explicit ScriptedInstrument(std::function<std::string(int)> reply) : reply_(std::move(reply)) {
@@ -106,9 +104,8 @@ TEST(ErrorDrainTest, DrainFlushesWhatTheInstrumentSentBeyondItsReplies) {
   EXPECT_EQ(peer.h.link.QueryString("*IDN?"), "FRESH");
 }
 
-// A UI whose status line fails once, with a fault of the program itself, when an instrument
-// error is to be reported (`fault_on_error`), and whose error box lets events run, as a modal
-// box does.
+// A status line that fails once on an instrument error (`fault_on_error`); an error box that
+// lets events run, as a modal box does.
 class HookedUi : public ui::RecordingUi {
  public:
   void ShowStatus(std::string_view text) override {

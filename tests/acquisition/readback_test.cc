@@ -127,7 +127,6 @@ TEST(TriggerSourceReplyTest, DigitalKeptAndUnknownFallsBackToChannelOne) {
   }
 }
 
-// Persistence and voltmeter modes: the setting read back into its field and its tool.
 struct ModeCase {
   const char* setting;
   const char* tool;
@@ -155,8 +154,6 @@ INSTANTIATE_TEST_SUITE_P(
                     ModeCase{":DVM:MODE ACRMs", "ID_DVMM1", false, 1},
                     ModeCase{":DVM:MODE DCRMs", "ID_DVMM3", false, 3}));
 
-// Each generator function and modulation asks for exactly its own settings, and each lands in
-// its own field.
 struct WgenCase {
   const char* name;
   const char* prefix;
@@ -304,9 +301,7 @@ TEST(ReadbackTest, AbsentOptionsAreNotAsked) {
   for (const char* prefix : {":DVM", ":WGEN"}) EXPECT_FALSE(AnySentStartsWith(s.Sent(), prefix));
 }
 
-// The whole math readback of one function: the instrument's settings changed first, every
-// field read back, the exact queries sent (g(t) only on the single-function family) and the
-// function's tools checked.
+// g(t) is asked only on the single-function family.
 struct MathCase {
   const char* name;
   const char* model;

@@ -5,7 +5,6 @@
 
 #include <memory>
 #include <optional>
-#include <ostream>
 #include <string>
 #include <thread>
 #include <tuple>
@@ -31,10 +30,6 @@ using visa::Transport;
 namespace hislip = visa::hislip;
 
 enum class Protocol { kVxi11, kHislip };
-
-void PrintTo(Protocol protocol, std::ostream* os) {
-  *os << (protocol == Protocol::kVxi11 ? "VXI-11" : "HiSLIP");
-}
 
 class LanSessionTest : public ::testing::TestWithParam<Protocol> {
  protected:
@@ -149,8 +144,7 @@ TEST_P(LanSessionTest, TimeOutThenAGoodExchangeDropsTheStaleResponse) {
   EXPECT_EQ(handler_.interrupted.load(), 1);
   // A response read whole is no interruption.
   ASSERT_EQ(Query(*transport_, "ECHO next", &reply), VI_SUCCESS);
-  ASSERT_EQ(Query(*transport_, "ECHO again", &reply), VI_SUCCESS);
-  EXPECT_EQ(reply, "again\n");
+  EXPECT_EQ(reply, "next\n");
   EXPECT_EQ(handler_.interrupted.load(), 1);
 }
 

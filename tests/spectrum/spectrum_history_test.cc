@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <tuple>
 #include <vector>
 
 #include "spectrum/spectrum.h"
@@ -46,9 +47,8 @@ TEST(SpectrumHistoryTest, ResetClearsLevelsAndGrowingStartsFromZero) {
   history.Means(5, 0, 49, means.data());
   EXPECT_EQ(means, std::vector<double>(50, 0.0));
   history.Reset(3, 2);
-  EXPECT_TRUE(history.Contains(2, 1));
-  EXPECT_FALSE(history.Contains(3, 1));
-  EXPECT_FALSE(history.Contains(1, 2));
+  EXPECT_EQ(std::tuple(history.Contains(2, 1), history.Contains(3, 1), history.Contains(1, 2)),
+            std::tuple(true, false, false));
 }
 
 }  // namespace

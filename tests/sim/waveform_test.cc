@@ -132,8 +132,7 @@ TEST_F(WaveformTest, VoltsFromCodesAndPreambleReproduceTheSignalWithinOneCode) {
   Record record = Transfer(instrument_);
   const Preamble& preamble = record.preamble;
   ASSERT_EQ(record.codes.size(), static_cast<size_t>(preamble.points));
-  EXPECT_EQ(preamble.format, 0);
-  EXPECT_EQ(preamble.y_reference, 128);
+  EXPECT_EQ(std::tuple(preamble.format, preamble.y_reference), std::tuple(0.0, 128.0));
   EXPECT_NEAR(preamble.y_origin, 0.1, 1e-12);
   EXPECT_NEAR(preamble.y_increment, 10 * 0.2 / 255, 1e-9);
   // The signal itself, sampled at the preamble's times, from the trigger instant on.

@@ -4,7 +4,6 @@
 
 #include <climits>
 #include <cmath>
-#include <string>
 #include <utility>
 
 namespace quarvelo::text {

@@ -86,18 +86,16 @@ class GeometryTest : public testing::TestWithParam<GeometryCase> {};
 
 TEST_P(GeometryTest, RateRecordAndTransferFollowTheTimeBase) {
   const GeometryCase& c = GetParam();
-  AcquisitionInputs inputs;
-  inputs.max_sample_rate = c.max_rate;
-  inputs.memory_points = c.memory;
-  inputs.timebase_scale = c.scale;
-  inputs.stopped = c.stopped;
-  inputs.points_mode = c.mode;
-  inputs.requested_points = c.requested;
-  AcquisitionGeometry geometry = ComputeGeometry(inputs);
+  const AcquisitionGeometry geometry = ComputeGeometry({.max_sample_rate = c.max_rate,
+                                                        .memory_points = c.memory,
+                                                        .timebase_scale = c.scale,
+                                                        .points_mode = c.mode,
+                                                        .requested_points = c.requested,
+                                                        .stopped = c.stopped});
   EXPECT_DOUBLE_EQ(geometry.sample_rate, c.rate);
-  EXPECT_EQ(geometry.record_points, c.record);
-  EXPECT_EQ(geometry.available_points, c.available);
-  EXPECT_EQ(geometry.delivered_points, c.delivered);
+  EXPECT_EQ(
+      std::tuple(geometry.record_points, geometry.available_points, geometry.delivered_points),
+      std::tuple(c.record, c.available, c.delivered));
   // What is delivered spans the ten divisions on screen, as on the instrument.
   EXPECT_NEAR(geometry.x_increment * geometry.delivered_points, 10 * c.scale, 1e-9 * c.scale);
   EXPECT_NEAR(geometry.x_origin, geometry.screen_left, 1e-9 * c.scale);

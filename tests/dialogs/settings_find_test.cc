@@ -22,8 +22,7 @@ std::unique_ptr<sim::Simulator> StartSimulator(const std::string& address, int p
   options.socket_port = -1;
   options.hislip_port = -1;
   options.portmapper_port = portmapper_port;
-  std::string error;
-  return sim::Simulator::Start(options, &error);
+  return sim::Simulator::Start(options, nullptr);  // a failure is retried by the caller
 }
 
 // Two simulators on 127.0.0.1 and 127.0.0.2 with their portmappers on one port (picked free on

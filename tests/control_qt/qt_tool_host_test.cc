@@ -72,8 +72,7 @@ TEST_F(QtToolHostTest, MenuBarMenusAndToolbarsFollowTheLayout) {
     ASSERT_NE(host_.Menu(menu.id), nullptr) << menu.id;
     EXPECT_THAT(Names(host_.Menu(menu.id)->actions()), ElementsAreArray(menu.entries)) << menu.id;
   }
-  const QList<QToolBar*> toolbars = window_->findChildren<QToolBar*>();
-  ASSERT_EQ(toolbars.size(), 5);
+  ASSERT_EQ(window_->findChildren<QToolBar*>().size(), 5);
   for (const ToolbarDefinition& toolbar : Toolbars()) {
     ASSERT_NE(host_.Toolbar(toolbar.name), nullptr) << toolbar.name;
     EXPECT_THAT(Names(host_.Toolbar(toolbar.name)->actions()), ElementsAreArray(toolbar.entries))

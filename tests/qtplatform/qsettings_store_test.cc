@@ -5,7 +5,6 @@
 #include <QFile>
 #include <QStandardPaths>
 #include <QTemporaryDir>
-#include <tuple>
 
 namespace quarvelo::qt {
 namespace {
@@ -13,19 +12,19 @@ namespace {
 TEST(QSettingsStoreTest, ValuesAreTextInSectionsAndSurviveANewStore) {
   QTemporaryDir dir;
   const QString path = dir.path() + "/QUARVELO.conf";
-  const std::tuple<const char*, const char*, const char*> values[] = {
-      {"Setup", "VISA", "TCPIP0::127.0.0.1::5025::SOCKET"},
-      {"FFT", "BWL", "200"},
-      {"Macros", "Command1_3", ":MEAS:VPP? CHAN1; :RUN"},
-      {"Macros", "Caption3", ""}};
   {
     QSettingsStore store(path);
     EXPECT_EQ(store.Get("Setup", "VISA", "none"), "none");
-    for (const auto& [section, key, value] : values) store.Set(section, key, value);
+    store.Set("Setup", "VISA", "TCPIP0::127.0.0.1::5025::SOCKET");
+    store.Set("FFT", "BWL", "200");
+    store.Set("Macros", "Command1_3", ":MEAS:VPP? CHAN1; :RUN");
+    store.Set("Macros", "Caption3", "");
   }
   QSettingsStore reopened(path);
-  for (const auto& [section, key, value] : values)
-    EXPECT_EQ(reopened.Get(section, key, "missing"), value) << key;
+  EXPECT_EQ(reopened.Get("Setup", "VISA", ""), "TCPIP0::127.0.0.1::5025::SOCKET");
+  EXPECT_EQ(reopened.Get("FFT", "BWL", ""), "200");
+  EXPECT_EQ(reopened.Get("Macros", "Command1_3", ""), ":MEAS:VPP? CHAN1; :RUN");
+  EXPECT_EQ(reopened.Get("Macros", "Caption3", "MAC3"), "");
   EXPECT_EQ(reopened.Get("FFT", "VISA", "missing"), "missing");
 }
 

@@ -203,7 +203,8 @@ void ScreenView::DrawPanel(SurfacePainter& painter) {
   const double channels_box_top = (layout.FullBottom - layout.FullTop) / 2 + 30;
   const double channels_bottom =
       channels_box_top + 1.5 * painter.TextHeight() + large + 4.5 * painter.TextHeight();
-  painter.FillBox(left, 30, right, std::max(panel_bottom_, channels_bottom), Qt::black);
+  painter.FillBox(left, 30, right + kUnitsPerPixel, std::max(panel_bottom_, channels_bottom),
+                  Qt::black);
 
   painter.SetFontSize(10);
   painter.FillBox(left, 30, right, layout.FullTop - 30, kTitleFillColour);

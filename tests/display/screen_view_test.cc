@@ -332,6 +332,22 @@ TEST_F(ScreenViewTest, ZeroSpanShowsHalfTheTransform) {
   EXPECT_EQ(host_.sent->first, 513.5e3);
 }
 
+TEST_F(ScreenViewTest, SidePanelRedrawnAtAnotherHeightKeepsNothingOfTheEarlierOne) {
+  // A spectrum run redraws the panel alone, after the surface has grown with the window.
+  SetSpectrum(std::vector<double>(1025, -100.0));
+  view_.DrawStatusPanel();
+  surface_ = surface_.copy(0, 0, 1600, 1200);
+  const auto redraw = [&] {
+    view_.DrawSpectrum(1, false);
+    view_.DrawStatusPanel();
+    const int left = ToPixel(layout_.GridRight) + 3;
+    return surface_.copy(left, 0, surface_.width() - left, surface_.height());
+  };
+  const QImage over_the_old = redraw();
+  surface_.fill(Qt::black);
+  EXPECT_TRUE(redraw() == over_the_old);
+}
+
 TEST_F(ScreenViewTest, OscilloscopeZoomAroundTheCentreWithinTheRecord) {
   struct Case {
     int mode;

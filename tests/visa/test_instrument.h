@@ -17,12 +17,9 @@ namespace quarvelo::testing {
 inline constexpr char kIdn[] = "QUARVELO,LAN-TEST,0001,1.0\n";
 inline constexpr std::size_t kBlockSize = 524288;
 
-// "*IDN?" -> kIdn; "ECHO <text>" -> "<text>\n"; "BLOCK?" -> a definite block of kBlockSize
-// bytes (every byte value, LF included) and LF; "LONG?" -> 1000 'L' and LF;
-// "SLOW?" -> "SLOW\n" after 600 ms;
-// "DROP?" -> the first 100,000 bytes of the block, then the connection closes; "BYE" -> no
-// reply, the connection closes; "STALL" -> busy for 500 ms, no reply; anything else -> no
-// reply.
+// "*IDN?" -> kIdn; "ECHO <text>" -> "<text>\n"; "BLOCK?" -> BlockReply(); "LONG?" -> 1000 'L'
+// and LF; "SLOW?" -> "SLOW\n" after 600 ms; "DROP?" -> the block's first 100,000 bytes, then
+// the connection closes; "BYE" -> the connection closes; "STALL" -> busy 500 ms; else nothing.
 class CannedHandler : public sim::MessageHandler {
  public:
   sim::HandlerResponse HandleMessage(std::string_view message) override;
@@ -39,7 +36,7 @@ class CannedHandler : public sim::MessageHandler {
   std::vector<std::string> messages_;
 };
 
-// The block reply "#6524288<bytes>\n".
+// "#6524288", kBlockSize bytes of every value (LF included) and LF.
 const std::string& BlockReply();
 
 // Client helpers over any transport: the whole message up to END.

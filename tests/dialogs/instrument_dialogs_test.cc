@@ -49,9 +49,11 @@ class InstrumentDialogTest : public testing::Test {
     return {s_.h.link, s_.readback, s_.h.scope,
             s_.h.ui,   s_.h.tools,  [this](bool restart) { sweeps_.push_back(restart); }};
   }
-  // Sets the simulated instrument up directly, then forgets that traffic.
-  void Setup(const Commands& settings) {
+  // Sets the simulated instrument up directly, then reads its math and generator back.
+  void ReadBack(const Commands& settings = {}) {
     for (const std::string& setting : settings) s_.simulator->Execute(setting);
+    s_.readback.ReadBackMath(true);
+    s_.readback.ReadBackWgen();
   }
   void ClearTraffic() { s_.simulator->ClearTraffic(); }
   // What the program sent, without the queries.
@@ -68,8 +70,7 @@ class InstrumentDialogTest : public testing::Test {
 };
 
 TEST_F(InstrumentDialogTest, EveryControlHasANameForScreenReaders) {
-  s_.readback.ReadBackMath(true);
-  s_.readback.ReadBackWgen();
+  ReadBack();
   const std::unique_ptr<QDialog> dialogs[] = {std::make_unique<frmMath>(Services()),
                                               std::make_unique<frmWGEN>(Services()),
                                               std::make_unique<frmChannelLabel>(Services(), 1),
@@ -104,8 +105,7 @@ TEST_F(InstrumentDialogTest, MathFrequencyButtonsSendCentreAndSpanAndShowTheRead
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
-    Setup({":FUNC1:FFT:SPAN 6E6"});
-    s_.readback.ReadBackMath(true);
+    ReadBack({":FUNC1:FFT:SPAN 6E6"});
     frmMath dialog(Services());
     ClearTraffic();
     for (const auto& [index, typed] : c.boxes)
@@ -128,7 +128,7 @@ TEST_F(InstrumentDialogTest, MathCombosScalesAndFunctionSendTheirCommandAndShowT
       {"cboVType", -1, 1, ":FUNC1:FFT:VTYPe VRMS"},
       {"cboWindow", -1, 2, ":FUNC1:FFT:WINDow FLATtop"},
   };
-  s_.readback.ReadBackMath(true);
+  ReadBack();
   frmMath dialog(Services());
   for (const auto& [control, index, item, sent] : cases) {
     SCOPED_TRACE(control);
@@ -158,7 +158,7 @@ class SmallScopeDialogTest : public InstrumentDialogTest {
 };
 
 TEST_F(SmallScopeDialogTest, InnerFunctionSourcesGoToGoftOnTheSingleFunction) {
-  s_.readback.ReadBackMath(true);
+  ReadBack();
   frmMath dialog(Services());
   EXPECT_FALSE(Find<QComboBox>(dialog, "cboFunc")->isEnabled());
   ClearTraffic();
@@ -183,8 +183,7 @@ TEST_F(InstrumentDialogTest, ShapeParameterIsClampedSentAndShownAsReadBack) {
   };
   for (const auto& [setup, typed, sent, shown] : cases) {
     SCOPED_TRACE(sent);
-    Setup(setup);
-    s_.readback.ReadBackWgen();
+    ReadBack(setup);
     frmWGEN dialog(Services());
     ClearTraffic();
     auto* value = Find<QSpinBox>(dialog, "sspValue");
@@ -215,8 +214,7 @@ TEST_F(InstrumentDialogTest, SetSendsTheEditedTimingAndLevels) {
   };
   for (const auto& [setup, typed, sent] : cases) {
     SCOPED_TRACE(sent.front());
-    Setup(setup);
-    s_.readback.ReadBackWgen();
+    ReadBack(setup);
     frmWGEN dialog(Services());
     ClearTraffic();
     for (const auto& [box, text] : typed) {
@@ -237,8 +235,7 @@ TEST_F(InstrumentDialogTest, FrequencyShowsInTheUnitItsSizeCalls) {
                                                              {"12500", "12.5", 1}};
   for (const auto& [frequency, shown, unit] : cases) {
     SCOPED_TRACE(frequency);
-    Setup({":WGEN1:FUNCtion SINusoid", std::string(":WGEN1:FREQuency ") + frequency});
-    s_.readback.ReadBackWgen();
+    ReadBack({":WGEN1:FUNCtion SINusoid", std::string(":WGEN1:FREQuency ") + frequency});
     frmWGEN dialog(Services());
     EXPECT_EQ(Find<QLineEdit>(dialog, "txtMHz")->text(), shown);
     EXPECT_TRUE(Find<QRadioButton>(dialog, "optFreq", unit)->isChecked());
@@ -246,7 +243,7 @@ TEST_F(InstrumentDialogTest, FrequencyShowsInTheUnitItsSizeCalls) {
 }
 
 TEST_F(InstrumentDialogTest, RunStopAndResetAskFirst) {
-  s_.readback.ReadBackWgen();
+  ReadBack();
   frmWGEN dialog(Services());
   ClearTraffic();
   Click(dialog, "ssrRun");  // shows running: this stops
@@ -295,8 +292,8 @@ TEST_F(InstrumentDialogTest, AnnotationControlsSendTheirCommands) {
   };
   for (const auto& [name, act, sent, colour] : cases) {
     SCOPED_TRACE(name);
-    Setup({":DISPlay:ANNotation 0", ":DISPlay:ANNotation:TEXT \" NOTE 1 \"",
-           ":DISPlay:ANNotation:COLor MARKer", ":DISPlay:ANNotation:BACKground OPAQue"});
+    ReadBack({":DISPlay:ANNotation 0", ":DISPlay:ANNotation:TEXT \" NOTE 1 \"",
+              ":DISPlay:ANNotation:COLor MARKer", ":DISPlay:ANNotation:BACKground OPAQue"});
     frmAnnotation dialog(Services());
     EXPECT_EQ(Find<QComboBox>(dialog, "cboColor")->currentText(), "MARKer");
     EXPECT_EQ(Find<QComboBox>(dialog, "cboBackGround")->currentText(), "OPAQue");

@@ -85,9 +85,7 @@ TEST_F(SettingsFindTest, NothingFoundSaysSoAndASecondPressStopsTheSearch) {
   dialog_.SetSearchOptions(options);
   FindButton()->click();
   // USB instruments of the test machine, if any, are found; the LAN search finds nothing.
-  if (Found()->count() == 0) {
-    EXPECT_TRUE(Status().starts_with("No instruments found")) << Status();
-  }
+  EXPECT_TRUE(Found()->count() > 0 || Status().starts_with("No instruments found")) << Status();
 
   options.answer_window_ms = 60000;
   options.time_limit_ms = 60000;

@@ -35,7 +35,6 @@ class LanSessionTest : public ::testing::TestWithParam<Protocol> {
  protected:
   bool vxi11() const { return GetParam() == Protocol::kVxi11; }
 
-  // The core channel and a portmapper announcing it.
   void StartVxi11(sim::Vxi11ServerOptions options = {}, bool omit_last_fragment_bit = false) {
     transport_.reset();
     portmapper_.reset();
@@ -80,7 +79,6 @@ class LanSessionTest : public ::testing::TestWithParam<Protocol> {
     return status;
   }
 
-  // A transport to the running server: transport_.
   void Connect() {
     ASSERT_EQ(OpenAt(vxi11() ? core_->port() : hislip_->port(), In(2000), &transport_), VI_SUCCESS);
   }

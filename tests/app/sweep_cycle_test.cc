@@ -17,15 +17,6 @@
 namespace quarvelo::app {
 namespace {
 
-// The lines received, without the error-queue queries that follow every command.
-std::vector<std::string> Lines(const sim::Simulator& simulator) {
-  std::vector<std::string> lines;
-  for (std::string& line : simulator.ReceivedMessages()) {
-    if (line != ":SYSTem:ERRor?") lines.push_back(std::move(line));
-  }
-  return lines;
-}
-
 int Count(const std::vector<std::string>& lines, const std::string& line) {
   return static_cast<int>(std::count(lines.begin(), lines.end(), line));
 }
@@ -67,7 +58,12 @@ class SweepCycleTest : public testing_support::WindowOnSimulator {
     simulator_->ClearTraffic();
   }
   void Execute(const std::string& line) { simulator_->Execute(line); }
-  std::vector<std::string> Sent() const { return Lines(*simulator_); }
+  // The lines received, without the error-queue queries that follow every command.
+  std::vector<std::string> Sent() const {
+    std::vector<std::string> lines = simulator_->ReceivedMessages();
+    std::erase(lines, ":SYSTem:ERRor?");
+    return lines;
+  }
   QTimer* RefreshTimer() const { return window_->findChild<QTimer*>("tmrRefresh"); }
 
   // Closes the boxes and plays along (on_tick) while the program lets events run.

@@ -30,11 +30,10 @@ TEST(LinkOfflineTest, OperationsReturnAtOnceWithEmptyResults) {
   h.link.CheckInstrumentErrors();
   h.link.PollInstrumentStatus(true);
   h.link.CheckSingleDone(true);
-  EXPECT_FALSE(h.flags.PollBusy);
-  EXPECT_TRUE(h.ui.messages().empty());
-  EXPECT_TRUE(h.ui.status_lines().empty());
-  EXPECT_TRUE(h.tools.state_history().empty());
-  EXPECT_TRUE(h.hooks.sweeps.empty());
+  EXPECT_EQ(
+      testing_support::Fields(h.flags.PollBusy, h.ui.messages().size(), h.ui.status_lines().size(),
+                              h.tools.state_history().size(), h.hooks.sweeps.size()),
+      "0|0|0|0|0|");
 }
 
 TEST(LinkOfflineTest, CloseResetsTheIndicatorsOfTheInstrumentsChannelsUnderTheGuard) {

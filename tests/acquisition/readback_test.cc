@@ -275,10 +275,10 @@ TEST(ReadbackTest, AnnotationOffLeavesItsFieldsUnlessAllAreAskedAndEmptyQuotesAr
   EXPECT_EQ(s.h.scope.AnnotationText, "");
 }
 
-// The whole readback of the single-function family: every query the readback sends (its
-// :FUNC and :WGEN prefixes included) is answered without an instrument error, and channels
-// three and four are never asked.
-TEST(ReadbackTest, TwoChannelTwoThousandXIsReadWithoutErrorsOrChannelsThreeAndFour) {
+// The single-function family: every query the readback sends (its :FUNC and :WGEN prefixes
+// included) is answered without an instrument error, and what the instrument lacks (channels
+// three and four, the options) is never asked.
+TEST(ReadbackTest, TwoThousandXIsReadWithoutErrorsAndNeverAskedWhatItLacks) {
   OnlineScope s({.model = "2000X", .channels = 2});
   s.simulator->Execute(":WGEN:MODulation:STATe 1;:WGEN:MODulation:TYPE FM;:DVM:ENABle 1");
   s.h.scope.Channels[3].Label = "untouched";
@@ -291,14 +291,12 @@ TEST(ReadbackTest, TwoChannelTwoThousandXIsReadWithoutErrorsOrChannelsThreeAndFo
   EXPECT_EQ(s.h.scope.Channels[3].Label, "untouched");
   EXPECT_TRUE(s.h.ui.status_lines().empty()) << s.h.ui.status();
   EXPECT_TRUE(s.h.session.RemoteOn);
-}
 
-TEST(ReadbackTest, AbsentOptionsAreNotAsked) {
-  OnlineScope s({.model = "2000X", .has_wgen = false, .has_dvm = false});
-  s.readback.ReadBackState();
-  s.readback.ReadBackDvm();
-  s.readback.ReadBackWgen();
-  for (const char* prefix : {":DVM", ":WGEN"}) EXPECT_FALSE(AnySentStartsWith(s.Sent(), prefix));
+  OnlineScope bare({.model = "2000X", .has_wgen = false, .has_dvm = false});
+  bare.readback.ReadBackState();
+  bare.readback.ReadBackDvm();
+  bare.readback.ReadBackWgen();
+  for (const char* no : {":DVM", ":WGEN"}) EXPECT_FALSE(AnySentStartsWith(bare.Sent(), no));
 }
 
 // g(t) is asked only on the single-function family.

@@ -73,7 +73,6 @@ TEST_F(ScreenWindowTest, SweepDrawsTracesTheMouseMeasuresAndTheZoomToolNarrowsTh
   EXPECT_GE(spectrum.LastPoint, cursor.index);
   EXPECT_EQ(window_->Scope().Channels[1].FirstSample, spectrum.FirstPoint);
   EXPECT_EQ(window_->Screen().State().LastZoomMode, display::kZoomIn);
-  window_->Link().CloseInstrument();
 }
 
 TEST_F(ScreenWindowTest, FftRunDrawsTheSpectrumWhichTheMouseAndZoomToolMeasure) {
@@ -114,7 +113,6 @@ TEST_F(ScreenWindowTest, FftRunDrawsTheSpectrumWhichTheMouseAndZoomToolMeasure) 
   window_->findChild<QAction*>("ID_ZoomP")->trigger();
   EXPECT_NEAR(spectrum.LastPoint - spectrum.FirstPoint, shown / 2.0, 2);
   EXPECT_EQ(window_->Screen().State().LastZoomMode, display::kZoomIn);
-  window_->Link().CloseInstrument();
 }
 
 }  // namespace

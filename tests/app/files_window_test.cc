@@ -29,7 +29,6 @@ TEST_F(FilesWindowTest, ImportImageToolShowsTheOscilloscopesScreenFromItsFile) {
   EXPECT_EQ(qFromLittleEndian<quint32>(bytes.constData() + 2), static_cast<quint32>(bytes.size()));
   const QImage shown = window_->picKeysight()->Image();
   EXPECT_EQ(shown, QImage(path, "BMP").convertToFormat(QImage::Format_RGB32));
-  window_->Link().CloseInstrument();
 }
 
 }  // namespace

@@ -48,9 +48,7 @@ TEST_F(InstrumentOnlineTest, AutoConfigFftSetsTheInstrumentsOwnFft) {
   EXPECT_DOUBLE_EQ(readings.SampleRate, rate / 1000);
   EXPECT_DOUBLE_EQ(readings.TimebaseScale,
                    text::LeadingNumber(simulator_->Execute(":TIMebase:SCALe?")));
-  EXPECT_TRUE(Received(":FUNC1:OPERation FFT"));
-  EXPECT_TRUE(Received(":FUNC1:SOURce1 CHAN2"));
-  EXPECT_EQ(simulator_->Execute(":FUNC1:OPERation?"), "FFT");
+  EXPECT_EQ(simulator_->Execute(":FUNC1:OPERation?;:FUNC1:SOURce1?"), "FFT;CHAN2");
   EXPECT_TRUE(Received(":FUNC1:FFT:CENTer " + text::WholeNumberText(rate / 4)));
   EXPECT_DOUBLE_EQ(text::LeadingNumber(simulator_->Execute(":FUNC1:FFT:CENTer?")),
                    std::nearbyint(rate / 4));

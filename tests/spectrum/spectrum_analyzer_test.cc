@@ -88,14 +88,11 @@ INSTANTIATE_TEST_SUITE_P(
                     PlanCase{600000, kModuleFft, 524288, false, "FFT:262144 pts", 524288},
                     PlanCase{1001, kDft, 1000, false, "DFT:500 pts", 1000}));
 
-TEST_F(SpectrumAnalyzerTest, PlanPrintsTheResolutionAndTheOscilloscopeLine) {
+TEST_F(SpectrumAnalyzerTest, PlanPrintsTheResolutionAndOscilloscopeLinesAndRefusesNoRecord) {
   host_.sample_rate = 1e6;  // 1 GSa/s
   store_.SetRecord(1, std::vector<double>(1000, 0.0));
   EXPECT_EQ(analyzer_.PlanTransform(1, false, settings_).value().second, "RES 1.001MHz");
   EXPECT_EQ(analyzer_.PlanTransform(1, true, settings_).value().first, "OSC: 1000 pts");
-}
-
-TEST_F(SpectrumAnalyzerTest, PlanOfAnEmptyRecordIsAnAnalyseError) {
   store_.SetRecord(1, {});
   EXPECT_FALSE(analyzer_.PlanTransform(1, false, settings_).has_value());
   EXPECT_EQ(ui_.status(), "Analyse error");

@@ -15,7 +15,6 @@ namespace quarvelo::spectrum {
 
 class MemorySampleStore : public SampleStore {
  public:
-  // Sets the record of `channel` to `samples`.
   void SetRecord(int channel, std::vector<double> samples) {
     counts_[channel] = static_cast<std::int32_t>(samples.size());
     volts_[channel] = std::move(samples);

@@ -33,9 +33,8 @@ namespace {
 class HelpTest : public testing::Test {
  protected:
   void SetUp() override {
-    for (const char* scheme : {"file", "https"}) {
+    for (const char* scheme : {"file", "https"})
       QDesktopServices::setUrlHandler(scheme, &catcher_, "Open");
-    }
   }
   void TearDown() override {
     for (const char* scheme : {"file", "https"}) QDesktopServices::unsetUrlHandler(scheme);

@@ -145,11 +145,9 @@ TEST(ComboItemsTest, EveryComboToolHasItemsDefinedAndInitialTextIsAnItem) {
   for (const ComboDefinition& combo : Combos()) {
     ASSERT_NE(FindTool(combo.id), nullptr) << combo.id;
     EXPECT_EQ(FindTool(combo.id)->kind, ToolKind::kCombo) << combo.id;
-    if (!combo.initial_text.empty()) {
-      EXPECT_NE(std::find(combo.items.begin(), combo.items.end(), combo.initial_text),
-                combo.items.end())
-          << combo.id;
-    }
+    EXPECT_TRUE(combo.initial_text.empty() ||
+                std::ranges::find(combo.items, combo.initial_text) != combo.items.end())
+        << combo.id;
   }
 }
 

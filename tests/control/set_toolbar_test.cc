@@ -94,9 +94,8 @@ TEST_P(SetToolbarConfigurationTest, ShowsTheToolsOfModelChannelsAndOptions) {
   EXPECT_FALSE(tools_.ToolVisible("mnu_Channel"));
   for (const auto& [id, visible] : shown) EXPECT_EQ(tools_.ToolVisible(id), visible) << id;
   // Tools of channels 1 and 2 never depend on the configuration.
-  for (std::string_view id : {"ID_CH1", "ID_CH2", "ID_FFT1", "ID_TG2", "ID_CSR2"}) {
+  for (std::string_view id : {"ID_CH1", "ID_CH2", "ID_FFT1", "ID_TG2", "ID_CSR2"})
     EXPECT_TRUE(tools_.ToolVisible(id)) << id;
-  }
 }
 
 // Offline every channel is offered, whatever the setting says; an empty store means "2"

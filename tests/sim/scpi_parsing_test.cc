@@ -77,10 +77,8 @@ TEST(HeaderPatternTest, MatchesLongShortOptionalAndSuffixedForms) {
     ScpiCommand command = ParseProgramMessage(c.header).front();
     EXPECT_EQ(HeaderPattern(c.pattern).Match(command.nodes, limits, &instances), c.expected)
         << c.pattern << " vs " << c.header;
-    if (c.expected == kMatch && c.instance > 0) {
-      ASSERT_FALSE(instances.empty()) << c.header;
-      EXPECT_EQ(instances.front(), c.instance) << c.header;
-    }
+    EXPECT_TRUE(c.instance == 0 || (!instances.empty() && instances.front() == c.instance))
+        << c.header;
   }
 }
 

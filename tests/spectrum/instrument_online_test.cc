@@ -4,10 +4,8 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdint>
 #include <memory>
 #include <string>
-#include <vector>
 
 #include "display/time_base_control.h"
 #include "display/time_base_ladder.h"

@@ -83,6 +83,12 @@ class LanSessionTest : public ::testing::TestWithParam<Protocol> {
     ASSERT_EQ(OpenAt(vxi11() ? core_->port() : hislip_->port(), In(2000), &transport_), VI_SUCCESS);
   }
   HislipTransport& hislip() { return static_cast<HislipTransport&>(*transport_); }
+  // The reply to `query`, or the error the exchange ended with.
+  std::string Ask(const std::string& query, int timeout_ms = 2000) {
+    std::string reply;
+    const ViStatus status = Query(*transport_, query, &reply, timeout_ms);
+    return status == VI_SUCCESS ? reply : "error " + std::to_string(status);
+  }
 
   CannedHandler handler_;
   std::unique_ptr<sim::Vxi11Server> core_;
@@ -137,12 +143,10 @@ TEST_P(LanSessionTest, TimeOutThenAGoodExchangeDropsTheStaleResponse) {
   // By now the slow reply is on its way, so only its message id or the link's state tells
   // the client to drop it; the instrument hears that it was never read.
   std::this_thread::sleep_for(std::chrono::milliseconds(500));
-  ASSERT_EQ(Query(*transport_, "*IDN?", &reply), VI_SUCCESS);
-  EXPECT_EQ(reply, kIdn);
+  EXPECT_EQ(Ask("*IDN?"), kIdn);
   EXPECT_EQ(handler_.interrupted.load(), 1);
   // A response read whole is no interruption.
-  ASSERT_EQ(Query(*transport_, "ECHO next", &reply), VI_SUCCESS);
-  EXPECT_EQ(reply, "next\n");
+  EXPECT_EQ(Ask("ECHO next"), "next\n");
   EXPECT_EQ(handler_.interrupted.load(), 1);
 }
 
@@ -196,18 +200,15 @@ TEST_P(HislipTest, MessageIdsStartAtTheFirstIdAndStepByTwoPerMessage) {
   ASSERT_NO_FATAL_FAILURE(Connect());
   EXPECT_EQ(hislip().server_max_message_size(), 32u);
   EXPECT_EQ(hislip().next_message_id(), hislip::kFirstMessageId);
-  std::string reply;
-  ASSERT_EQ(Query(*transport_, "*IDN?", &reply), VI_SUCCESS);
+  EXPECT_EQ(Ask("*IDN?"), kIdn);
   EXPECT_EQ(hislip().next_message_id(), hislip::kFirstMessageId + 2);
   // 40 bytes to a server taking 32-byte messages, 16 of them header: Data, Data, DataEnd.
   const std::string text(34, 'z');
-  ASSERT_EQ(Query(*transport_, "ECHO " + text, &reply), VI_SUCCESS);
-  EXPECT_EQ(reply, text + "\n");
+  EXPECT_EQ(Ask("ECHO " + text), text + "\n");
   EXPECT_EQ(hislip().next_message_id(), hislip::kFirstMessageId + 8);
   EXPECT_EQ(handler_.messages().back(), "ECHO " + text);
   ASSERT_EQ(WriteMessage(*transport_, "SLOW?\n", In(2000)), VI_SUCCESS);
-  ASSERT_EQ(Query(*transport_, "*IDN?", &reply), VI_SUCCESS);
-  EXPECT_EQ(reply, kIdn);
+  EXPECT_EQ(Ask("*IDN?"), kIdn);
   EXPECT_EQ(handler_.interrupted.load(), 1);
 }
 
@@ -235,21 +236,17 @@ TEST_P(HislipTest, ServerModesAndQuirks) {
     StartHislip(c.options);
     ASSERT_NO_FATAL_FAILURE(Connect());
     EXPECT_EQ(hislip().overlapped(), c.overlapped);
-    std::string reply;
-    ASSERT_EQ(Query(*transport_, "*IDN?", &reply), VI_SUCCESS);
+    EXPECT_EQ(Ask("*IDN?"), kIdn);
     ASSERT_EQ(WriteMessage(*transport_, "*CLS\n", In(1000)), VI_SUCCESS);  // no reply
-    ASSERT_EQ(Query(*transport_, "*IDN?", &reply, 1000), VI_SUCCESS);
-    EXPECT_EQ(reply, kIdn);
+    EXPECT_EQ(Ask("*IDN?", 1000), kIdn);
     ASSERT_EQ(transport_->Clear(In(1000)), VI_SUCCESS);
     EXPECT_EQ(hislip().overlapped(), c.overlapped);
     EXPECT_EQ(hislip().next_message_id(), hislip::kFirstMessageId);
     ASSERT_EQ(WriteMessage(*transport_, "*CLS\n", In(1000)), VI_SUCCESS);
     const std::string text(296, 'w');  // a 302-byte message
-    ASSERT_EQ(Query(*transport_, "ECHO " + text, &reply, 1000), VI_SUCCESS);
-    EXPECT_EQ(reply, text + "\n");
-    EXPECT_EQ(Query(*transport_, "SLOW?", &reply, 150), VI_ERROR_TMO);
-    ASSERT_EQ(Query(*transport_, "*IDN?", &reply, 1500), VI_SUCCESS);
-    EXPECT_EQ(reply, kIdn);
+    EXPECT_EQ(Ask("ECHO " + text, 1000), text + "\n");
+    EXPECT_EQ(Ask("SLOW?", 150), "error " + std::to_string(VI_ERROR_TMO));
+    EXPECT_EQ(Ask("*IDN?", 1500), kIdn);
   }
 }
 
@@ -263,9 +260,7 @@ TEST_P(HislipTest, WriteTimeOutMidMessageThenAGoodExchange) {
   const auto start = Clock::now();
   EXPECT_EQ(WriteMessage(*transport_, huge, In(200)), VI_ERROR_TMO);
   EXPECT_LT(Clock::now() - start, std::chrono::milliseconds(450));
-  std::string reply;
-  ASSERT_EQ(Query(*transport_, "*IDN?", &reply, 5000), VI_SUCCESS);
-  EXPECT_EQ(reply, kIdn);
+  EXPECT_EQ(Ask("*IDN?", 5000), kIdn);
   // Neither the cut message nor a message glued to its start reached the instrument.
   EXPECT_EQ(handler_.messages(), (std::vector<std::string>{"STALL", "*IDN?"}));
   EXPECT_EQ(handler_.cleared.load(), 1);
@@ -347,8 +342,7 @@ TEST_P(HislipTest, ServerAnswersWithTheIdOfTheMessageItAnswersAndRejectsBadSeque
   early.Send({kDataEnd, 0, 0, 6}, "*IDN?\n");  // data before Initialize
   EXPECT_EQ(Fields(early.Receive()), expected(kFatalError, FatalErrorCode::kInvalidInitialization));
   ASSERT_NO_FATAL_FAILURE(Connect());
-  std::string reply;
-  EXPECT_EQ(Query(*transport_, "*IDN?", &reply), VI_SUCCESS);
+  EXPECT_EQ(Ask("*IDN?"), kIdn);
 }
 
 class Vxi11Test : public LanSessionTest {};
@@ -364,9 +358,7 @@ TEST_P(Vxi11Test, WritesAreSplitToTheLinksMaxRecvSize) {
             VI_SUCCESS);
   std::string text(5000, 'x');
   for (std::size_t i = 0; i < text.size(); i += 97) text[i] = static_cast<char>('a' + i % 26);
-  std::string reply;
-  ASSERT_EQ(Query(*transport_, "ECHO " + text, &reply), VI_SUCCESS);
-  EXPECT_EQ(reply, text + "\n");
+  EXPECT_EQ(Ask("ECHO " + text), text + "\n");
 }
 
 // Instruments answer a device_write they were busy with after io_timeout, and a read that ran
@@ -379,11 +371,9 @@ TEST_P(Vxi11Test, LateWriteAndTimeOutRepliesAreReceivedNotLeftPending) {
   EXPECT_EQ(WriteMessage(*transport_, "STALL\n", In(200)), VI_SUCCESS);
   EXPECT_LT(Clock::now() - start, std::chrono::milliseconds(1200));
   EXPECT_EQ(handler_.cleared.load(), 0);
-  std::string reply;
-  EXPECT_EQ(Query(*transport_, "SLOW?", &reply, 150), VI_ERROR_TMO);
+  EXPECT_EQ(Ask("SLOW?", 150), "error " + std::to_string(VI_ERROR_TMO));
   start = Clock::now();
-  ASSERT_EQ(Query(*transport_, "*IDN?", &reply, 1000), VI_SUCCESS);
-  EXPECT_EQ(reply, kIdn);
+  EXPECT_EQ(Ask("*IDN?", 1000), kIdn);
   EXPECT_LT(Clock::now() - start, std::chrono::milliseconds(250));
 }
 

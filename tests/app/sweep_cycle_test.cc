@@ -92,7 +92,7 @@ TEST_F(SweepCycleTest, TriggerChannelLastOneDigitizeAndRunAsPolled) {
       EXPECT_LT(First(sent, ":DIGitize"), First(sent, ":WAVeform:SOURce CHANnel3"));
     }
     EXPECT_EQ(Count(sent, ":RUN"), running ? 1 : 0);
-    if (running) EXPECT_EQ(sent.back(), ":RUN");
+    EXPECT_EQ(sent.back() == ":RUN", running);
     const spectrum::Spectrum& spectrum = window_->SpectrumRecord();
     EXPECT_EQ(spectrum.LastPoint, window_->Records().Records[2].ByteCount - 1);
     EXPECT_GT(spectrum.LastPoint, 0);

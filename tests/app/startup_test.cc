@@ -73,8 +73,10 @@ class StartupTest : public testing::Test {
   std::string data_folder_;
 };
 
-TEST_F(StartupTest, RunsItsStepsInOrderInsideTheLoadingFlagAndWritesNothing) {
+// Without a user folder, the program's own holds the data and the instance lock.
+TEST_F(StartupTest, RunsItsStepsInOrderInsideTheLoadingFlagWritesNothingAndFindsAFolder) {
   scope_.ChannelCount = 2;
+  platform_.user_folder = std::nullopt;
   Start();
   EXPECT_EQ(window_.log,
             (std::vector<std::string>{"loading on", "caption", "move", "resize", "bandwidth",
@@ -82,13 +84,7 @@ TEST_F(StartupTest, RunsItsStepsInOrderInsideTheLoadingFlagAndWritesNothing) {
   // The real count comes from the toolbar rebuild; until then files of any channel open.
   EXPECT_EQ(scope_.ChannelCount, 4);
   EXPECT_EQ(store_.writes(), 0);
-}
-
-TEST_F(StartupTest, WithoutAUserFolderTheProgramFolderIsUsed) {
-  platform_.user_folder = std::nullopt;
-  Start();
-  EXPECT_EQ(data_folder_, "/opt/quarvelo/bin");
-  EXPECT_EQ(platform_.lock_folder, "/opt/quarvelo/bin");
+  EXPECT_EQ(data_folder_ + "|" + platform_.lock_folder, "/opt/quarvelo/bin|/opt/quarvelo/bin");
 }
 
 TEST_F(StartupTest, ClosingWhileMinimisedKeepsTheStoredGeometryAndClosesTheLinkLast) {

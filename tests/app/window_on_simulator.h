@@ -44,7 +44,6 @@ class WindowOnSimulator : public ::testing::Test {
 
   // Stores the further "Setup" keys, loads the window and, when asked, opens the link.
   void Load(const std::vector<std::pair<std::string, std::string>>& setup, bool open_link) {
-    ASSERT_NE(window_, nullptr);
     for (const auto& [key, value] : setup) store_->Set("Setup", key, value);
     ASSERT_TRUE(window_->Form_Load());
     if (!open_link) return;

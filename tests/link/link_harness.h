@@ -43,8 +43,6 @@ class GuardWatchingToolHost : public ui::RecordingToolHost {
 };
 
 struct LinkHarness {
-  LinkHarness() { scope.ChannelCount = 4; }
-
   link::InstrumentSession session;
   link::StatusFlags flags;
   acquisition::ScopeState scope;

@@ -3,12 +3,14 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <chrono>
 #include <functional>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "sim/server/socket_server.h"
+#include "sim/server/tcp_listener.h"
 #include "tests/link/online_scope.h"
 
 namespace quarvelo::link {
@@ -50,6 +52,23 @@ TEST(LinkTimeoutTest, EachCallerSetsItsOwnIoTimeOut) {
   EXPECT_EQ(IoTimeout(s.h.session), 5000u);
   EXPECT_FALSE(s.h.session.TolerateTimeout);
   EXPECT_FALSE(s.h.session.TimedOut);
+}
+
+// An instrument that takes the connection and never answers the HiSLIP handshake: the open
+// waits its full 15 s, then the user is told and the link stays closed.
+TEST(LinkTimeoutTest, OpenWaitsFifteenSecondsForASilentInstrument) {
+  std::string error;
+  const sim::Socket silent = sim::OpenTcpListener("127.0.0.1", 0, &error);
+  ASSERT_TRUE(silent.valid()) << error;
+  testing_support::LinkHarness h;
+  h.session.Address =
+      "TCPIP0::127.0.0.1::hislip0," + std::to_string(sim::LocalPort(silent.fd())) + "::INSTR";
+  const auto start = std::chrono::steady_clock::now();
+  h.link.OpenInstrument();
+  const auto waited = std::chrono::steady_clock::now() - start;
+  EXPECT_GE(waited, std::chrono::milliseconds(14900));
+  EXPECT_LT(waited, std::chrono::milliseconds(16500));
+  EXPECT_EQ(Fields(h.session.RemoteOn, h.ui.messages().size()), "0|1|");
 }
 
 // A misbehaving instrument (an endless error queue, a stray line) the bounded simulator cannot

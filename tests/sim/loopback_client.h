@@ -76,14 +76,6 @@ class LoopbackClient {
     return data && ReadExact(1, timeout) == "\n" ? data : std::nullopt;
   }
 
-  // True when the peer has closed the connection (and sent nothing more) within the time-out.
-  bool PeerClosed(std::chrono::milliseconds timeout) {
-    const Clock::time_point deadline = Clock::now() + timeout;
-    while (Fill(deadline)) {
-    }
-    return closed_;
-  }
-
  private:
   std::string Take(size_t count) {
     std::string bytes = buffer_.substr(0, count);
@@ -95,16 +87,14 @@ class LoopbackClient {
     const auto left =
         std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now()).count();
     pollfd waiter{fd_, POLLIN, 0};
-    if (closed_ || left <= 0 || poll(&waiter, 1, static_cast<int>(left)) <= 0) return false;
+    if (left <= 0 || poll(&waiter, 1, static_cast<int>(left)) <= 0) return false;
     char chunk[1 << 16];
     const ssize_t n = recv(fd_, chunk, sizeof chunk, 0);
-    closed_ = n <= 0;
-    if (!closed_) buffer_.append(chunk, static_cast<size_t>(n));
-    return !closed_;
+    if (n > 0) buffer_.append(chunk, static_cast<size_t>(n));
+    return n > 0;
   }
 
   int fd_;
-  bool closed_ = false;
   std::string buffer_;
 };
 

@@ -20,16 +20,8 @@ namespace quarvelo::sim {
 namespace {
 
 std::vector<HeaderPattern> AllPatterns() {
-  std::vector<CommandEntry> commands;
-  AddSystemCommands(commands);
-  AddWaveformCommands(commands);
-  AddDisplayCommands(commands);
-  AddMeasureCommands(commands);
-  AddGeneratorCommands(commands);
-  AddSimulateCommands(commands);
-  AddRangeCommands(commands);
   std::vector<HeaderPattern> patterns;
-  for (const CommandEntry& entry : commands) patterns.push_back(entry.pattern);
+  for (const CommandEntry& entry : CommandTable()) patterns.push_back(entry.pattern);
   for (const SettingRow& row : SettingTable()) patterns.emplace_back(row.pattern);
   return patterns;
 }

@@ -37,6 +37,9 @@ void AddGeneratorCommands(std::vector<CommandEntry>& table);
 void AddSimulateCommands(std::vector<CommandEntry>& table);
 void AddRangeCommands(std::vector<CommandEntry>& table);
 
+// Every area's commands: the table an instrument looks headers up in.
+std::vector<CommandEntry> CommandTable();
+
 }  // namespace quarvelo::sim
 
 #endif  // QUARVELO_SIM_MODEL_COMMAND_TABLE_H_

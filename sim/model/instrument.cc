@@ -40,14 +40,20 @@ std::string Garble(size_t length) {
 
 }  // namespace
 
+std::vector<CommandEntry> CommandTable() {
+  std::vector<CommandEntry> table;
+  AddSystemCommands(table);
+  AddWaveformCommands(table);
+  AddDisplayCommands(table);
+  AddMeasureCommands(table);
+  AddGeneratorCommands(table);
+  AddSimulateCommands(table);
+  AddRangeCommands(table);
+  return table;
+}
+
 Instrument::Instrument(const InstrumentConfig& config) : state_(config) {
-  AddSystemCommands(commands_);
-  AddWaveformCommands(commands_);
-  AddDisplayCommands(commands_);
-  AddMeasureCommands(commands_);
-  AddGeneratorCommands(commands_);
-  AddSimulateCommands(commands_);
-  AddRangeCommands(commands_);
+  commands_ = CommandTable();
   Preset(state_);
   ConnectSignalPreset(state_, config.signal_preset);
 }
